@@ -1,0 +1,49 @@
+#include "forms/frmTamarack.h"
+
+frmTamarack::frmTamarack()
+    : Form("frmTamarack", idleCaption, {.clientWidth = 6630, .clientHeight = 6345})
+{
+    mnuInteractiveDownload.SetChecked(false);
+    mnuSizeableViewer.SetChecked(false);
+
+    for (Control* control :
+        std::initializer_list<Control*>{&txtLimitPictures, &udLimitPictures, &lblPerNewsGroup, &txtMaxToDownload,
+            &udMaxToDownload, &lblUserName, &txtUserName, &lblPassword, &txtPassword, &cmdSavePicks})
+        control->SetEnabled(false);
+    Label1.SetVisible(false);
+    Frame3.SetVisible(false);
+
+    Label3.SetBuddy(txtNamed);
+    lblSizeIs.SetBuddy(cboSizeIs);
+    lblUseThisServerToPerformTheQuery.SetBuddy(cboNewsServer);
+    lblPort.SetBuddy(txtPort);
+    lblUserName.SetBuddy(txtUserName);
+    lblPassword.SetBuddy(txtPassword);
+    lblNewsGroups.SetBuddy(txtNewsGroups);
+
+    cmdFindNow.SetToolTip("Search the selected groups for new articles");
+    cmdFindNow.SetShortcut("Alt+N");
+    cmdStop.SetToolTip("End the search, refresh or filter that is going on");
+    cmdStop.SetShortcut("Alt+S");
+    Command1.SetToolTip("Save the settings and end the program");
+    Command1.SetShortcut("Alt+X");
+    cmdSelectDir.SetToolTip("Choose the directory for the attachments");
+    txtSelectDir.SetToolTip("Attachments are stored here");
+    txtNamed.SetToolTip("Further parts of names to look for, such as .png;holiday");
+    txtKB.SetToolTip("Number of lines");
+    txtManual.SetToolTip("Name of a group to add");
+    txtNewsGroups.SetToolTip("Parts of group names, separated by semi-colons");
+    cmdAndFilter.SetToolTip("Keep the groups that hold every term");
+    cmdOrFilter.SetToolTip("Keep the groups that hold any term");
+    cmdSavePicks.SetToolTip("Move the highlighted groups to the selected groups");
+    cmdResetGroup.SetToolTip("Read the highlighted group from its start again");
+    Command4.SetToolTip("Set how far the highlighted group has been read");
+
+    // The step to the top comes first on screen.
+    Command3.PrecedesInTabOrder(lstSelectedGroups);
+    lstSelectedGroups.PrecedesInTabOrder(MyUpDown[2]);
+    MyUpDown[2].PrecedesInTabOrder(MyUpDown[0]);
+    MyUpDown[0].PrecedesInTabOrder(MyUpDown[1]);
+    MyUpDown[1].PrecedesInTabOrder(MyUpDown[3]);
+    MyUpDown[3].PrecedesInTabOrder(cmdClearAll);
+}

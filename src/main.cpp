@@ -1,0 +1,11 @@
+#include "platform/Application.h"
+#include "shell/Program.h"
+
+int main(int argc, char** argv)
+{
+    Application application(argc, argv);
+    Desktop desktop;
+    Program program(desktop, ProgramPlaces::OfUser());
+    program.Start();
+    return application.Run();
+}

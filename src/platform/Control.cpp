@@ -1,0 +1,68 @@
+#include "platform/Control.h"
+
+#include "platform/DisplayText.h"
+
+#include <QEvent>
+#include <QWidget>
+
+namespace {
+
+class FocusWatch : public QObject {
+public:
+    FocusWatch(QObject* watched, Control& watchedControl)
+        : QObject(watched)
+        , control(watchedControl)
+    {
+        watched->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::FocusIn)
+            Raise(control.GotFocus);
+        return false;
+    }
+
+private:
+    Control& control;
+};
+
+}
+
+Control::Control(Container& container, QWidget* newWidget, std::string_view name, const Place& newPlace)
+    : widget(newWidget)
+    , currentPlace(newPlace)
+{
+    widget->setParent(container.Content());
+    widget->setObjectName(ToDisplay(name));
+    new FocusWatch(widget, *this);
+    Move(newPlace);
+}
+
+Control::~Control() { delete widget; }
+
+std::string Control::Name() const { return FromDisplay(widget->objectName()); }
+
+bool Control::Enabled() const { return widget->isEnabledTo(widget->parentWidget()); }
+
+void Control::SetEnabled(bool enabled) { widget->setEnabled(enabled); }
+
+bool Control::Visible() const { return !widget->isHidden(); }
+
+void Control::SetVisible(bool visible) { widget->setVisible(visible); }
+
+// Edges are rounded, not sizes, so that what lines up in the design lines up on screen.
+void Control::Move(const Place& newPlace)
+{
+    currentPlace = newPlace;
+    const QPoint topLeft(Twips::ToPixels(newPlace.left), Twips::ToPixels(newPlace.top));
+    const QPoint bottomRight(
+        Twips::ToPixels(newPlace.left + newPlace.width), Twips::ToPixels(newPlace.top + newPlace.height));
+    widget->setGeometry(QRect(topLeft, QSize(bottomRight.x() - topLeft.x(), bottomRight.y() - topLeft.y())));
+}
+
+void Control::SetToolTip(std::string_view text) { widget->setToolTip(ToDisplay(text)); }
+
+void Control::SetFocus() { widget->setFocus(); }
+
+void Control::PrecedesInTabOrder(Control& next) { QWidget::setTabOrder(widget, next.widget); }

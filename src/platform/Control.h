@@ -1,0 +1,81 @@
+#pragma once
+
+#include "platform/Twips.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+class QWidget;
+
+// Calls a copy of the handler, if there is one, since a handler may close the window that it belongs to.
+template <class... Arguments>
+void Raise(const std::function<void(Arguments...)>& handler, std::type_identity_t<Arguments>... arguments)
+{
+    if (const auto copy = handler)
+        copy(arguments...);
+}
+
+// What controls lie in: a form, a frame, a panel, a page of a tab strip.
+class Container {
+public:
+    QWidget* Content() const { return content; }
+
+protected:
+    Container() = default;
+    ~Container() = default;
+
+    QWidget* content = nullptr;
+};
+
+// What all controls share. A control owns one widget, whose object name is the control's. Beyond what a widget does,
+// it speaks twips, and it gives back exactly the place that it was given, fractions included, whatever the pixels are.
+// `Enabled` and `Visible` are the control's own and do not tell of the container around it.
+class Control {
+public:
+    Control(const Control&) = delete;
+    Control& operator=(const Control&) = delete;
+
+    std::string Name() const;
+
+    bool Enabled() const;
+    void SetEnabled(bool enabled);
+
+    bool Visible() const;
+    void SetVisible(bool visible);
+
+    double Left() const { return currentPlace.left; }
+    double Top() const { return currentPlace.top; }
+    double Width() const { return currentPlace.width; }
+    double Height() const { return currentPlace.height; }
+    void SetLeft(double left) { Move({left, currentPlace.top, currentPlace.width, currentPlace.height}); }
+    void SetTop(double top) { Move({currentPlace.left, top, currentPlace.width, currentPlace.height}); }
+    void SetWidth(double width) { Move({currentPlace.left, currentPlace.top, width, currentPlace.height}); }
+    void SetHeight(double height) { Move({currentPlace.left, currentPlace.top, currentPlace.width, height}); }
+    void Move(const Place& newPlace);
+
+    void SetToolTip(std::string_view text);
+    void SetFocus();
+
+    // The keyboard focus goes from this control to the next one by Tab.
+    void PrecedesInTabOrder(Control& next);
+
+    // Free text kept with the control.
+    std::string Tag;
+
+    std::function<void()> GotFocus;
+
+protected:
+    // Takes the widget and puts it at its place in the container.
+    Control(Container& container, QWidget* widget, std::string_view name, const Place& place);
+    ~Control();
+
+    QWidget* const widget;
+
+private:
+    friend class Label;
+    friend class Stepper;
+
+    Place currentPlace;
+};

@@ -1,0 +1,75 @@
+#include "platform/Desktop.h"
+
+#include "platform/DisplayText.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QMessageBox>
+#include <QUrl>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+QMessageBox::StandardButtons StandardButtons(MessageButtons buttons)
+{
+    switch (buttons) {
+    case MessageButtons::OkCancel:
+        return QMessageBox::Ok | QMessageBox::Cancel;
+    case MessageButtons::YesNo:
+        return QMessageBox::Yes | QMessageBox::No;
+    case MessageButtons::Ok:
+        break;
+    }
+    return QMessageBox::Ok;
+}
+
+MessageAnswer Answer(int button)
+{
+    switch (button) {
+    case QMessageBox::Yes:
+        return MessageAnswer::Yes;
+    case QMessageBox::No:
+        return MessageAnswer::No;
+    case QMessageBox::Cancel:
+        return MessageAnswer::Cancel;
+    default:
+        return MessageAnswer::Ok;
+    }
+}
+
+}
+
+Desktop::~Desktop() = default;
+
+MessageAnswer Desktop::MsgBox(std::string_view text, std::string_view title, MessageButtons buttons)
+{
+    QMessageBox box(QApplication::activeWindow());
+    box.setTextFormat(Qt::PlainText);
+    box.setText(ToDisplay(text).replace(QLatin1String("\r\n"), QLatin1String("\n")));
+    box.setWindowTitle(ToDisplay(title));
+    box.setStandardButtons(StandardButtons(buttons));
+    if (buttons == MessageButtons::YesNo)
+        box.setEscapeButton(QMessageBox::No);
+    // A busy pointer would tell the user to wait for somebody who waits for the user.
+    box.setCursor(Qt::ArrowCursor);
+    return Answer(box.exec());
+}
+
+void Desktop::Sleep(std::chrono::milliseconds duration)
+{
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (!window->isVisible())
+            continue;
+        // A status panel holds back its painting for a moment; now is the last chance to see it.
+        for (QLabel* label : window->findChildren<QLabel*>())
+            label->setUpdatesEnabled(true);
+        window->repaint();
+    }
+    std::this_thread::sleep_for(duration);
+}
+
+void Desktop::OpenDocument(const std::string& address) { QDesktopServices::openUrl(QUrl(ToDisplay(address))); }
+
+void Desktop::EndProgram() { std::_Exit(EXIT_SUCCESS); }

@@ -1,0 +1,31 @@
+#include "platform/DisplayText.h"
+
+#include <QStringDecoder>
+#include <array>
+
+namespace {
+
+// Windows-1252 differs from Latin-1 only in 0x80 to 0x9F. The five positions that it leaves free show the
+// replacement character.
+constexpr std::array<char16_t, 32> windows1252HighControls{0x20AC, 0xFFFD, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020,
+    0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0xFFFD, 0x017D, 0xFFFD, 0xFFFD, 0x2018, 0x2019, 0x201C, 0x201D,
+    0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0xFFFD, 0x017E, 0x0178};
+
+}
+
+QString ToDisplay(std::string_view bytes)
+{
+    const auto size = static_cast<qsizetype>(bytes.size());
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = decoder(QByteArrayView(bytes.data(), size));
+    if (!decoder.hasError())
+        return text;
+    text = QString::fromLatin1(bytes.data(), size);
+    for (QChar& character : text) {
+        if (character.unicode() >= 0x80 && character.unicode() < 0xA0)
+            character = windows1252HighControls[character.unicode() - 0x80U];
+    }
+    return text;
+}
+
+std::string FromDisplay(const QString& text) { return text.toStdString(); }

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+#include <string>
+#include <string_view>
+
+// The border between the program's bytes and the toolkit's characters. For platform/ alone.
+
+// Valid UTF-8 is shown as such, anything else as Windows-1252.
+QString ToDisplay(std::string_view bytes);
+
+// What the user typed, as UTF-8.
+std::string FromDisplay(const QString& text);

@@ -1,0 +1,210 @@
+#include "platform/Files.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+std::error_code LastError() { return {errno, std::generic_category()}; }
+
+class Descriptor {
+public:
+    explicit Descriptor(int opened)
+        : descriptor(opened)
+    {
+    }
+    ~Descriptor()
+    {
+        if (descriptor >= 0)
+            close(descriptor);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int Get() const { return descriptor; }
+
+    // A full disk may show only here.
+    std::error_code Close()
+    {
+        const int closing = descriptor;
+        descriptor = -1;
+        return close(closing) == 0 ? std::error_code() : LastError();
+    }
+
+private:
+    int descriptor;
+};
+
+std::error_code WriteAll(int descriptor, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written < 0)
+            return LastError();
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return {};
+}
+
+}
+
+bool FileExists(const std::string& path)
+{
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error);
+}
+
+bool DirExists(const std::string& path)
+{
+    std::error_code error;
+    // A separator at the end of a plain file's name would hide the file.
+    std::string name = path;
+    while (name.size() > 1 && name.ends_with('/'))
+        name.pop_back();
+    return !name.empty() && std::filesystem::exists(name, error);
+}
+
+std::error_code ReplaceFile(const std::string& path, std::string_view content)
+{
+    const std::string beside = path + ".new";
+    Descriptor file(open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666));
+    if (file.Get() < 0)
+        return LastError();
+    std::error_code error = WriteAll(file.Get(), content);
+    if (!error && fsync(file.Get()) != 0)
+        error = LastError();
+    if (const std::error_code closeError = file.Close(); !error)
+        error = closeError;
+    if (!error && std::rename(beside.c_str(), path.c_str()) != 0)
+        error = LastError();
+    if (error)
+        unlink(beside.c_str());
+    return error;
+}
+
+std::error_code WriteFile(const std::string& path, std::string_view content, std::string_view more)
+{
+    // Removed rather than emptied: what a link leads to stays as it is, and a journalling file system is quicker.
+    unlink(path.c_str());
+    Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (file.Get() < 0)
+        return LastError();
+    std::error_code error = WriteAll(file.Get(), content);
+    if (!error)
+        error = WriteAll(file.Get(), more);
+    const std::error_code closeError = file.Close();
+    return error ? error : closeError;
+}
+
+std::error_code DeleteFile(const std::string& path)
+{
+    return unlink(path.c_str()) == 0 ? std::error_code() : LastError();
+}
+
+std::error_code MoveFile(const std::string& from, const std::string& to)
+{
+    if (std::rename(from.c_str(), to.c_str()) == 0)
+        return {};
+    if (errno != EXDEV)
+        return LastError();
+    // The directory lies on another disk. The copy gets its name only when it is whole.
+    const std::string beside = to + ".new";
+    std::error_code error;
+    std::filesystem::copy_file(from, beside, std::filesystem::copy_options::overwrite_existing, error);
+    if (!error && std::rename(beside.c_str(), to.c_str()) != 0)
+        error = LastError();
+    if (error) {
+        unlink(beside.c_str());
+        return error;
+    }
+    return DeleteFile(from);
+}
+
+std::error_code MakeDirectory(const std::string& path)
+{
+    return mkdir(path.c_str(), 0777) == 0 ? std::error_code() : LastError();
+}
+
+std::string CurrentDirectory()
+{
+    std::error_code error;
+    std::string path = std::filesystem::current_path(error).string();
+    if (!path.ends_with('/'))
+        path += '/';
+    return path;
+}
+
+SequentialInput::SequentialInput(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file || !FileExists(path))
+        return;
+    open = true;
+    content.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+std::string SequentialInput::ReadField()
+{
+    position = std::min(content.find_first_not_of(' ', position), content.size());
+    std::string field;
+    if (!AtEnd() && content[position] == '"') {
+        const std::size_t end = std::min(content.find('"', position + 1), content.size());
+        field = content.substr(position + 1, end - position - 1);
+        position = std::min(end + 1, content.size());
+        position = std::min(content.find_first_not_of(' ', position), content.size());
+    } else {
+        const std::size_t end = std::min(content.find_first_of(",\r\n", position), content.size());
+        field = content.substr(position, end - position);
+        position = end;
+    }
+    // One comma or one line end belongs to the field.
+    if (!AtEnd() && content[position] == ',')
+        ++position;
+    else if (content.compare(position, 2, "\r\n") == 0)
+        position += 2;
+    else if (!AtEnd() && (content[position] == '\r' || content[position] == '\n'))
+        ++position;
+    return field;
+}
+
+RandomFile::RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength)
+    : descriptor(
+        open(path.c_str(), access == RandomAccess::Read ? O_RDONLY | O_CLOEXEC : O_RDWR | O_CREAT | O_CLOEXEC, 0666))
+    , length(recordLength)
+{
+}
+
+RandomFile::~RandomFile()
+{
+    if (descriptor >= 0)
+        close(descriptor);
+}
+
+std::int64_t RandomFile::RecordCount() const
+{
+    struct stat status { };
+    if (descriptor < 0 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+        return 0;
+    return status.st_size / static_cast<std::int64_t>(length);
+}
+
+bool RandomFile::Read(std::int64_t number, std::string& record) const
+{
+    record.resize(length);
+    const off_t offset = (number - 1) * static_cast<off_t>(length);
+    return descriptor >= 0 && number >= 1
+        && pread(descriptor, record.data(), length, offset) == static_cast<ssize_t>(length);
+}
+
+bool RandomFile::Write(std::int64_t number, std::string_view record)
+{
+    const off_t offset = (number - 1) * static_cast<off_t>(length);
+    return descriptor >= 0 && number >= 1 && record.size() == length
+        && pwrite(descriptor, record.data(), length, offset) == static_cast<ssize_t>(length);
+}

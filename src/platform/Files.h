@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+// Files as the logic uses them. Paths are bytes. Nothing here throws.
+
+// True if a plain file of that name is there.
+bool FileExists(const std::string& path);
+
+// True if the path names a directory, or a plain file.
+bool DirExists(const std::string& path);
+
+// Written beside its final name and renamed over it, so that a crash or a full disk leaves the old file or the new one.
+[[nodiscard]] std::error_code ReplaceFile(const std::string& path, std::string_view content);
+
+// A new file with this content, in place of what was there, a link included.
+[[nodiscard]] std::error_code WriteFile(const std::string& path, std::string_view content, std::string_view more = {});
+
+[[nodiscard]] std::error_code DeleteFile(const std::string& path);
+
+// Replaces a file of the new name; also from one disk to another.
+[[nodiscard]] std::error_code MoveFile(const std::string& from, const std::string& to);
+
+// std::errc::file_exists if there is something of that name, std::errc::no_such_file_or_directory if the path that
+// leads to it does not exist.
+[[nodiscard]] std::error_code MakeDirectory(const std::string& path);
+
+// The current directory with a separator at its end.
+std::string CurrentDirectory();
+
+// Reads a text file by fields, as a spreadsheet's lines: leading blanks are skipped; a field ends at a comma or a line
+// end, or, if it begins with a double quote, at the next double quote, line ends being part of it.
+class SequentialInput {
+public:
+    explicit SequentialInput(const std::string& path);
+
+    bool IsOpen() const { return open; }
+    std::size_t Length() const { return content.size(); }
+    bool AtEnd() const { return position >= content.size(); }
+    std::string ReadField();
+
+private:
+    std::string content;
+    std::size_t position = 0;
+    bool open = false;
+};
+
+enum class RandomAccess { Read, ReadWrite };
+
+// A file of records of one length, counted from 1. For reading and writing, a missing file is made.
+class RandomFile {
+public:
+    RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength);
+    ~RandomFile();
+    RandomFile(const RandomFile&) = delete;
+    RandomFile& operator=(const RandomFile&) = delete;
+
+    bool IsOpen() const { return descriptor >= 0; }
+
+    // Whole records; what is left over at the end of a damaged file does not count.
+    std::int64_t RecordCount() const;
+
+    // `record` becomes the record's bytes. False if there is no such record or it cannot be read.
+    [[nodiscard]] bool Read(std::int64_t number, std::string& record) const;
+
+    // False if it could not be written; `record` has the record length.
+    [[nodiscard]] bool Write(std::int64_t number, std::string_view record);
+
+private:
+    int descriptor;
+    std::size_t length;
+};

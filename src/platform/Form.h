@@ -1,0 +1,77 @@
+#pragma once
+
+#include "platform/Control.h"
+#include "platform/MousePointer.h"
+
+#include <memory>
+
+class QEventLoop;
+class QMenuBar;
+
+enum class BorderStyle { Fixed, Sizable };
+enum class WindowState { Normal = 0, Minimised = 1, Maximised = 2 };
+
+// A window of its own. Its controls are members of a class derived from it; their places count from the corner of the
+// client area, below the menu bar. Beyond what a window does, it stays alive when its user closes it and raises
+// `Unload` instead: what happens then is for the form's behaviour to say.
+class Form : public Container {
+public:
+    // `Height` counts the title, the menu bar and the borders of the original design, this much more than the client
+    // area, whatever the desktop puts around a window.
+    static constexpr double designedChrome = 660;
+
+    struct Design {
+        double clientWidth;
+        double clientHeight;
+        BorderStyle border = BorderStyle::Fixed;
+    };
+
+    Form(std::string_view name, std::string_view caption, const Design& design);
+    virtual ~Form();
+    Form(const Form&) = delete;
+    Form& operator=(const Form&) = delete;
+
+    std::string Caption() const;
+    void SetCaption(std::string_view caption);
+
+    // In twips, on the screen.
+    double Left() const;
+    double Top() const;
+    double Width() const;
+    double Height() const;
+    void SetHeight(double height);
+
+    // The client area, in twips.
+    double ScaleWidth() const;
+    double ScaleHeight() const;
+
+    WindowState State() const;
+
+    bool Visible() const;
+    void SetVisible(bool visible);
+
+    // Shows the form and returns when it is hidden again; meanwhile no other form takes input.
+    void ShowModal();
+
+    // In front of the other windows.
+    void BringToFront();
+
+    void SetMousePointer(MousePointer pointer);
+
+    // The user asked for the window to be closed, or the desktop session ends.
+    std::function<void()> Unload;
+    std::function<void()> Resize;
+
+private:
+    friend class Menu;
+    class Window;
+
+    QMenuBar& MenuBar();
+    void Layout();
+
+    std::unique_ptr<Window> window;
+    QMenuBar* menuBar = nullptr;
+    BorderStyle border;
+    double clientWidth;
+    double clientHeight;
+};

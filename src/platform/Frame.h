@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/Control.h"
+
+// A box with a caption around other controls. Places inside it count from its outer corner.
+class Frame : public Control, public Container {
+public:
+    Frame(Container& container, std::string_view name, std::string_view caption, const Place& place);
+};
+
+enum class PanelEdge { None, Line, Sunken };
+
+// A plain area that holds other controls, or a thin divider.
+class Panel : public Control, public Container {
+public:
+    Panel(Container& container, std::string_view name, const Place& place, PanelEdge edge = PanelEdge::None);
+
+    std::function<void()> DblClick;
+};

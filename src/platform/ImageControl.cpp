@@ -1,0 +1,51 @@
+#include "platform/ImageControl.h"
+
+#include <QImage>
+#include <QLabel>
+#include <QPixmap>
+
+namespace {
+
+class ImageLabel : public QLabel {
+public:
+    explicit ImageLabel(ImageControl& ownerControl)
+        : control(ownerControl)
+    {
+        setScaledContents(true);
+        setMinimumSize(1, 1);
+    }
+
+    void mouseDoubleClickEvent(QMouseEvent*) override { Raise(control.DblClick); }
+
+private:
+    ImageControl& control;
+};
+
+}
+
+ImageControl::ImageControl(Container& container, std::string_view name, const Place& place)
+    : Control(container, new ImageLabel(*this), name, place)
+{
+}
+
+void ImageControl::SetPicture(const class Picture& newPicture)
+{
+    picture = newPicture;
+    auto* label = static_cast<QLabel*>(widget);
+    if (!picture.image) {
+        label->setPixmap(QPixmap());
+        return;
+    }
+    // Scaled here once and smoothly, rather than by the label at every paint and coarsely.
+    label->setPixmap(QPixmap::fromImage(
+        picture.image->scaled(label->size().expandedTo({1, 1}), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)));
+}
+
+bool ImageControl::Load(const std::string& path)
+{
+    const class Picture loaded = ::Picture::FromFile(path);
+    if (loaded.Height() == 0)
+        return false;
+    SetPicture(loaded);
+    return true;
+}

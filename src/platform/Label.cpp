@@ -1,0 +1,28 @@
+#include "platform/Label.h"
+
+#include "platform/DisplayText.h"
+
+#include <QLabel>
+
+Label::Label(
+    Container& container, std::string_view name, std::string_view caption, const Place& place, Alignment alignment)
+    : Control(container, new QLabel(ToDisplay(caption)), name, place)
+{
+    auto* label = static_cast<QLabel*>(widget);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    const Qt::Alignment horizontal = alignment == Alignment::Left ? Qt::AlignLeft
+        : alignment == Alignment::Centre                          ? Qt::AlignHCenter
+                                                                  : Qt::AlignRight;
+    label->setAlignment(horizontal | Qt::AlignVCenter);
+}
+
+std::string Label::Caption() const { return FromDisplay(static_cast<QLabel*>(widget)->text()); }
+
+void Label::SetCaption(std::string_view caption) { static_cast<QLabel*>(widget)->setText(ToDisplay(caption)); }
+
+void Label::SetBuddy(Control& control)
+{
+    static_cast<QLabel*>(widget)->setBuddy(control.widget);
+    control.widget->setAccessibleName(static_cast<QLabel*>(widget)->text().remove(u'&').remove(u':'));
+}

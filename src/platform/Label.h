@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/Control.h"
+
+enum class Alignment { Left, Centre, Right };
+
+// A fixed text; too long for one line, it goes on in the next. Beyond the widget, its text is never taken for rich
+// text.
+class Label : public Control {
+public:
+    Label(Container& container, std::string_view name, std::string_view caption, const Place& place,
+        Alignment alignment = Alignment::Left);
+
+    std::string Caption() const;
+    void SetCaption(std::string_view caption);
+
+    // The label's mnemonic ("&" in its caption) leads to this control, and assistive tools call it by the label.
+    void SetBuddy(Control& control);
+};

@@ -1,0 +1,299 @@
+#include "platform/ListBox.h"
+
+#include "platform/DisplayText.h"
+#include "platform/Text.h"
+
+#include <QAbstractListModel>
+#include <QKeyEvent>
+#include <QListView>
+#include <QStyledItemDelegate>
+#include <QTimer>
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+namespace {
+
+// A long list that is on screen while it grows is brought up to date this often.
+constexpr std::chrono::milliseconds refreshInterval{50};
+constexpr std::size_t longList = 1000;
+
+const std::string noText;
+
+}
+
+// The rows that the view knows, and those that were added to a sorted list since.
+class ListBox::Rows : public QAbstractListModel {
+public:
+    int rowCount(const QModelIndex& parent) const override
+    {
+        return parent.isValid() ? 0 : static_cast<int>(rows.size());
+    }
+
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        if (role != Qt::DisplayRole || !index.isValid())
+            return {};
+        return ToDisplay(rows.at(static_cast<std::size_t>(index.row())));
+    }
+
+    void Add(std::string_view text)
+    {
+        NoteLength(text);
+        additions.emplace_back(text);
+    }
+
+    void Insert(std::string_view text, int index)
+    {
+        NoteLength(text);
+        beginInsertRows({}, index, index);
+        rows.emplace(rows.begin() + index, text);
+        endInsertRows();
+    }
+
+    void Remove(int index)
+    {
+        beginRemoveRows({}, index, index);
+        rows.erase(rows.begin() + index);
+        endRemoveRows();
+    }
+
+    void Clear()
+    {
+        beginResetModel();
+        rows.clear();
+        additions.clear();
+        longest.clear();
+        endResetModel();
+    }
+
+    // Where row `index` will be once the additions, which must be sorted, are merged in.
+    int PlaceAfterMerge(int index) const
+    {
+        const std::string& text = rows[static_cast<std::size_t>(index)];
+        const auto before = std::lower_bound(additions.begin(), additions.end(), text, SortsBefore);
+        return index + static_cast<int>(before - additions.begin());
+    }
+
+    void SortAdditions() { std::sort(additions.begin(), additions.end(), SortsBefore); }
+
+    void Merge()
+    {
+        beginResetModel();
+        const auto oldSize = static_cast<std::ptrdiff_t>(rows.size());
+        rows.insert(rows.end(), std::make_move_iterator(additions.begin()), std::make_move_iterator(additions.end()));
+        additions.clear();
+        std::inplace_merge(rows.begin(), rows.begin() + oldSize, rows.end(), SortsBefore);
+        endResetModel();
+    }
+
+    std::vector<std::string> rows;
+    std::vector<std::string> additions;
+    std::string longest;
+
+private:
+    void NoteLength(std::string_view text)
+    {
+        if (text.size() > longest.size())
+            longest = text;
+    }
+};
+
+class ListBox::View : public QListView {
+public:
+    explicit View(ListBox& ownerBox)
+        : box(ownerBox)
+    {
+        setModel(&rows);
+        setItemDelegate(new RowDelegate(rows, this));
+        setUniformItemSizes(true);
+        setEditTriggers(NoEditTriggers);
+        setHorizontalScrollMode(ScrollPerPixel);
+        refreshTimer.setSingleShot(true);
+        connect(&refreshTimer, &QTimer::timeout, this, [this] {
+            if (isVisible())
+                BringUpToDate();
+        });
+        connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
+            if (!quiet && current.isValid())
+                Raise(box.Click);
+        });
+        connect(this, &QListView::doubleClicked, this, [this] { Raise(box.DblClick); });
+    }
+
+    void ExpectAdditions()
+    {
+        if (!refreshTimer.isActive())
+            refreshTimer.start(rows.rows.size() < longList ? std::chrono::milliseconds(0) : refreshInterval);
+    }
+
+    // Merges what was added to a sorted list, with the current and the highlighted rows kept.
+    void BringUpToDate()
+    {
+        if (rows.additions.empty())
+            return;
+        rows.SortAdditions();
+        const int current = currentIndex().isValid() ? rows.PlaceAfterMerge(currentIndex().row()) : -1;
+        std::vector<int> highlighted;
+        for (const QModelIndex& index : selectionModel()->selectedRows())
+            highlighted.push_back(rows.PlaceAfterMerge(index.row()));
+        quiet = true;
+        rows.Merge();
+        for (const int row : highlighted)
+            selectionModel()->select(rows.index(row), QItemSelectionModel::Select);
+        if (current >= 0)
+            selectionModel()->setCurrentIndex(rows.index(current), QItemSelectionModel::NoUpdate);
+        quiet = false;
+    }
+
+    void RemoveQuietly(int index)
+    {
+        const bool wasCurrent = currentIndex().row() == index;
+        quiet = true;
+        rows.Remove(index);
+        if (wasCurrent)
+            selectionModel()->clearCurrentIndex();
+        quiet = false;
+    }
+
+    Rows rows;
+
+protected:
+    void showEvent(QShowEvent* event) override
+    {
+        BringUpToDate();
+        QListView::showEvent(event);
+    }
+
+    void focusInEvent(QFocusEvent* event) override
+    {
+        const bool hadCurrent = currentIndex().isValid();
+        quiet = true;
+        QListView::focusInEvent(event);
+        if (!hadCurrent)
+            selectionModel()->clearCurrentIndex();
+        quiet = false;
+    }
+
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+            Raise(box.DblClick);
+        else
+            QListView::keyPressEvent(event);
+    }
+
+private:
+    // All rows have the height of one line and the width of the longest text, so that the view need not measure each
+    // and long names can be scrolled into sight.
+    class RowDelegate : public QStyledItemDelegate {
+    public:
+        RowDelegate(const Rows& allRows, QObject* parent)
+            : QStyledItemDelegate(parent)
+            , rows(allRows)
+        {
+        }
+
+        QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override
+        {
+            constexpr int margin = 4;
+            return {option.fontMetrics.horizontalAdvance(ToDisplay(rows.longest)) + 2 * margin,
+                option.fontMetrics.height() + 2};
+        }
+
+    private:
+        const Rows& rows;
+    };
+
+    ListBox& box;
+    QTimer refreshTimer;
+    bool quiet = false;
+};
+
+ListBox::ListBox(Container& container, std::string_view name, const Place& place, const ListStyle& newStyle)
+    : Control(container, new View(*this), name, place)
+    , style(newStyle)
+{
+    ListView().setSelectionMode(
+        style.extended ? QAbstractItemView::ExtendedSelection : QAbstractItemView::SingleSelection);
+}
+
+ListBox::View& ListBox::ListView() const { return *static_cast<View*>(widget); }
+
+void ListBox::AddItem(std::string_view text)
+{
+    Rows& rows = ListView().rows;
+    if (!style.sorted) {
+        rows.Insert(text, static_cast<int>(rows.rows.size()));
+        return;
+    }
+    rows.Add(text);
+    ListView().ExpectAdditions();
+}
+
+void ListBox::InsertItem(std::string_view text, int index)
+{
+    ListView().rows.Insert(text, std::clamp(index, 0, ListCount()));
+}
+
+void ListBox::RemoveItem(int index)
+{
+    ListView().BringUpToDate();
+    if (index >= 0 && index < ListCount())
+        ListView().RemoveQuietly(index);
+}
+
+void ListBox::Clear() { ListView().rows.Clear(); }
+
+int ListBox::ListCount() const
+{
+    const Rows& rows = ListView().rows;
+    return static_cast<int>(rows.rows.size() + rows.additions.size());
+}
+
+const std::string& ListBox::List(int index) const
+{
+    ListView().BringUpToDate();
+    const std::vector<std::string>& rows = ListView().rows.rows;
+    return index >= 0 && index < static_cast<int>(rows.size()) ? rows[static_cast<std::size_t>(index)] : noText;
+}
+
+int ListBox::ListIndex() const
+{
+    ListView().BringUpToDate();
+    return ListView().currentIndex().row();
+}
+
+void ListBox::SetListIndex(int index)
+{
+    View& view = ListView();
+    view.BringUpToDate();
+    if (index < 0) {
+        view.selectionModel()->clearCurrentIndex();
+        if (!style.extended)
+            view.selectionModel()->clearSelection();
+        return;
+    }
+    if (index >= ListCount())
+        return;
+    view.selectionModel()->setCurrentIndex(
+        view.rows.index(index), style.extended ? QItemSelectionModel::NoUpdate : QItemSelectionModel::ClearAndSelect);
+}
+
+bool ListBox::Selected(int index) const
+{
+    ListView().BringUpToDate();
+    return ListView().selectionModel()->isRowSelected(index);
+}
+
+void ListBox::SetSelected(int index, bool selected)
+{
+    View& view = ListView();
+    view.BringUpToDate();
+    if (index < 0 || index >= ListCount())
+        return;
+    const QItemSelectionModel::SelectionFlags change = !selected ? QItemSelectionModel::Deselect
+        : style.extended                                         ? QItemSelectionModel::Select
+                                                                 : QItemSelectionModel::ClearAndSelect;
+    view.selectionModel()->select(view.rows.index(index), change);
+}

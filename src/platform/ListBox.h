@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/Control.h"
+
+#include <cstddef>
+
+struct ListStyle {
+    bool sorted = false; // regardless of ASCII case, ties by byte
+    bool extended = false; // many rows may be highlighted
+};
+
+// A list of texts for tens of thousands of rows. `ListIndex` is the row with the focus, `Selected` tells which rows are
+// highlighted; with one highlighted row at most, the two go together. Beyond the widget, the list never selects, moves
+// or clears its current row by itself: focus does not pick the first row, and when the current row is removed there is
+// none. A sorted list sorts lazily, before the first read or paint after additions. Rows keep their bytes.
+class ListBox : public Control {
+public:
+    ListBox(Container& container, std::string_view name, const Place& place, const ListStyle& style = {});
+
+    // At the end, or at its place in a sorted list.
+    void AddItem(std::string_view text);
+    // Before row `index`; not for sorted lists.
+    void InsertItem(std::string_view text, int index);
+    void RemoveItem(int index);
+    void Clear();
+
+    int ListCount() const;
+    // Empty for a row that is not there.
+    const std::string& List(int index) const;
+
+    // -1 for none.
+    int ListIndex() const;
+    void SetListIndex(int index);
+
+    bool Selected(int index) const;
+    void SetSelected(int index, bool selected);
+
+    // Another row has become the current one, through the user or from code.
+    std::function<void()> Click;
+    // A double click or Enter.
+    std::function<void()> DblClick;
+
+private:
+    class Rows;
+    class View;
+
+    View& ListView() const;
+
+    ListStyle style;
+};

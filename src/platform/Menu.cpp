@@ -1,0 +1,44 @@
+#include "platform/Menu.h"
+
+#include "platform/DisplayText.h"
+
+#include <QAction>
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+
+Menu::Menu(Form& form, std::string_view name, std::string_view caption)
+    : menu(form.MenuBar().addMenu(ToDisplay(caption)))
+{
+    menu->menuAction()->setObjectName(ToDisplay(name));
+    form.Layout();
+}
+
+MenuEntry::MenuEntry(Menu& menu, std::string_view name, std::string_view caption, std::string_view shortcut)
+    : action(menu.menu->addAction(ToDisplay(caption)))
+{
+    action->setObjectName(ToDisplay(name));
+    action->setShortcut(QKeySequence(ToDisplay(shortcut)));
+    QObject::connect(action, &QAction::triggered, action, [this](bool nowChecked) {
+        if (action->isCheckable())
+            action->setChecked(!nowChecked);
+        Raise(Click);
+    });
+}
+
+bool MenuEntry::Enabled() const { return action->isEnabled(); }
+
+void MenuEntry::SetEnabled(bool enabled) { action->setEnabled(enabled); }
+
+bool MenuEntry::Checked() const { return action->isChecked(); }
+
+void MenuEntry::SetChecked(bool checked)
+{
+    action->setCheckable(true);
+    action->setChecked(checked);
+}
+
+MenuSeparator::MenuSeparator(Menu& menu, std::string_view name)
+{
+    menu.menu->addSeparator()->setObjectName(ToDisplay(name));
+}

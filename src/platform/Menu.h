@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/Form.h"
+
+class QAction;
+class QMenu;
+
+// A menu of a form's menu bar. In captions "&" marks the mnemonic.
+class Menu {
+public:
+    Menu(Form& form, std::string_view name, std::string_view caption);
+
+private:
+    friend class MenuEntry;
+    friend class MenuSeparator;
+
+    QMenu* menu;
+};
+
+// An entry of a menu. Its check mark is for the handler to set: beyond an action, a click does not change it.
+class MenuEntry {
+public:
+    // `shortcut` is a key sequence such as "Ctrl+F", or empty.
+    MenuEntry(Menu& menu, std::string_view name, std::string_view caption, std::string_view shortcut = {});
+    MenuEntry(const MenuEntry&) = delete;
+    MenuEntry& operator=(const MenuEntry&) = delete;
+
+    bool Enabled() const;
+    void SetEnabled(bool enabled);
+
+    bool Checked() const;
+    void SetChecked(bool checked);
+
+    std::function<void()> Click;
+
+private:
+    QAction* action;
+};
+
+class MenuSeparator {
+public:
+    MenuSeparator(Menu& menu, std::string_view name);
+};

@@ -1,0 +1,94 @@
+#include "platform/Settings.h"
+
+#include "platform/DisplayText.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+#include <QStandardPaths>
+
+namespace {
+
+// A slash of either kind would part a key into groups. A percent sign followed by its code stands for it.
+QString StoreKey(std::string_view section, std::string_view key)
+{
+    QString escaped = ToDisplay(key);
+    escaped.replace(u'%', QLatin1String("%25"))
+        .replace(u'/', QLatin1String("%2F"))
+        .replace(u'\\', QLatin1String("%5C"));
+    return ToDisplay(section) + u'/' + escaped;
+}
+
+std::string FromStoreKey(QString key)
+{
+    key.replace(QLatin1String("%5C"), QLatin1String("\\")).replace(QLatin1String("%2F"), QLatin1String("/"));
+    return FromDisplay(key.replace(QLatin1String("%25"), QLatin1String("%")));
+}
+
+// Text is kept as text, for those who read the file; bytes that are none are kept as bytes.
+QVariant StoreValue(std::string_view value)
+{
+    const QString text = ToDisplay(value);
+    if (FromDisplay(text) == value)
+        return text;
+    return QByteArray(value.data(), static_cast<qsizetype>(value.size()));
+}
+
+}
+
+Settings::Settings(const std::string& fileName)
+{
+    const QString path = QFile::decodeName(fileName.c_str());
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    // Made before anything is written into it, so that a password never lies in a file that others can read.
+    if (!file.exists() && file.open(QIODevice::NewOnly | QIODevice::WriteOnly, QFile::ReadOwner | QFile::WriteOwner))
+        file.close();
+    else
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    store = std::make_unique<QSettings>(path, QSettings::IniFormat);
+}
+
+Settings::~Settings() = default;
+
+std::string Settings::UserFileName()
+{
+    const QSettings user(
+        QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Tamarack"), QStringLiteral("Tamarack"));
+    return QFile::encodeName(user.fileName()).toStdString();
+}
+
+std::string Settings::GetSetting(std::string_view section, std::string_view key) const
+{
+    const QVariant value = store->value(StoreKey(section, key));
+    if (value.typeId() == QMetaType::QByteArray)
+        return value.toByteArray().toStdString();
+    // Commas in a file that somebody wrote by hand make a list of one text.
+    return FromDisplay(value.toStringList().join(u','));
+}
+
+void Settings::SaveSetting(std::string_view section, std::string_view key, std::string_view value)
+{
+    store->setValue(StoreKey(section, key), StoreValue(value));
+    Write();
+}
+
+void Settings::DeleteSetting(std::string_view section, std::string_view key)
+{
+    store->remove(StoreKey(section, key));
+    Write();
+}
+
+std::vector<std::string> Settings::GetAllSettings(std::string_view section) const
+{
+    store->beginGroup(ToDisplay(section));
+    const QStringList found = store->childKeys();
+    store->endGroup();
+    std::vector<std::string> keys;
+    for (const QString& key : found)
+        keys.push_back(FromStoreKey(key));
+    return keys;
+}
+
+void Settings::Write() { store->sync(); }

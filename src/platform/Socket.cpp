@@ -1,0 +1,175 @@
+#include "platform/Socket.h"
+
+#include "platform/Control.h"
+#include "platform/DisplayText.h"
+#include "platform/Text.h"
+
+#include <QCoreApplication>
+#include <QNetworkProxy>
+#include <QPointer>
+#include <QTcpSocket>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+// One connection and the events that it has posted. They are posted to this object and die with it.
+class Socket::Connection : public QObject {
+public:
+    explicit Connection(Socket& ownerSocket)
+        : owner(ownerSocket)
+    {
+        tcp.setProxy(QNetworkProxy::NoProxy);
+        connect(&tcp, &QTcpSocket::stateChanged, this, [this](QAbstractSocket::SocketState state) { Follow(state); });
+        connect(&tcp, &QTcpSocket::readyRead, this, [this] { PostArrival(); });
+        connect(&tcp, &QTcpSocket::disconnected, this, [this] { PostClosed(); });
+        connect(&tcp, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError error) {
+            if (!wasConnected)
+                PostState(SocketState::Error);
+            else if (error != QAbstractSocket::RemoteHostClosedError)
+                closedState = SocketState::Error;
+        });
+    }
+
+    void Open(const std::string& host, int port)
+    {
+        if (port < 1 || port > 65535 || host.empty())
+            PostState(SocketState::Error);
+        else
+            tcp.connectToHost(ToDisplay(host), static_cast<quint16>(port));
+    }
+
+    void AcknowledgeAtOnce()
+    {
+        const int on = 1;
+        setsockopt(static_cast<int>(tcp.socketDescriptor()), IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on);
+    }
+
+    QTcpSocket tcp;
+
+private:
+    void Follow(QAbstractSocket::SocketState state)
+    {
+        switch (state) {
+        case QAbstractSocket::HostLookupState:
+            PostState(SocketState::ResolvingHost);
+            break;
+        case QAbstractSocket::ConnectingState:
+            PostState(SocketState::HostResolved);
+            PostState(SocketState::Connecting);
+            break;
+        case QAbstractSocket::ConnectedState:
+            wasConnected = true;
+            tcp.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+            AcknowledgeAtOnce();
+            PostState(SocketState::Connected);
+            break;
+        default:
+            break;
+        }
+    }
+
+    void PostState(SocketState state)
+    {
+        QMetaObject::invokeMethod(
+            this, [this, state] { owner.Enter(state); }, Qt::QueuedConnection);
+    }
+
+    void PostArrival()
+    {
+        if (arrivalPosted)
+            return;
+        arrivalPosted = true;
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                arrivalPosted = false;
+                if (tcp.bytesAvailable() > 0)
+                    Raise(owner.DataArrival);
+            },
+            Qt::QueuedConnection);
+    }
+
+    void PostClosed()
+    {
+        if (!wasConnected)
+            return;
+        if (tcp.bytesAvailable() > 0)
+            PostArrival();
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                // The handler may close the socket, and with it this object.
+                Socket& socket = owner;
+                const QPointer<Connection> self(this);
+                socket.Enter(closedState);
+                if (self)
+                    Raise(socket.Closed);
+            },
+            Qt::QueuedConnection);
+    }
+
+    Socket& owner;
+    SocketState closedState = SocketState::Closing;
+    bool wasConnected = false;
+    bool arrivalPosted = false;
+};
+
+Socket::Socket() = default;
+
+Socket::~Socket() = default;
+
+int Socket::PortFrom(std::string_view text)
+{
+    const double port = Val(text);
+    return port >= 1 && port <= 65535 && port == static_cast<int>(port) ? static_cast<int>(port) : 0;
+}
+
+void Socket::Connect(const std::string& host, int port)
+{
+    Close();
+    connection = std::make_unique<Connection>(*this);
+    connection->Open(host, port);
+}
+
+void Socket::Close()
+{
+    state = SocketState::Closed;
+    if (!connection)
+        return;
+    // A handler of this very connection may be running: it must not lose the ground under its feet.
+    Connection* old = connection.release();
+    old->disconnect();
+    old->tcp.disconnect(old);
+    QCoreApplication::removePostedEvents(old);
+    old->tcp.close();
+    old->tcp.abort();
+    old->deleteLater();
+}
+
+void Socket::SendData(std::string_view bytes)
+{
+    if (state != SocketState::Connected)
+        return;
+    connection->tcp.write(bytes.data(), static_cast<qint64>(bytes.size()));
+    connection->tcp.flush();
+}
+
+std::string Socket::GetData()
+{
+    std::string bytes;
+    if (!connection)
+        return bytes;
+    QTcpSocket& tcp = connection->tcp;
+    bytes.resize(static_cast<std::size_t>(tcp.bytesAvailable()));
+    const qint64 count = tcp.read(bytes.data(), static_cast<qint64>(bytes.size()));
+    bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    if (state == SocketState::Connected)
+        connection->AcknowledgeAtOnce();
+    return bytes;
+}
+
+void Socket::Enter(SocketState newState)
+{
+    state = newState;
+    Raise(StateChanged);
+}

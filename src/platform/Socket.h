@@ -1,0 +1,63 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+enum class SocketState {
+    Closed = 0,
+    ResolvingHost = 4,
+    HostResolved = 5,
+    Connecting = 6,
+    Connected = 7,
+    Closing = 8,
+    Error = 9,
+};
+
+// One TCP connection at a time. Beyond a QTcpSocket:
+// - events are posted, never raised from inside a signal or a call, so that a handler may wait for further events, and
+//   one DataArrival hands over all bytes that wait;
+// - `State` moves with the events, so that nobody sees a state whose event is still to come;
+// - after Close() no event of that connection arrives any more, not even of bytes that were received before;
+// - acknowledgements go out at once: a server that writes its status line and its text separately would otherwise wait
+//   40 milliseconds for each.
+class Socket {
+public:
+    Socket();
+    ~Socket();
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    // The port of a text field: a whole number from 1 to 65535, else 0.
+    static int PortFrom(std::string_view text);
+
+    // Closes what is open and begins to connect. A port outside 1 to 65535 or an empty host leads to the error state.
+    void Connect(const std::string& host, int port);
+
+    // Ends the connection from this side; raises nothing.
+    void Close();
+
+    SocketState State() const { return state; }
+
+    // Sends the bytes, or nothing if the socket is not connected.
+    void SendData(std::string_view bytes);
+
+    // All bytes that wait.
+    std::string GetData();
+
+    // Raised at every change of `State`.
+    std::function<void()> StateChanged;
+    // The other side has closed the connection. What it had sent before has been handed over.
+    std::function<void()> Closed;
+    // Bytes wait.
+    std::function<void()> DataArrival;
+
+private:
+    class Connection;
+
+    void Enter(SocketState newState);
+
+    std::unique_ptr<Connection> connection;
+    SocketState state = SocketState::Closed;
+};

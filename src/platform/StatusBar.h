@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/Control.h"
+
+#include <deque>
+
+class QLabel;
+
+enum class PanelStyle {
+    Text = 0,
+    Time = 5,
+    Date = 6,
+};
+
+// One field of a status bar. Beyond a label, it takes its text at once but paints at most every 50 milliseconds, so
+// that a text that changes with every article costs nothing; a time or date shows the clock by itself.
+class StatusPanel {
+public:
+    std::string Text() const;
+    void SetText(std::string_view text);
+
+    void SetStyle(PanelStyle style);
+
+private:
+    friend class StatusBar;
+    class Field;
+
+    explicit StatusPanel(QWidget* bar);
+
+    Field* field;
+};
+
+struct StatusPanelDesign {
+    double width; // in twips; 0 takes what the others leave
+    std::string_view text;
+    std::string_view toolTip = {};
+    PanelStyle style = PanelStyle::Text;
+};
+
+enum class StatusBarPlace { AsDesigned, BottomEdge };
+
+// A row of panels, counted from 1. At the bottom edge it follows the height of its container.
+class StatusBar : public Control {
+public:
+    StatusBar(Container& container, std::string_view name, const Place& place,
+        std::initializer_list<StatusPanelDesign> panels, StatusBarPlace where = StatusBarPlace::AsDesigned);
+
+    StatusPanel& Panels(int number) { return panels.at(static_cast<std::size_t>(number - 1)); }
+
+private:
+    std::deque<StatusPanel> panels;
+};

@@ -1,0 +1,79 @@
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+char LowerCase(char character)
+{
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+}
+
+bool IsDigit(char character) { return character >= '0' && character <= '9'; }
+
+}
+
+std::string_view Trim(std::string_view text)
+{
+    const std::size_t first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+double Val(std::string_view text)
+{
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    std::size_t digits = 0;
+    if (!text.empty() && text.front() == '+') {
+        text.remove_prefix(1);
+    } else if (!text.empty() && text.front() == '-') {
+        digits = 1;
+    }
+    // from_chars would also read "inf" and "nan", and a second sign.
+    const bool startsNumber = digits < text.size()
+        && (IsDigit(text[digits]) || (text[digits] == '.' && digits + 1 < text.size() && IsDigit(text[digits + 1])));
+    if (!startsNumber)
+        return 0;
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc::result_out_of_range) {
+        const std::string_view read(text.data(), static_cast<std::size_t>(end - text.data()));
+        const bool tiny = read.find("e-") != std::string_view::npos || read.find("E-") != std::string_view::npos;
+        value = tiny ? 0 : std::copysign(std::numeric_limits<double>::max(), text.front() == '-' ? -1.0 : 1.0);
+    }
+    return value;
+}
+
+std::optional<std::int32_t> WholeNumber(std::string_view text)
+{
+    const double value = std::nearbyint(Val(text));
+    if (value < std::numeric_limits<std::int32_t>::min() || value > std::numeric_limits<std::int32_t>::max())
+        return {};
+    return static_cast<std::int32_t>(value);
+}
+
+std::size_t FindIgnoringCase(std::string_view text, std::string_view part, std::size_t from)
+{
+    if (from >= text.size())
+        return std::string_view::npos;
+    const auto found = std::search(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), part.begin(),
+        part.end(), [](char left, char right) { return LowerCase(left) == LowerCase(right); });
+    return found == text.end() && !part.empty() ? std::string_view::npos
+                                                : static_cast<std::size_t>(found - text.begin());
+}
+
+bool SortsBefore(std::string_view left, std::string_view right)
+{
+    const std::size_t common = std::min(left.size(), right.size());
+    for (std::size_t i = 0; i < common; ++i) {
+        const auto leftByte = static_cast<unsigned char>(LowerCase(left[i]));
+        const auto rightByte = static_cast<unsigned char>(LowerCase(right[i]));
+        if (leftByte != rightByte)
+            return leftByte < rightByte;
+    }
+    return left.size() != right.size() ? left.size() < right.size() : left < right;
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// What the logic does with texts and numbers. A text is a run of bytes; nothing here knows of characters.
+
+// The text without the blanks (only blanks) at its ends.
+std::string_view Trim(std::string_view text);
+
+// The number with which a text begins, as a form's field is read: leading blanks are skipped, reading stops at the
+// first character that cannot belong to a decimal number in the C locale ("12.5abc" is 12.5, "-3" is -3, "1e3" is
+// 1000). 0 if there is none; no hexadecimal, no "inf", no "nan".
+double Val(std::string_view text);
+
+// Val(), rounded to the nearest whole number, halves to the even one. Nothing if it does not fit into 32 bits.
+std::optional<std::int32_t> WholeNumber(std::string_view text);
+
+// The position of the first `part` in `text` at or after `from`, letters that differ only in ASCII case being equal.
+// std::string_view::npos if there is none. An empty part is found at once in a text that is not empty.
+std::size_t FindIgnoringCase(std::string_view text, std::string_view part, std::size_t from = 0);
+
+// True if `left` comes before `right` in a sorted list: regardless of ASCII case, ties by byte.
+bool SortsBefore(std::string_view left, std::string_view right);

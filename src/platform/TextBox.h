@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/Control.h"
+
+class QString;
+
+struct TextBoxStyle {
+    std::string_view text = {};
+    int maxLength = 0; // in characters; 0 is without limit
+    bool masked = false; // shows "*" for each character
+    bool multiLine = false;
+    bool readOnly = false;
+};
+
+// A text field. Beyond the widgets, Change is raised whenever the text becomes another one, from code too, and a text
+// set from code keeps its bytes until the user edits it.
+class TextBox : public Control {
+public:
+    TextBox(Container& container, std::string_view name, const Place& place, const TextBoxStyle& style = {});
+
+    const std::string& Text() const { return text; }
+    void SetText(std::string_view newText);
+
+    void SelectAll();
+
+    std::function<void()> Change;
+    std::function<void()> DblClick;
+
+private:
+    void Take(std::string newText);
+    void SetShownText(const QString& newText);
+    QString ShownText() const;
+
+    bool multiLine;
+    bool settingFromCode = false;
+    std::string text;
+};

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+class QTimer;
+
+// A clock that calls its handler on the user-interface thread, again and again while it is enabled. Beyond what a
+// QTimer does, a change of `Interval` while it runs starts the time anew, and it never fires early.
+class Timer {
+public:
+    explicit Timer(std::chrono::milliseconds interval);
+    ~Timer();
+    Timer(const Timer&) = delete;
+    Timer& operator=(const Timer&) = delete;
+
+    bool Enabled() const;
+    void SetEnabled(bool enabled);
+
+    std::chrono::milliseconds Interval() const;
+    void SetInterval(std::chrono::milliseconds interval);
+
+    std::function<void()> Tick;
+
+private:
+    std::unique_ptr<QTimer> timer;
+};

@@ -1,0 +1,96 @@
+#include "scan/AttachmentStoring.h"
+
+#include "platform/Events.h"
+#include "platform/Files.h"
+#include "platform/Screen.h"
+#include "platform/Text.h"
+
+namespace {
+
+// A group's name comes from a server or a file: it must not lead out of the destination.
+bool IsPlainDirectoryName(std::string_view name)
+{
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos
+        && name.find('\0') == std::string_view::npos;
+}
+
+}
+
+std::string ArticleInHand::Caption(std::string_view doing, const std::string& group) const
+{
+    std::string caption(doing);
+    caption.append(std::to_string(number)).append(" of ").append(std::to_string(lastInGroup));
+    return caption.append(" -- ").append(group);
+}
+
+AttachmentStoring::AttachmentStoring(frmTamarack& mainForm, NewsSession& session, PreviewStrip& newPreviews)
+    : MainForm(mainForm)
+    , Session(session)
+    , previews(newPreviews)
+{
+}
+
+AfterStoring AttachmentStoring::Store(const ArticleInHand& article, const std::string& body)
+{
+    Screen::SetMousePointer(MousePointer::Hourglass);
+    DoEvents();
+    const std::string destination = MainForm.txtSelectDir.Text();
+    const std::string temporaryFile = destination + "article" + std::to_string(article.number) + ".uue";
+    Decode(article, temporaryFile, body);
+    if (MainForm.UU.DecodeStatus() > 0) {
+        Show(MoveToItsPlace(destination));
+        ++GroupCount;
+        ++TotalCount;
+        if (Val(MainForm.txtLimitPictures.Text()) <= GroupCount && MainForm.chkLimitPictures.Value() == 1) {
+            (void)DeleteFile(temporaryFile);
+            return AfterStoring::GroupLimitReached;
+        }
+        if (Val(MainForm.txtMaxToDownload.Text()) <= TotalCount && MainForm.chkMaximumFiles.Value() == 1)
+            Session.StopFlag = true;
+        MainForm.StatusBar1.Panels(2).SetText("Items: " + std::to_string(TotalCount));
+    }
+    (void)DeleteFile(temporaryFile);
+    return AfterStoring::GoOn;
+}
+
+void AttachmentStoring::Decode(const ArticleInHand& article, const std::string& temporaryFile, const std::string& body)
+{
+    MainForm.SetCaption(article.Caption("Decoding ", Session.CurrentGroup));
+    // What could not be written is for the decoder to judge.
+    (void)WriteFile(temporaryFile, body, "\r\n");
+    MainForm.UU.SetDecodeFilename(temporaryFile);
+    Screen::SetMousePointer(MousePointer::Default);
+    MainForm.SetCaption(article.Caption("Finished decoding ", Session.CurrentGroup));
+    DoEvents();
+}
+
+// Gives the full path of the stored attachment, of the first if there are several.
+std::string AttachmentStoring::MoveToItsPlace(const std::string& destination)
+{
+    const std::string& name = MainForm.UU.ImageFilename();
+    if (MainForm.chkGroupSubDir.Value() != 1)
+        return destination + name;
+    const std::string groupDirectory = destination + Session.CurrentGroup + "/";
+    if (!IsPlainDirectoryName(Session.CurrentGroup) || !MakeGroupDirectory(groupDirectory))
+        return destination + name;
+    // The newest attachment replaces an older one of its name.
+    for (const std::string& stored : MainForm.UU.StoredNames())
+        (void)MoveFile(destination + stored, groupDirectory + stored);
+    return groupDirectory + name;
+}
+
+// False if the path that leads to it does not exist. Any other failure shows when the file is moved.
+bool AttachmentStoring::MakeGroupDirectory(const std::string& directory)
+{
+    return MakeDirectory(directory) != std::errc::no_such_file_or_directory;
+}
+
+void AttachmentStoring::Show(const std::string& imageFile)
+{
+    if (!MainForm.mnuInteractiveDownload.Checked())
+        return;
+    MainForm.Picture1.SetPicture({});
+    (void)MainForm.Picture1.Load(imageFile);
+    previews.ShowPic(imageFile);
+    DoEvents();
+}

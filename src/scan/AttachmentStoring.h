@@ -1,0 +1,42 @@
+#pragma once
+
+#include "pictures/PreviewStrip.h"
+#include "session/NewsSession.h"
+
+#include <cstdint>
+#include <string>
+
+// The article that a search has in hand.
+struct ArticleInHand {
+    std::int32_t number;
+    std::int32_t lastInGroup;
+
+    // Such as "Getting 7002 of 7055 -- alt.kites".
+    std::string Caption(std::string_view doing, const std::string& group) const;
+};
+
+enum class AfterStoring { GoOn, GroupLimitReached };
+
+// The way from a body to a stored file: through a temporary file and the decoder into the destination directory or the
+// group's sub directory. A step that fails is skipped; no failure is shown, and none ends the run.
+class AttachmentStoring {
+public:
+    AttachmentStoring(frmTamarack& mainForm, NewsSession& session, PreviewStrip& previews);
+
+    // Decodes and stores what the body holds, shows and counts it, and tests the limits. The limit of the whole run
+    // sets StopFlag.
+    AfterStoring Store(const ArticleInHand& article, const std::string& body);
+
+    std::int32_t TotalCount = 0; // attachments stored in this run
+    std::int32_t GroupCount = 0; // and from the current group
+
+private:
+    void Decode(const ArticleInHand& article, const std::string& temporaryFile, const std::string& body);
+    std::string MoveToItsPlace(const std::string& destination);
+    bool MakeGroupDirectory(const std::string& directory);
+    void Show(const std::string& imageFile);
+
+    frmTamarack& MainForm;
+    NewsSession& Session;
+    PreviewStrip& previews;
+};

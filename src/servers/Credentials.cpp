@@ -1,0 +1,56 @@
+#include "servers/Credentials.h"
+
+namespace {
+
+constexpr std::string_view section = "Servers2";
+constexpr std::string_view userEnding = ".user";
+constexpr std::string_view passwordEnding = ".pass";
+
+}
+
+Credentials::Credentials(frmTamarack& mainForm, Settings& newSettings)
+    : MainForm(mainForm)
+    , settings(newSettings)
+{
+    MainForm.chkUserName.Click = [this] { chkUserName_Click(); };
+    MainForm.txtUserName.Change = [this] { txtUserName_Change(); };
+    MainForm.txtPassword.Change = [this] { txtPassword_Change(); };
+}
+
+void Credentials::Load()
+{
+    MainForm.chkUserName.SetValue(Stored("").empty() ? 0 : 1);
+    MainForm.txtUserName.SetText(Stored(userEnding));
+    MainForm.txtPassword.SetText(Stored(passwordEnding));
+}
+
+void Credentials::chkUserName_Click()
+{
+    const bool wanted = MainForm.chkUserName.Value() == 1;
+    MainForm.txtUserName.SetEnabled(wanted);
+    MainForm.txtPassword.SetEnabled(wanted);
+    MainForm.lblUserName.SetEnabled(wanted);
+    MainForm.lblPassword.SetEnabled(wanted);
+    if (wanted) {
+        if (const std::string user = Stored(userEnding); !user.empty())
+            MainForm.txtUserName.SetText(user);
+        if (const std::string password = Stored(passwordEnding); !password.empty())
+            MainForm.txtPassword.SetText(password);
+    }
+    Store("", wanted ? "Authenticate" : "");
+}
+
+void Credentials::txtUserName_Change() { Store(userEnding, MainForm.txtUserName.Text()); }
+
+void Credentials::txtPassword_Change() { Store(passwordEnding, MainForm.txtPassword.Text()); }
+
+std::string Credentials::Stored(std::string_view ending) const
+{
+    return settings.GetSetting(section, MainForm.cboNewsServer.Text().append(ending));
+}
+
+void Credentials::Store(std::string_view ending, std::string_view value)
+{
+    if (const std::string server = MainForm.cboNewsServer.Text(); !server.empty())
+        settings.SaveSetting(section, server + std::string(ending), value);
+}

@@ -1,0 +1,123 @@
+#include "platform/Events.h"
+#include "session/NewsSession.h"
+
+#include <limits>
+
+void NewsSession::SendLine(std::string_view text)
+{
+    std::string line(text);
+    line += "\r\n";
+    MainForm.TCP1.SendData(line);
+    if (DebugOn)
+        Log("#" + line);
+}
+
+bool NewsSession::Send(::CommandKind kind, const std::string& line)
+{
+    if (MainForm.TCP1.State() != SocketState::Connected)
+        return false;
+    ReplyState = ReplyState::Awaiting;
+    CommandKind = kind;
+    SendLine(line);
+    // A stop that was asked for before the command is dropped here.
+    StopFlag = false;
+    return true;
+}
+
+bool NewsSession::CmdGroup(const std::string& name)
+{
+    if (!Send(CommandKind::Group, "group " + name))
+        return false;
+    while (ReplyState == ReplyState::Awaiting) {
+        if (StopFlag) {
+            TcpDisconnect();
+            break;
+        }
+        WaitForEvents();
+    }
+    if (ReplyState == ReplyState::NoSuchGroup || ReplyState == ReplyState::NoGroupSelected) {
+        desktop.MsgBox("The group you selected does not exist.\r\n" + name, "Invalid News Group");
+        return false;
+    }
+    return true;
+}
+
+bool NewsSession::CmdNext()
+{
+    if (!Send(CommandKind::Next, "next"))
+        return false;
+    while (ReplyState == ReplyState::Awaiting && !StopFlag)
+        WaitForEvents();
+    return ReplyState == ReplyState::Finished;
+}
+
+bool NewsSession::CmdStat(std::int32_t& number)
+{
+    for (;; ++number) {
+        MainForm.SetCaption("Setting group pointers: " + std::to_string(number));
+        DoEvents();
+        if (MainForm.TCP1.State() != SocketState::Connected)
+            return false;
+        if (number < FirstArticle) {
+            // The group command has left the server there already.
+            number = FirstArticle;
+            return true;
+        }
+        if (number > LastArticle || !Send(CommandKind::Stat, "stat " + std::to_string(number)))
+            return false;
+        while (ReplyState == ReplyState::Awaiting && !StopFlag)
+            WaitForEvents();
+        if (ReplyState == ReplyState::Finished)
+            return true;
+        // Whatever else ended the wait, the next number is tried.
+        if (number == std::numeric_limits<std::int32_t>::max())
+            return false;
+    }
+}
+
+std::string NewsSession::CmdHead(std::int32_t number)
+{
+    if (!Send(CommandKind::Head, "head " + std::to_string(number)))
+        return {};
+    MainForm.Timer1.SetEnabled(true);
+    while (ReplyState != ReplyState::Finished && !HeadTimedOut) {
+        if (StopFlag) {
+            TcpDisconnect();
+            break;
+        }
+        WaitForEvents();
+    }
+    if (HeadTimedOut) {
+        HeadTimedOut = false;
+        return {};
+    }
+    MainForm.Timer1.SetEnabled(false);
+    // The line end that the last reply left behind stands before the first header.
+    const std::size_t firstLineEnd = LastBody.find("\r\n");
+    return firstLineEnd == std::string::npos ? LastBody : LastBody.substr(firstLineEnd + 2);
+}
+
+std::string NewsSession::CmdBody(std::int32_t number)
+{
+    if (!Send(CommandKind::Body, "body " + std::to_string(number)))
+        return {};
+    return WaitForText();
+}
+
+void NewsSession::CmdList()
+{
+    if (Send(CommandKind::List, "list"))
+        (void)WaitForText();
+}
+
+const std::string& NewsSession::WaitForText()
+{
+    while (ReplyState != ReplyState::Finished) {
+        if (StopFlag) {
+            TcpDisconnect();
+            break;
+        }
+        WaitForEvents();
+    }
+    return LastBody;
+}

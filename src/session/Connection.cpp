@@ -1,0 +1,167 @@
+#include "platform/Events.h"
+#include "session/NewsSession.h"
+
+using namespace std::chrono_literals;
+
+NewsSession::NewsSession(frmTamarack& mainForm, Desktop& newDesktop)
+    : MainForm(mainForm)
+    , desktop(newDesktop)
+{
+    MainForm.TCP1.StateChanged = [this] { tcp1_StateChanged(); };
+    MainForm.TCP1.Closed = [this] { tcp1_Closed(); };
+    MainForm.TCP1.DataArrival = [this] { tcp1_DataArrival(); };
+    MainForm.Timer1.Tick = [this] { Timer1_Timer(); };
+}
+
+bool NewsSession::TcpConnect()
+{
+    Socket& TCP1 = MainForm.TCP1;
+    if (TCP1.State() == SocketState::Connected) {
+        MainForm.SetMousePointer(MousePointer::Default);
+        return true;
+    }
+    LogStep("starting connection routine");
+    MainForm.SetMousePointer(MousePointer::ArrowHourglass);
+    if (MainForm.cboNewsServer.Text().empty()) {
+        desktop.MsgBox("You need to select your ISP first\r\nDo so on the 'Server Setup' tab", "No ISP Selected");
+        MainForm.SetMousePointer(MousePointer::Default);
+        return false;
+    }
+    // The greeting is a reply like any other: it must meet a waiting receiver.
+    CommandKind = CommandKind::Greeting;
+    ReplyState = ReplyState::Awaiting;
+    TCP1.Close();
+    ShowStatus("Status: Connecting");
+    TCP1.Connect(MainForm.cboNewsServer.Text(), Socket::PortFrom(MainForm.txtPort.Text()));
+    LogStep("waiting for connection");
+    while (TCP1.State() != SocketState::Connected) {
+        WaitForEvents();
+        if (TCP1.State() == SocketState::Error || StopFlag)
+            return ConnectionFailed();
+    }
+    LogStep("connected");
+    if (TCP1.State() == SocketState::Connected) {
+        StopFlag = false;
+        LogStep("waiting for socket state");
+        while (ReplyState != ReplyState::Finished && !StopFlag)
+            WaitForEvents();
+        LogStep("have socket state");
+        if (StopFlag) {
+            TCP1.Close();
+        } else if (MainForm.chkUserName.Value() == 1) {
+            LogStep("authenticating user");
+            if (!CmdAuthUser())
+                return AuthenticationFailed("Status: Username Failed");
+            if (!CmdAuthPass())
+                return AuthenticationFailed("Status: Password Failed");
+        }
+    }
+    LogStep("ending connection routine");
+    MainForm.SetMousePointer(MousePointer::Default);
+    return true;
+}
+
+bool NewsSession::ConnectionFailed()
+{
+    ShowStatus("Status: Error");
+    desktop.MsgBox(
+        "Could not connect to server\r\nPlease make sure the server name\r\nis correct.", "Connection Error");
+    MainForm.SetMousePointer(MousePointer::Default);
+    return false;
+}
+
+bool NewsSession::AuthenticationFailed(std::string_view status)
+{
+    ShowStatus(status);
+    MainForm.TCP1.Close();
+    MainForm.SetMousePointer(MousePointer::Default);
+    desktop.Sleep(2000ms);
+    return false;
+}
+
+void NewsSession::TcpDisconnect()
+{
+    MainForm.TCP1.Close();
+    LastBody.clear();
+    RecvBuffer.Clear();
+}
+
+bool NewsSession::CmdAuthUser()
+{
+    return Authenticate(CommandKind::AuthUser, "authinfo user " + MainForm.txtUserName.Text());
+}
+
+bool NewsSession::CmdAuthPass()
+{
+    return Authenticate(CommandKind::AuthPass, "authinfo pass " + MainForm.txtPassword.Text());
+}
+
+bool NewsSession::Authenticate(::CommandKind kind, const std::string& line)
+{
+    if (!Send(kind, line))
+        return false;
+    while (ReplyState == ReplyState::Awaiting) {
+        if (StopFlag) {
+            TcpDisconnect();
+            return false;
+        }
+        WaitForEvents();
+    }
+    return ReplyState != ReplyState::Refused;
+}
+
+// The watchdog of the head command. All of it runs inside the wait of CmdHead, which goes on when it is done.
+void NewsSession::Timer1_Timer()
+{
+    MainForm.Timer1.SetEnabled(false);
+    HeadTimedOut = true;
+    TcpDisconnect();
+    (void)TcpConnect();
+    RecvBuffer.Clear();
+    LastBody.clear();
+    SearchPos = 1;
+    // Back on the group and on the article that stalled, so that the next one is the one behind it.
+    (void)CmdGroup(CurrentGroup);
+    (void)CmdStat(CurrentArticle);
+}
+
+void NewsSession::tcp1_StateChanged()
+{
+    switch (MainForm.TCP1.State()) {
+    case SocketState::ResolvingHost:
+        ShowStatus("Status: Resolving Host");
+        break;
+    case SocketState::HostResolved:
+        ShowStatus("Status: Host Resolved");
+        break;
+    case SocketState::Connecting:
+        ShowStatus("Status: Connecting");
+        break;
+    case SocketState::Connected:
+        ShowStatus("Status: Connected");
+        break;
+    case SocketState::Closing:
+        ShowStatus("Status: Closing");
+        break;
+    case SocketState::Closed:
+    case SocketState::Error:
+        break;
+    }
+}
+
+// It ends no wait: a command that was in flight goes on waiting until the user stops it.
+void NewsSession::tcp1_Closed() { ShowStatus("Status: Disconnected"); }
+
+void NewsSession::ShowStatus(std::string_view status) { MainForm.StatusBar1.Panels(1).SetText(status); }
+
+void NewsSession::Log(const std::string& text)
+{
+    if (DebugOn && DebugLog)
+        DebugLog(text);
+}
+
+void NewsSession::LogStep(std::string_view step)
+{
+    if (DebugOn)
+        Log("@" + std::string(step) + "\r\n");
+}

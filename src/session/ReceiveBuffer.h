@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+// Received text that no terminator has ended yet. It keeps one allocation for a connection; cutting a finished text out
+// of it costs no more than the shorter of the text and what stays behind, so that a packet full of terminators is as
+// cheap as one without. Positions are 1-based.
+class ReceiveBuffer {
+public:
+    void Append(std::string_view bytes) { bytesHeld.append(bytes); }
+    void Clear();
+
+    std::size_t Length() const { return bytesHeld.size() - head; }
+    std::string_view Text() const { return std::string_view(bytesHeld).substr(head); }
+
+    // The position of `part` at or after `from`, 0 if there is none.
+    std::size_t Find(std::string_view part, std::size_t from) const;
+
+    // Gives the first `count` characters and drops them and the `dropped` characters behind them.
+    std::string Take(std::size_t count, std::size_t dropped);
+
+private:
+    std::string bytesHeld;
+    std::size_t head = 0; // what lies before has been taken
+};

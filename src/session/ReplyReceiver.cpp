@@ -1,0 +1,157 @@
+#include "session/NewsSession.h"
+
+#include <algorithm>
+#include <charconv>
+
+// What the server sends arrives in packets of any size. On each packet two jobs are done, in this order: the status
+// line of the command in flight is judged, which is taken to begin the packet, and what is left is collected until the
+// terminator of a multi-line reply has come in.
+//
+//   222 7002 <a@b> body follows CR LF
+//   text CR LF
+//   . CR LF
+//
+// Of the terminator the last CR LF stays behind, so that every multi-line reply but the first of a connection begins
+// with an empty line.
+
+namespace {
+
+constexpr std::string_view terminator = "\r\n.\r\n";
+
+// What stands behind the first blank; all of it if there is none.
+std::string_view BehindBlank(std::string_view text)
+{
+    const std::size_t blank = text.find(' ');
+    return blank == std::string_view::npos ? text : text.substr(blank + 1);
+}
+
+// The number before the next blank. A number that does not fit leaves the variable as it was.
+void ReadNumber(std::string_view text, std::int32_t& number)
+{
+    const std::size_t blank = text.find(' ');
+    const std::string_view field = blank == std::string_view::npos ? std::string_view() : text.substr(0, blank);
+    if (field.empty() || field.front() < '0' || field.front() > '9') {
+        number = 0;
+        return;
+    }
+    std::int32_t value = 0;
+    if (std::from_chars(field.data(), field.data() + field.size(), value).ec == std::errc())
+        number = value;
+}
+
+}
+
+void NewsSession::tcp1_DataArrival()
+{
+    ReplyText.clear();
+    std::string packet = MainForm.TCP1.GetData();
+    Log(packet);
+    if (ReplyState == ReplyState::Awaiting)
+        JudgeStatusLine(packet);
+    RecvBuffer.Append(packet);
+    TakeFinishedReplies();
+    ReplyText.clear();
+}
+
+void NewsSession::JudgeStatusLine(std::string& packet)
+{
+    const auto begins = [&packet](std::string_view code) { return packet.starts_with(code); };
+    const auto inFlight = [this](::CommandKind kind) { return CommandKind == kind; };
+    const bool haveUserName = MainForm.chkUserName.Value() == 1;
+
+    if (begins("5")) {
+        ReplyState = ReplyState::Refused;
+        StopFlag = true;
+    } else if (begins("423") || begins("430")) {
+        ReplyState = ReplyState::Taken;
+    } else if (begins("480") && haveUserName) {
+        // Both wait in turn, and this receiver runs again inside their waits.
+        (void)CmdAuthUser();
+        (void)CmdAuthPass();
+        ReplyState = ReplyState::Finished;
+    } else if (begins("480")) {
+        ReplyState = ReplyState::Finished;
+        TcpDisconnect();
+        ShowStatus("Status: Username Required");
+    } else if (begins("411") && inFlight(CommandKind::Group)) {
+        ReplyState = ReplyState::NoSuchGroup;
+    } else if (begins("412") && inFlight(CommandKind::Group)) {
+        ReplyState = ReplyState::NoGroupSelected;
+    } else if ((begins("481") || begins("421")) && inFlight(CommandKind::Next)) {
+        ReplyState = ReplyState::Taken;
+    } else if (begins("4")) {
+        ReplyState = ReplyState::Finished;
+    } else if (begins("381") && haveUserName) {
+        ReplyState = ReplyState::Finished;
+    } else if (begins("381")) {
+        ReplyState = ReplyState::Taken;
+        TcpDisconnect();
+        ShowStatus("Status: Password Required");
+    } else if (inFlight(CommandKind::Group)) {
+        ReplyState = ReplyState::Finished;
+        ReadGroupNumbers(packet);
+    } else if (inFlight(CommandKind::Next)) {
+        ReplyState = ReplyState::Finished;
+        ReadArticleNumber(packet);
+    } else if (inFlight(CommandKind::Greeting) || inFlight(CommandKind::AuthUser) || inFlight(CommandKind::AuthPass)
+        || inFlight(CommandKind::Stat)) {
+        ReplyState = ReplyState::Finished;
+    } else {
+        ReplyState = ReplyState::Taken;
+    }
+
+    // A piece of a status line without its end stays whole.
+    if (const std::size_t lineEnd = packet.find('\n'); lineEnd != std::string::npos)
+        packet.erase(0, lineEnd + 1);
+}
+
+// 211 42 7001 7055 alt.kites   (code, count, first, last, name)
+void NewsSession::ReadGroupNumbers(std::string_view packet)
+{
+    const std::string_view first = BehindBlank(BehindBlank(packet));
+    ReadNumber(first, FirstArticle);
+    ReadNumber(BehindBlank(first), LastArticle);
+}
+
+// 223 7002 <a@b> article selected   (code, number, message id)
+void NewsSession::ReadArticleNumber(std::string_view packet) { ReadNumber(BehindBlank(packet), CurrentArticle); }
+
+void NewsSession::TakeFinishedReplies()
+{
+    while (const std::size_t found = RecvBuffer.Find(terminator, SearchPos)) {
+        ReplyText = RecvBuffer.Take(found - 1, 3);
+        SearchPos = 1;
+        if (!ReplyText.empty())
+            Deliver();
+    }
+    // A terminator may be split over two packets, so the tail is searched again with the next one.
+    constexpr std::size_t searchedAgain = 10;
+    SearchPos = std::max(RecvBuffer.Length(), searchedAgain + 1) - searchedAgain;
+    if (CommandKind == CommandKind::List) {
+        ++PacketCount;
+        MainForm.StatusBar2.Panels(4).SetText("Packets: " + std::to_string(PacketCount));
+    } else {
+        PacketCount = 0;
+    }
+}
+
+void NewsSession::Deliver()
+{
+    switch (CommandKind) {
+    case CommandKind::List: {
+        // Filling the list lets events through, and with them this receiver, which clears ReplyText.
+        const std::string groupText = std::move(ReplyText);
+        if (GroupListArrived)
+            GroupListArrived(groupText);
+        break;
+    }
+    case CommandKind::Group:
+    case CommandKind::Body:
+    case CommandKind::Head:
+        LastBody = std::move(ReplyText);
+        break;
+    default:
+        break;
+    }
+    ReplyState = ReplyState::Finished;
+}

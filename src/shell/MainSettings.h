@@ -1,0 +1,19 @@
+#pragma once
+
+#include "forms/frmTamarack.h"
+#include "platform/Settings.h"
+
+// What the person set on the main form, in the settings section "Startup" under the keys "1" to "16" and "AutoLoad".
+class MainSettings {
+public:
+    MainSettings(frmTamarack& mainForm, Settings& settings);
+
+    // An empty value leaves its control at the design's value, and so does one that is not of the control's kind.
+    void RestoreAutoLoad();
+    void Restore();
+    void Save();
+
+private:
+    frmTamarack& MainForm;
+    Settings& settings;
+};

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "scan/FindNow.h"
+#include "servers/ServerList.h"
+#include "shell/MainSettings.h"
+#include "shell/ProgramPlaces.h"
+
+// The whole program, put together: the main form, the session and everything that gives the form its behaviour. The
+// behaviour dies before the form.
+class Program {
+public:
+    Program(Desktop& desktop, const ProgramPlaces& places);
+
+    // Brings back the state of the last run; at the end the main form is visible.
+    void Start();
+
+private:
+    void Form_Load();
+    void Form_Unload();
+    void Timer2_Timer();
+
+    Desktop& desktop;
+    Settings settings;
+    frmTamarack MainForm;
+    NewsSession Session;
+    MainSettings mainSettings;
+    SelectedGroups selectedGroups;
+    Credentials credentials;
+    ServerList serverList;
+    PreviewStrip previewStrip;
+    SearchCriteria criteria;
+    ArticleMatching matching;
+    AttachmentStoring store;
+    GroupScan scan;
+    FindNow findNow;
+};
