@@ -49,8 +49,8 @@ struct frmTamarack : Form {
     CommandButton cmdSelectDir{nameAndLocation, "cmdSelectDir", "Select Destination Drive", {90, 90, 2385, 345}};
     CheckBox chkGroupSubDir{
         nameAndLocation, "chkGroupSubDir", "Use group name as sub directory", {2610, 60, 2580, 405}, 1};
-    TextBox txtSelectDir{nameAndLocation, "txtSelectDir", {90, 510, 5055, 510}, {.multiLine = true, .readOnly = true}};
-    Frame Frame2{nameAndLocation, "Frame2", "Search Criteria", {90, 1095, 5055, 1545}};
+    TextBox txtSelectDir{nameAndLocation, "txtSelectDir", {90, 510, 5055, 555}, {.multiLine = true, .readOnly = true}};
+    Frame Frame2{nameAndLocation, "Frame2", "Search Criteria", {90, 1125, 5055, 1515}};
     CheckBox chkJPEGFiles{Frame2, "chkJPEGFiles", "JPEG Files (*.jpg)", {150, 285, 2325, 255}, 1};
     CheckBox chkGIFFiles{Frame2, "chkGIFFiles", "GIF Files (*.gif)", {2580, 285, 2325, 255}};
     CheckBox chkBitMapFiles{Frame2, "chkBitMapFiles", "Bit Map Files (*.bmp)", {150, 570, 2325, 255}};
@@ -61,18 +61,18 @@ struct frmTamarack : Form {
     // Advanced Filtering: which articles are wanted, and how many.
     Panel SSFrame1{SSTMain.Page(1), "SSFrame1", {60, 60, 5130, 2580}, PanelEdge::Line};
     Label lblSizeIs{SSFrame1, "lblSizeIs", "Total Lines:", {120, 105, 1140, 315}};
-    ComboBox cboSizeIs{SSFrame1, "cboSizeIs", {1290, 105, 1290, 315}, {"", "At Least", "At Most"}};
-    TextBox txtKB{SSFrame1, "txtKB", {2700, 105, 780, 315}, {.text = "10"}};
+    ComboBox cboSizeIs{SSFrame1, "cboSizeIs", {1260, 105, 1305, 315}, {"", "At Least", "At Most"}};
+    TextBox txtKB{SSFrame1, "txtKB", {2610, 105, 750, 315}, {.text = "10"}};
     Stepper SpinButton1{
-        SSFrame1, "SpinButton1", txtKB, {3495, 105, 255, 315}, {.minimum = 10, .maximum = 35000, .step = 10}};
-    CheckBox chkLimitPictures{SSFrame1, "chkLimitPictures", "Limit the Number of Pictures to:", {120, 495, 2535, 405}};
-    TextBox txtLimitPictures{SSFrame1, "txtLimitPictures", {2700, 540, 780, 315}, {.text = "10"}};
-    Stepper udLimitPictures{SSFrame1, "udLimitPictures", txtLimitPictures, {3495, 540, 255, 315},
+        SSFrame1, "SpinButton1", txtKB, {3375, 105, 255, 315}, {.minimum = 10, .maximum = 35000, .step = 10}};
+    CheckBox chkLimitPictures{SSFrame1, "chkLimitPictures", "Limit the Number of Pictures to:", {120, 495, 2445, 405}};
+    TextBox txtLimitPictures{SSFrame1, "txtLimitPictures", {2610, 540, 750, 315}, {.text = "10"}};
+    Stepper udLimitPictures{SSFrame1, "udLimitPictures", txtLimitPictures, {3375, 540, 255, 315},
         {.minimum = 1, .maximum = 10000, .step = 1}};
-    Label lblPerNewsGroup{SSFrame1, "lblPerNewsGroup", "per News Group", {3810, 540, 1290, 315}};
-    CheckBox chkMaximumFiles{SSFrame1, "chkMaximumFiles", "Maximum Files to Download:", {120, 930, 2535, 405}};
-    TextBox txtMaxToDownload{SSFrame1, "txtMaxToDownload", {2700, 975, 780, 315}, {.text = "10"}};
-    Stepper udMaxToDownload{SSFrame1, "udMaxToDownload", txtMaxToDownload, {3495, 975, 255, 315},
+    Label lblPerNewsGroup{SSFrame1, "lblPerNewsGroup", "per News Group", {3705, 540, 1410, 315}};
+    CheckBox chkMaximumFiles{SSFrame1, "chkMaximumFiles", "Maximum Files to Download:", {120, 930, 2445, 405}};
+    TextBox txtMaxToDownload{SSFrame1, "txtMaxToDownload", {2610, 975, 750, 315}, {.text = "10"}};
+    Stepper udMaxToDownload{SSFrame1, "udMaxToDownload", txtMaxToDownload, {3375, 975, 255, 315},
         {.minimum = 0, .maximum = 10000, .step = 1}};
     OptionButton chkSingleParts{SSFrame1, "chkSingleParts",
         "Must be a single part message (header contains 01/01 or 1/1)", {120, 1380, 4890, 405}, true};
@@ -100,38 +100,38 @@ struct frmTamarack : Form {
 
     // News Groups: the lists.
     TabStrip SSTab1{
-        SSTMain.Page(3), "SSTab1", {45, 45, 5160, 2265}, {"Selected Groups", "Filtered Groups", "All Groups"}};
+        SSTMain.Page(3), "SSTab1", {45, 45, 5160, 2220}, {"Selected Groups", "Filtered Groups", "All Groups"}};
 
     Container& selectedGroups = SSTab1.Page(0);
     TextBox txtManual{selectedGroups, "txtManual", {60, 60, 3390, 330}};
     CommandButton Command3{selectedGroups, "Command3", "Add Manually", {3540, 60, 1530, 330}};
-    ListBox lstSelectedGroups{selectedGroups, "lstSelectedGroups", {60, 450, 2985, 1380}, {.extended = true}};
-    ArrowButton MyUpDown[4] = {{selectedGroups, "MyUpDown(0)", Arrow::Up, "Move up", {3090, 798, 360, 336}},
-        {selectedGroups, "MyUpDown(1)", Arrow::Down, "Move down", {3090, 1146, 360, 336}},
-        {selectedGroups, "MyUpDown(2)", Arrow::ToTop, "Move to the top", {3090, 450, 360, 336}},
-        {selectedGroups, "MyUpDown(3)", Arrow::ToBottom, "Move to the end", {3090, 1494, 360, 336}}};
+    ListBox lstSelectedGroups{selectedGroups, "lstSelectedGroups", {60, 450, 2985, 1335}, {.extended = true}};
+    ArrowButton MyUpDown[4] = {{selectedGroups, "MyUpDown(0)", Arrow::Up, "Move up", {3090, 787, 360, 324}},
+        {selectedGroups, "MyUpDown(1)", Arrow::Down, "Move down", {3090, 1124, 360, 324}},
+        {selectedGroups, "MyUpDown(2)", Arrow::ToTop, "Move to the top", {3090, 450, 360, 324}},
+        {selectedGroups, "MyUpDown(3)", Arrow::ToBottom, "Move to the end", {3090, 1461, 360, 324}}};
     CommandButton cmdClearAll{selectedGroups, "cmdClearAll", "Clear All", {3540, 450, 1530, 330}};
-    CommandButton cmdClearSelected{selectedGroups, "cmdClearSelected", "Clear Selected", {3540, 800, 1530, 330}};
-    CommandButton cmdResetGroup{selectedGroups, "cmdResetGroup", "Reset Group", {3540, 1150, 1530, 330}};
-    CommandButton Command4{selectedGroups, "Command4", "Set Pointer", {3540, 1500, 1530, 330}};
+    CommandButton cmdClearSelected{selectedGroups, "cmdClearSelected", "Clear Selected", {3540, 785, 1530, 330}};
+    CommandButton cmdResetGroup{selectedGroups, "cmdResetGroup", "Reset Group", {3540, 1120, 1530, 330}};
+    CommandButton Command4{selectedGroups, "Command4", "Set Pointer", {3540, 1455, 1530, 330}};
 
     Container& filteredGroups = SSTab1.Page(1);
     Label lblNewsGroups{filteredGroups, "lblNewsGroups", "Group Filters", {60, 60, 1290, 330}};
     TextBox txtNewsGroups{filteredGroups, "txtNewsGroups", {1380, 60, 3690, 330}};
     ListBox lstFilteredGroups{
-        filteredGroups, "lstFilteredGroups", {60, 450, 3390, 1380}, {.sorted = true, .extended = true}};
+        filteredGroups, "lstFilteredGroups", {60, 450, 3390, 1335}, {.sorted = true, .extended = true}};
     CommandButton cmdAndFilter{filteredGroups, "cmdAndFilter", "Filter (AND)", {3540, 450, 1530, 330}};
-    CommandButton cmdOrFilter{filteredGroups, "cmdOrFilter", "Filter (OR)", {3540, 800, 1530, 330}};
-    CommandButton cmdSavePicks{filteredGroups, "cmdSavePicks", "Save Picks", {3540, 1500, 1530, 330}};
+    CommandButton cmdOrFilter{filteredGroups, "cmdOrFilter", "Filter (OR)", {3540, 785, 1530, 330}};
+    CommandButton cmdSavePicks{filteredGroups, "cmdSavePicks", "Save Picks", {3540, 1455, 1530, 330}};
 
     Container& allGroups = SSTab1.Page(2);
-    ListBox lstAllGroups{allGroups, "lstAllGroups", {60, 60, 2745, 1770}, {.sorted = true}};
-    Label Label1{allGroups, "Label1", "Rebuilding List...Please Wait", {60, 60, 2745, 1770}, Alignment::Centre};
+    ListBox lstAllGroups{allGroups, "lstAllGroups", {60, 60, 2745, 1725}, {.sorted = true}};
+    Label Label1{allGroups, "Label1", "Rebuilding List...Please Wait", {60, 60, 2745, 1725}, Alignment::Centre};
     CommandButton cmdRefresh{allGroups, "cmdRefresh", "Refresh From Network", {2895, 60, 2175, 345}};
     CommandButton cmdRefreshDisk{allGroups, "cmdRefreshDisk", "Refresh From Disk", {2895, 465, 2175, 345}};
     CheckBox chkAutoLoad{allGroups, "chkAutoLoad", "Auto-load from disk", {2895, 900, 2175, 345}, 1};
 
-    StatusBar StatusBar2{SSTMain.Page(3), "StatusBar2", {45, 2355, 5160, 285},
+    StatusBar StatusBar2{SSTMain.Page(3), "StatusBar2", {45, 2310, 5160, 270},
         {{1200, "Total: 0", "Total number of active groups"}, {1290, "Filtered: 0", "Total number of filtered groups"},
             {1290, "Selected: 0", "Total number of selected groups"}, {0, ""}}};
 
@@ -165,8 +165,8 @@ struct frmTamarack : Form {
     ImageControl Image1{*this, "Image1", {9000, 0, 4500, 3000}};
 
     StatusBar StatusBar1{*this, "StatusBar1", {0, 6015, 6630, 330},
-        {{0, "Status: Disconnected", "Connection Status"}, {1140, "Items: 0", "Total items found"}, {990, "Tamarack"},
-            {900, "", "Current Time"}, {1140, "", "Current Date", PanelStyle::Date}},
+        {{0, "Status: Disconnected", "Connection Status"}, {1140, "Items: 0", "Total items found"}, {945, "Tamarack"},
+            {900, "", "Current Time"}, {1230, "", "Current Date", PanelStyle::Date}},
         StatusBarPlace::BottomEdge};
 
     Timer Timer1{std::chrono::milliseconds(15000)};

@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QDesktopServices>
-#include <QLabel>
 #include <QMessageBox>
 #include <QUrl>
 #include <cstdlib>
@@ -60,12 +59,8 @@ MessageAnswer Desktop::MsgBox(std::string_view text, std::string_view title, Mes
 void Desktop::Sleep(std::chrono::milliseconds duration)
 {
     for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (!window->isVisible())
-            continue;
-        // A status panel holds back its painting for a moment; now is the last chance to see it.
-        for (QLabel* label : window->findChildren<QLabel*>())
-            label->setUpdatesEnabled(true);
-        window->repaint();
+        if (window->isVisible())
+            window->repaint();
     }
     std::this_thread::sleep_for(duration);
 }

@@ -15,12 +15,12 @@ public:
         : QLabel(bar)
     {
         setTextFormat(Qt::PlainText);
-        setFrameStyle(QFrame::Panel | QFrame::Sunken);
+        setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
         setIndent(3);
         setMinimumWidth(1);
         paintTimer.setSingleShot(true);
         paintTimer.setInterval(50);
-        connect(&paintTimer, &QTimer::timeout, this, [this] { setUpdatesEnabled(true); });
+        connect(&paintTimer, &QTimer::timeout, this, [this] { update(); });
         clock.setInterval(1000);
         connect(&clock, &QTimer::timeout, this, [this] { ShowClock(); });
     }
@@ -29,13 +29,13 @@ public:
     {
         if (newText == text())
             return;
-        if (!paintTimer.isActive()) {
-            paintTimer.start();
-            setText(newText);
-            return;
-        }
-        setUpdatesEnabled(false);
+        // Whatever paints the window meanwhile paints the new text; only the label does not ask for it.
+        const bool paintedJustNow = paintTimer.isActive();
+        setAttribute(Qt::WA_UpdatesDisabled, paintedJustNow);
         setText(newText);
+        setAttribute(Qt::WA_UpdatesDisabled, false);
+        if (!paintedJustNow)
+            paintTimer.start();
     }
 
     void ShowStyle(PanelStyle newStyle)

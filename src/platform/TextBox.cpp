@@ -5,6 +5,7 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
+#include <QTextDocument>
 
 namespace {
 
@@ -31,6 +32,7 @@ QWidget* MakeWidget(TextBox& box, const TextBoxStyle& style)
         auto* edit = new QPlainTextEdit;
         edit->setReadOnly(style.readOnly);
         edit->setTabChangesFocus(true);
+        edit->document()->setDocumentMargin(1);
         edit->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
         return edit;
     }

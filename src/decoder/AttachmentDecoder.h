@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Decodes the attachments of one article body into files. The body lies in a file, as it came over the wire with its
+// dots still doubled, and the attachments are put beside it. Which kinds are read is told in Uuencode.cpp, Yenc.cpp,
+// Base64.cpp and MimePart.cpp. Of an attachment that is not whole, nothing is stored.
+class AttachmentDecoder {
+public:
+    // Decodes at once. The file is not changed, and not held open afterwards. One that cannot be read counts as empty.
+    void SetDecodeFilename(const std::string& path);
+
+    // The number of attachments stored, if any were, even if others were not. Otherwise the worst of what was met, in
+    // this order: -3 an attachment could not be written, -2 damaged, -1 only part of one, 0 no attachment.
+    // An attachment that an existing file already holds counts as stored.
+    int DecodeStatus() const { return status; }
+
+    // The bare name of the first stored attachment, in UTF-8, empty if there is none. Stays until the next decode.
+    const std::string& ImageFilename() const { return imageFilename; }
+
+    // The bare names of all of them, in their order in the body. Equal attachments of one name share one file.
+    const std::vector<std::string>& StoredNames() const { return storedNames; }
+
+private:
+    int status = 0;
+    std::string imageFilename;
+    std::vector<std::string> storedNames;
+};

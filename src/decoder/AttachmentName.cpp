@@ -1,0 +1,144 @@
+#include "decoder/AttachmentName.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+
+namespace {
+
+constexpr std::string_view NameForNothing = "attachment";
+
+// An extension of more bytes than this is taken for a part of the name that happens to follow a dot.
+constexpr std::size_t LongestExtension = 32;
+
+// What the bytes 0x80 to 0x9f stand for in Windows-1252; five of them for nothing.
+constexpr std::array<char32_t, 32> Windows1252{0x20ac, 0, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021, 0x02c6,
+    0x2030, 0x0160, 0x2039, 0x0152, 0, 0x017d, 0, 0, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014, 0x02dc,
+    0x2122, 0x0161, 0x203a, 0x0153, 0, 0x017e, 0x0178};
+
+// Takes one character of UTF-8 off the front of `text`, which is not empty. Nothing if it is not valid (RFC 3629):
+// overlong forms and surrogates are not.
+std::optional<char32_t> TakeUtf8(std::string_view& text)
+{
+    const auto byteAt = [&text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+    const unsigned first = byteAt(0);
+    const std::size_t size = first < 0x80 ? 1 : first < 0xc2 ? 0 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : first < 0xf5 ? 4 : 0;
+    if (size == 0 || size > text.size())
+        return std::nullopt;
+    char32_t character = size == 1 ? first : first & (0xffU >> (size + 1));
+    for (std::size_t i = 1; i < size; ++i) {
+        if ((byteAt(i) & 0xc0) != 0x80)
+            return std::nullopt;
+        character = character << 6 | (byteAt(i) & 0x3fU);
+    }
+    constexpr std::array<char32_t, 5> Smallest{0, 0, 0x80, 0x800, 0x10000};
+    if (character < Smallest[size] || character > 0x10ffff || (character >= 0xd800 && character <= 0xdfff))
+        return std::nullopt;
+    text.remove_prefix(size);
+    return character;
+}
+
+void AppendUtf8(std::string& text, char32_t character)
+{
+    const auto add = [&text](char32_t byte) { text += static_cast<char>(static_cast<unsigned char>(byte)); };
+    const auto addRest = [&](int shift) { add(0x80 | (character >> shift & 0x3f)); };
+    if (character < 0x80) {
+        add(character);
+    } else if (character < 0x800) {
+        add(0xc0 | character >> 6);
+        addRest(0);
+    } else if (character < 0x10000) {
+        add(0xe0 | character >> 12);
+        addRest(6);
+        addRest(0);
+    } else {
+        add(0xf0 | character >> 18);
+        addRest(12);
+        addRest(6);
+        addRest(0);
+    }
+}
+
+std::u32string Characters(std::string_view name)
+{
+    std::u32string characters;
+    for (std::string_view rest = name; !rest.empty();) {
+        if (const auto character = TakeUtf8(rest)) {
+            characters += *character;
+            continue;
+        }
+        characters.clear();
+        for (const char byte : name) {
+            const auto code = static_cast<unsigned char>(byte);
+            characters += code >= 0x80 && code < 0xa0 ? Windows1252[code - 0x80U] : char32_t{code};
+        }
+        break;
+    }
+    return characters;
+}
+
+// Controls, and what makes a name look like another one: direction marks, joined line ends, the byte order mark.
+bool IsDropped(char32_t character)
+{
+    return character < 0x20 || (character >= 0x7f && character < 0xa0) || character == 0x061c
+        || (character >= 0x200b && character <= 0x200f) || (character >= 0x2028 && character <= 0x202e)
+        || (character >= 0x2060 && character <= 0x206f) || character == 0xfeff;
+}
+
+std::string_view Trimmed(std::string_view text, std::string_view atFront, std::string_view atBack)
+{
+    text.remove_prefix(std::min(text.find_first_not_of(atFront), text.size()));
+    return text.substr(0, text.find_last_not_of(atBack) + 1);
+}
+
+std::string_view LastComponent(std::string_view name)
+{
+    name = Trimmed(name, " \t", " \t");
+    if (name.size() >= 2 && name.front() == '"' && name.back() == '"')
+        name = name.substr(1, name.size() - 2);
+    const std::size_t separator = name.find_last_of("/\\");
+    return separator == std::string_view::npos ? name : name.substr(separator + 1);
+}
+
+std::size_t ExtensionSize(std::string_view name)
+{
+    const std::size_t dot = name.rfind('.');
+    const bool hasOne = dot != std::string_view::npos && dot != 0 && name.size() - dot <= LongestExtension;
+    return hasOne ? name.size() - dot : 0;
+}
+
+// At most `size` bytes from the front of `text`, and no cut through a character.
+std::string_view Front(std::string_view text, std::size_t size)
+{
+    if (text.size() <= size)
+        return text;
+    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xc0) == 0x80)
+        --size;
+    return text.substr(0, size);
+}
+
+}
+
+std::string SafeFileName(std::string_view name)
+{
+    std::string kept;
+    for (const char32_t character : Characters(LastComponent(name))) {
+        if (!IsDropped(character))
+            AppendUtf8(kept, character);
+    }
+    // A dot in front would hide the file; blanks and dots at the end get lost on some file systems.
+    const std::string_view trimmed = Trimmed(kept, " .", " .");
+    return NumberedFileName(trimmed.empty() ? NameForNothing : trimmed, 1);
+}
+
+std::string NumberedFileName(std::string_view safeName, std::size_t number)
+{
+    const std::string_view extension = safeName.substr(safeName.size() - ExtensionSize(safeName));
+    const std::string_view stem = safeName.substr(0, safeName.size() - extension.size());
+    const std::string mark = number > 1 ? " (" + std::to_string(number) + ")" : std::string();
+    std::string numbered(Front(stem, LongestFileName - extension.size() - mark.size()));
+    numbered += mark;
+    numbered += extension;
+    return numbered;
+}

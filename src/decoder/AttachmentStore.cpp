@@ -1,0 +1,192 @@
+#include "decoder/AttachmentStore.h"
+
+#include "decoder/AttachmentName.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// So many files of one name in a directory are looked at before the attachment counts as one that cannot be written.
+constexpr std::size_t MostFilesOfOneName = 100'000;
+
+// How many hidden names may be taken by the remains of programs that were killed.
+constexpr int MostHiddenNames = 1000;
+
+bool WriteAll(int file, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t count = write(file, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+// A file that is read from its start, and never through a link.
+class OpenFile {
+public:
+    explicit OpenFile(const std::string& path)
+        : file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC))
+    {
+    }
+    ~OpenFile()
+    {
+        if (file >= 0)
+            close(file);
+    }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    // The number of bytes read: `size`, less at the end of the file, or -1.
+    ssize_t Read(char* to, std::size_t size) const
+    {
+        std::size_t done = 0;
+        while (done < size) {
+            const ssize_t count = read(file, to + done, size - done);
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count < 0)
+                return -1;
+            if (count == 0)
+                break;
+            done += static_cast<std::size_t>(count);
+        }
+        return static_cast<ssize_t>(done);
+    }
+
+private:
+    int file;
+};
+
+bool SameBytes(const OpenFile& one, const OpenFile& other)
+{
+    constexpr std::size_t BlockSize = 64 * 1024;
+    const auto blocks = std::make_unique_for_overwrite<char[]>(2 * BlockSize);
+    char* const left = blocks.get();
+    char* const right = left + BlockSize;
+    for (;;) {
+        const ssize_t leftCount = one.Read(left, BlockSize);
+        const ssize_t rightCount = other.Read(right, BlockSize);
+        if (leftCount < 0 || leftCount != rightCount)
+            return false;
+        const auto count = static_cast<std::size_t>(leftCount);
+        if (std::string_view(left, count) != std::string_view(right, count))
+            return false;
+        if (count < BlockSize)
+            return true;
+    }
+}
+
+// Gives a file another name unless that is taken: 0, or the error. Most file systems can do so in one step. The others
+// can give a file two names for a moment.
+int RenameUnlessTaken(const std::string& from, const std::string& to)
+{
+#if defined(RENAME_NOREPLACE)
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+#endif
+    if (link(from.c_str(), to.c_str()) != 0)
+        return errno;
+    (void)unlink(from.c_str()); // the attachment has its name, and that it has another one too does no harm
+    return 0;
+}
+
+}
+
+AttachmentStore::AttachmentStore(std::string storeDirectory, std::string bodyFile)
+    : directory(std::move(storeDirectory))
+    , bodyPath(std::move(bodyFile))
+{
+}
+
+AttachmentStore::~AttachmentStore() { Drop(); }
+
+void AttachmentStore::Open(std::string_view name)
+{
+    Drop();
+    wantedName = SafeFileName(name);
+}
+
+// The file is made with the first bytes and not before, so that a body full of broken attachments costs nothing.
+void AttachmentStore::Write(std::string_view bytes)
+{
+    if (failed || (hidden < 0 && !OpenHiddenFile()) || !WriteAll(hidden, bytes)) {
+        Drop();
+        failed = true;
+    }
+}
+
+bool AttachmentStore::OpenHiddenFile()
+{
+    for (int number = 0; number < MostHiddenNames; ++number) {
+        hiddenPath = directory + ".attachment-" + std::to_string(getpid()) + "-" + std::to_string(number) + ".part";
+        hidden = open(hiddenPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (hidden >= 0)
+            return true;
+        if (errno != EEXIST)
+            break;
+    }
+    hiddenPath.clear();
+    return false;
+}
+
+bool AttachmentStore::Keep()
+{
+    Write({}); // an attachment of no bytes is a file too
+    // Some file systems tell only when the file is closed that they could not write it.
+    if (!failed)
+        failed = close(std::exchange(hidden, -1)) != 0;
+    bool kept = false;
+    for (std::size_t number = 1; !failed && !kept && number <= MostFilesOfOneName; ++number) {
+        const std::string name = NumberedFileName(wantedName, number);
+        const int error = RenameUnlessTaken(hiddenPath, directory + name);
+        if (error == 0)
+            hiddenPath.clear();
+        failed = error != 0 && error != EEXIST;
+        kept = error == 0 || (error == EEXIST && IsStoredAs(directory + name));
+        if (kept)
+            names.push_back(name);
+    }
+    Drop();
+    return kept;
+}
+
+// Does this file hold the attachment that is to be kept?
+bool AttachmentStore::IsStoredAs(const std::string& path) const
+{
+    struct stat ours = {};
+    struct stat theirs = {};
+    struct stat body = {};
+    // Looked at before it is opened, since opening a device or a pipe may have effects.
+    if (lstat(hiddenPath.c_str(), &ours) != 0 || lstat(path.c_str(), &theirs) != 0 || !S_ISREG(theirs.st_mode)
+        || ours.st_size != theirs.st_size)
+        return false;
+    if (stat(bodyPath.c_str(), &body) == 0 && body.st_dev == theirs.st_dev && body.st_ino == theirs.st_ino)
+        return false;
+    const OpenFile one(hiddenPath);
+    const OpenFile other(path);
+    return SameBytes(one, other);
+}
+
+void AttachmentStore::Drop()
+{
+    if (hidden >= 0)
+        close(hidden);
+    hidden = -1;
+    if (!hiddenPath.empty())
+        (void)unlink(hiddenPath.c_str()); // nothing more can be done about it
+    hiddenPath.clear();
+    failed = false;
+}

@@ -1,0 +1,49 @@
+#include "decoder/MimeBoundaries.h"
+
+namespace {
+
+// The blanks that may follow a boundary are padding added on the way.
+std::string_view WithoutPadding(std::string_view line)
+{
+    while (line.ends_with(' ') || line.ends_with('\t'))
+        line.remove_suffix(1);
+    return line;
+}
+
+}
+
+bool MimeBoundaries::LooksLikeBoundary(std::string_view line)
+{
+    line = WithoutPadding(line);
+    return line.starts_with("--") && line.size() > 2 && line.size() <= 2 + LongestBoundary;
+}
+
+MimeBoundaries::Found MimeBoundaries::Find(std::string_view line) const
+{
+    if (!open.empty() && line.starts_with("--")) {
+        line = WithoutPadding(line).substr(2);
+        for (std::size_t depth = open.size(); depth-- > 0;) {
+            if (line.starts_with(open[depth])) {
+                const std::string_view rest = line.substr(open[depth].size());
+                if (rest.empty() || rest == "--")
+                    return {depth, !rest.empty()};
+            }
+        }
+    }
+    return {open.size(), false};
+}
+
+bool MimeBoundaries::EndsPart(std::string_view line) const { return Find(line).depth != open.size(); }
+
+bool MimeBoundaries::Pass(std::string_view line)
+{
+    const Found found = Find(line);
+    open.resize(found.closes ? found.depth : found.depth + 1);
+    return !found.closes;
+}
+
+void MimeBoundaries::Enter(std::string_view line)
+{
+    if (open.size() < DeepestNesting)
+        open.emplace_back(WithoutPadding(line).substr(2));
+}
