@@ -109,8 +109,11 @@ SSSE3 inline char* StoreKept(char* out, __m128i bytes, unsigned dropped)
 
 // Decodes blocks of sixteen characters, up to the first that holds something out of the ordinary: an escape or a dot at
 // the start of a line, or an escaped character that should not be one. May scribble on what lies behind `out`.
-SSSE3 void DecodeBlocks(const char*& in, const char* end, char*& out, bool& atLineStart)
+SSSE3 void DecodeBlocks(const char*& inPlace, const char* end, char*& outPlace, bool& atLineStart)
 {
+    // Copies, which the stores of the bytes cannot be suspected of changing.
+    const char* in = inPlace;
+    char* out = outPlace;
     __m128i escapesBefore = _mm_setzero_si128();
     unsigned escapeBefore = 0; // the last character of the block before, not yet decoded
     unsigned lineStart = atLineStart ? 1 : 0;
@@ -138,7 +141,8 @@ SSSE3 void DecodeBlocks(const char*& in, const char* end, char*& out, bool& atLi
         escapeBefore = escapes >> 15;
         lineStart = lineFeeds >> 15;
     }
-    in -= escapeBefore;
+    inPlace = in - escapeBefore;
+    outPlace = out;
     atLineStart = lineStart != 0;
 }
 

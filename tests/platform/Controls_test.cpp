@@ -1,0 +1,309 @@
+#include "platform/Buttons.h"
+#include "platform/ComboBox.h"
+#include "platform/Events.h"
+#include "platform/Form.h"
+#include "platform/Frame.h"
+#include "platform/ListBox.h"
+#include "platform/Menu.h"
+#include "platform/Screen.h"
+#include "platform/StatusBar.h"
+#include "platform/Stepper.h"
+#include "platform/TabStrip.h"
+#include "platform/Timer.h"
+#include "support/Screen.h"
+
+#include <gtest/gtest.h>
+
+#include <QAbstractItemView>
+#include <QAction>
+#include <QFontMetrics>
+#include <QLineEdit>
+#include <QTest>
+#include <QTimer>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+struct Window : Form {
+    Window()
+        : Form("frmTest", "Test", {.clientWidth = 6000, .clientHeight = 4000})
+    {
+    }
+    Menu mnuFile{*this, "mnuFile", "&File"};
+    MenuEntry mnuMark{mnuFile, "mnuMark", "Mark"};
+    CheckBox chkOne{*this, "chkOne", "One", {0, 0, 900, 300}};
+    OptionButton chkFirst{*this, "chkFirst", "First", {1000, 0, 900, 300}, true};
+    OptionButton chkSecond{*this, "chkSecond", "Second", {2000, 0, 900, 300}};
+    ComboBox cboNames{*this, "cboNames", {0, 400, 2000, 300}};
+    TextBox txtNumber{*this, "txtNumber", {0, 800, 900, 300}, {.text = "10", .maxLength = 4}};
+    Stepper udNumber{*this, "udNumber", txtNumber, {900, 800, 300, 300}, {.minimum = 1, .maximum = 12, .step = 1}};
+    ListBox lstPlain{*this, "lstPlain", {0, 1200, 2000, 1500}, {.extended = true}};
+    ListBox lstSorted{*this, "lstSorted", {2000, 1200, 2000, 1500}, {.sorted = true}};
+    Panel SSPanel1{*this, "SSPanel1", {4000, 1200, 1500, 1500}};
+    CommandButton cmdInside{SSPanel1, "cmdInside", "Inside", {0, 0, 900, 300}};
+    StatusBar StatusBar1{
+        *this, "StatusBar1", {0, 3700, 6000, 300}, {{0, "one", "Tip"}, {900, "two"}}, StatusBarPlace::BottomEdge};
+};
+
+class ControlsTest : public testing::Test {
+protected:
+    ControlsTest()
+    {
+        window.SetVisible(true);
+        DoEvents();
+    }
+
+    Window window;
+    int clicks = 0;
+    const std::function<void()> countClick = [this] { ++clicks; };
+};
+
+}
+
+TEST_F(ControlsTest, ValuesSetFromCodeRaiseClickOnlyWhenTheyChange)
+{
+    window.chkOne.Click = countClick;
+    window.chkOne.SetValue(1);
+    window.chkOne.SetValue(1);
+    EXPECT_EQ(clicks, 1);
+    Click("chkOne");
+    EXPECT_EQ(clicks, 2);
+    EXPECT_EQ(window.chkOne.Value(), 0);
+
+    window.chkFirst.Click = countClick;
+    window.chkSecond.Click = countClick;
+    window.chkSecond.SetValue(true);
+    EXPECT_EQ(clicks, 3) << "the option that lost the selection raises nothing";
+    EXPECT_FALSE(window.chkFirst.Value());
+    window.chkSecond.SetValue(false);
+    EXPECT_FALSE(window.chkSecond.Value());
+    Click("chkFirst");
+    Click("chkFirst");
+    EXPECT_EQ(clicks, 4);
+}
+
+TEST_F(ControlsTest, ACheckMarkIsForTheHandlerToSet)
+{
+    window.mnuMark.SetChecked(false);
+    window.mnuMark.Click = countClick;
+    ChooseMenu("mnuMark");
+    EXPECT_EQ(clicks, 1);
+    EXPECT_FALSE(window.mnuMark.Checked());
+}
+
+TEST_F(ControlsTest, AComboSelectsNothingByItself)
+{
+    ComboBox& combo = window.cboNames;
+    combo.Click = countClick;
+    combo.AddItem("a");
+    combo.AddItem("b");
+    combo.AddItem("a");
+    EXPECT_EQ(combo.ListIndex(), -1);
+    EXPECT_EQ(combo.Text(), "");
+    combo.SetListIndex(1);
+    EXPECT_TRUE(combo.SelectText("b"));
+    EXPECT_FALSE(combo.SelectText("c"));
+    EXPECT_EQ(clicks, 1);
+    combo.RemoveItem(0);
+    EXPECT_EQ(combo.Text(), "b");
+    combo.RemoveItem(0);
+    EXPECT_EQ(combo.ListIndex(), -1);
+    EXPECT_EQ(combo.ListCount(), 1);
+    EXPECT_EQ(clicks, 1);
+    ChooseEntry("cboNames", "a");
+    EXPECT_EQ(clicks, 2);
+}
+
+TEST_F(ControlsTest, ATextKeepsItsBytesUntilItIsEdited)
+{
+    TextBox& field = window.txtNumber;
+    field.Change = countClick;
+    field.SetText("\xFF\x80");
+    field.SetText("\xFF\x80");
+    EXPECT_EQ(field.Text(), "\xFF\x80");
+    EXPECT_EQ(TextOf("txtNumber"), "\xC3\xBF\xE2\x82\xAC") << "shown as Windows-1252";
+    EXPECT_EQ(clicks, 1);
+    field.SetText("123456");
+    EXPECT_EQ(field.Text(), "1234") << "cut at the field's limit";
+    TypeInto("txtNumber", "98765");
+    EXPECT_EQ(field.Text(), "9876");
+}
+
+TEST_F(ControlsTest, AStepperReadsWhateverTheFieldHolds)
+{
+    struct Row {
+        const char* before;
+        int times;
+        const char* after;
+    };
+    for (const Row& row : {Row{"10", 1, "11"}, Row{"10", 5, "12"}, Row{"2", -3, "1"}, Row{"", 1, "1"},
+             Row{"x", -1, "1"}, Row{"3.5", 1, "5"}, Row{"9999", 1, "12"}}) {
+        SCOPED_TRACE(row.before);
+        window.txtNumber.SetText(row.before);
+        Step("udNumber", row.times);
+        EXPECT_EQ(window.txtNumber.Text(), row.after);
+    }
+    window.txtNumber.SetText("5");
+    QTest::keyClick(&Find<QLineEdit>("txtNumber"), Qt::Key_Up);
+    EXPECT_EQ(window.txtNumber.Text(), "6");
+    window.udNumber.SetEnabled(false);
+    Step("udNumber", 1);
+    QTest::keyClick(&Find<QLineEdit>("txtNumber"), Qt::Key_Up);
+    EXPECT_EQ(window.txtNumber.Text(), "6");
+}
+
+TEST_F(ControlsTest, AListMovesItsCurrentRowOnlyWhenTold)
+{
+    ListBox& list = window.lstPlain;
+    list.Click = countClick;
+    for (const char* text : {"a", "b", "c", "\xFFz"})
+        list.AddItem(text);
+    EXPECT_EQ(list.ListIndex(), -1);
+    list.SetFocus();
+    DoEvents();
+    EXPECT_EQ(list.ListIndex(), -1) << "focus does not pick a row";
+    list.SetListIndex(2);
+    EXPECT_FALSE(list.Selected(2)) << "the row with the focus is not highlighted by it";
+    list.SetSelected(0, true);
+    list.InsertItem("before", 1);
+    EXPECT_EQ(list.ListIndex(), 3);
+    EXPECT_EQ(RowsOf("lstPlain"), (std::vector<std::string>{"a", "before", "b", "c", "\xC3\xBFz"}));
+    EXPECT_EQ(list.List(4), "\xFFz") << "the row keeps its bytes";
+    EXPECT_EQ(list.List(5), "");
+    list.RemoveItem(3);
+    EXPECT_EQ(list.ListIndex(), -1) << "the neighbour does not take over";
+    EXPECT_TRUE(list.Selected(0));
+    EXPECT_EQ(clicks, 1);
+    ClickRow("lstPlain", 1);
+    EXPECT_EQ(list.ListIndex(), 1);
+    EXPECT_EQ(HighlightedRows("lstPlain"), std::vector<int>{1});
+    list.SetListIndex(-1);
+    EXPECT_EQ(list.ListIndex(), -1);
+}
+
+TEST_F(ControlsTest, ASortedListKeepsCurrentAndHighlightedRowsOverAdditions)
+{
+    ListBox& list = window.lstSorted;
+    for (const char* text : {"m", "d", "M"})
+        list.AddItem(text);
+    EXPECT_EQ(list.ListCount(), 3);
+    list.SetListIndex(2);
+    EXPECT_EQ(list.List(2), "m");
+    list.Click = countClick;
+    for (const char* text : {"z", "a", "B", "m"})
+        list.AddItem(text);
+    EXPECT_TRUE(Until([] { return RowsOf("lstSorted").size() == 7; }));
+    EXPECT_EQ(RowsOf("lstSorted"), (std::vector<std::string>{"a", "B", "d", "M", "m", "m", "z"}));
+    EXPECT_EQ(list.List(list.ListIndex()), "m");
+    EXPECT_TRUE(list.Selected(list.ListIndex()));
+    EXPECT_EQ(clicks, 0);
+    list.Clear();
+    EXPECT_EQ(list.ListCount(), 0);
+    EXPECT_EQ(list.ListIndex(), -1);
+}
+
+TEST_F(ControlsTest, EnterOnARowIsADoubleClick)
+{
+    window.lstPlain.AddItem("a");
+    window.lstPlain.DblClick = countClick;
+    DoubleClickRow("lstPlain", 0);
+    QTest::keyClick(&Find<QAbstractItemView>("lstPlain"), Qt::Key_Return);
+    EXPECT_EQ(clicks, 2);
+}
+
+TEST_F(ControlsTest, PlacesAreTwipsOfTheFont)
+{
+    const double factor = QFontMetrics(QApplication::font()).height() / 13.0;
+    EXPECT_EQ(Twips::ToPixels(150), qRound(10 * factor));
+    EXPECT_EQ(Find<QWidget>("SSPanel1").width(), Twips::ToPixels(5500) - Twips::ToPixels(4000));
+    window.SSPanel1.SetWidth(1234.5);
+    EXPECT_EQ(window.SSPanel1.Width(), 1234.5);
+    window.SetHeight(3660);
+    DoEvents();
+    EXPECT_EQ(window.ScaleHeight(), 3000);
+    const QWidget& bar = Find<QWidget>("StatusBar1");
+    EXPECT_EQ(bar.geometry().bottom(), bar.parentWidget()->rect().bottom()) << "follows the bottom edge";
+}
+
+TEST_F(ControlsTest, EnabledIsTheControlsOwn)
+{
+    window.SSPanel1.SetEnabled(false);
+    EXPECT_TRUE(window.cmdInside.Enabled());
+    EXPECT_FALSE(IsEnabled("cmdInside"));
+    window.SSPanel1.SetEnabled(true);
+    EXPECT_TRUE(IsEnabled("cmdInside"));
+}
+
+TEST_F(ControlsTest, AStatusPanelTakesItsTextAtOnce)
+{
+    for (int i = 0; i < 100; ++i)
+        window.StatusBar1.Panels(1).SetText("Items: " + std::to_string(i));
+    EXPECT_EQ(PanelText("StatusBar1", 1), "Items: 99");
+    EXPECT_EQ(PanelText("StatusBar1", 2), "two");
+    EXPECT_TRUE(Find<QWidget>("StatusBar1.Panels(1)").updatesEnabled());
+    window.StatusBar1.Panels(2).SetStyle(PanelStyle::Time);
+    EXPECT_NE(PanelText("StatusBar1", 2), "two");
+}
+
+TEST_F(ControlsTest, PointersOfFormAndScreenCanBeReadBack)
+{
+    window.SetMousePointer(MousePointer::ArrowHourglass);
+    EXPECT_EQ(WindowNamed("frmTest")->cursor().shape(), Qt::BusyCursor);
+    Screen::SetMousePointer(MousePointer::Hourglass);
+    Screen::SetMousePointer(MousePointer::ArrowHourglass);
+    ASSERT_NE(QApplication::overrideCursor(), nullptr);
+    EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::BusyCursor);
+    Screen::SetMousePointer(MousePointer::Default);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    window.SetMousePointer(MousePointer::Default);
+    EXPECT_EQ(WindowNamed("frmTest")->cursor().shape(), Qt::ArrowCursor);
+}
+
+TEST_F(ControlsTest, ClosingTheWindowAsksItsFormFirst)
+{
+    window.Unload = countClick;
+    WindowNamed("frmTest")->close();
+    EXPECT_EQ(clicks, 1);
+    EXPECT_TRUE(window.Visible());
+}
+
+TEST_F(ControlsTest, AModalFormReturnsWhenItIsHidden)
+{
+    Form dialog("frmDialog", "Dialog", {.clientWidth = 1500, .clientHeight = 900});
+    dialog.Unload = [&] { dialog.SetVisible(false); };
+    QTimer::singleShot(0, [] { WindowNamed("frmDialog")->close(); });
+    dialog.ShowModal();
+    EXPECT_FALSE(dialog.Visible());
+}
+
+TEST(Events, DoEventsIsOnePass)
+{
+    int turns = 0;
+    QObject receiver;
+    std::function<void()> postAgain = [&] {
+        ++turns;
+        QMetaObject::invokeMethod(&receiver, postAgain, Qt::QueuedConnection);
+    };
+    QMetaObject::invokeMethod(&receiver, postAgain, Qt::QueuedConnection);
+    DoEvents();
+    EXPECT_EQ(turns, 1) << "what is posted during the pass waits for the next";
+    WaitForEvents();
+    EXPECT_EQ(turns, 2);
+}
+
+TEST(Events, ATimerTicksInsideAWaitUntilItIsDisabled)
+{
+    Timer timer(5ms);
+    int ticks = 0;
+    timer.Tick = [&] {
+        if (++ticks == 3)
+            timer.SetEnabled(false);
+    };
+    WaitForEvents();
+    EXPECT_FALSE(timer.Enabled());
+    timer.SetEnabled(true);
+    while (timer.Enabled())
+        WaitForEvents();
+    EXPECT_EQ(ticks, 3);
+}

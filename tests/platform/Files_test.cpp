@@ -1,0 +1,125 @@
+#include "platform/Files.h"
+#include "platform/Settings.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::vector<std::string> Fields(const std::string& content)
+{
+    const TemporaryFolder folder;
+    MakeFile(folder.File("fields"), content);
+    SequentialInput input(folder.File("fields"));
+    EXPECT_TRUE(input.IsOpen());
+    std::vector<std::string> fields;
+    while (!input.AtEnd())
+        fields.push_back(input.ReadField());
+    return fields;
+}
+
+}
+
+TEST(Files, FieldsEndAtCommasAndLineEnds)
+{
+    using Texts = std::vector<std::string>;
+    EXPECT_EQ(Fields("alt.kites\r\n  rec.a b\r\n"), (Texts{"alt.kites", "rec.a b"}));
+    EXPECT_EQ(Fields("one,two\nthree"), (Texts{"one", "two", "three"}));
+    EXPECT_EQ(Fields("\"a,b\r\nc\"\r\nd"), (Texts{"a,b\r\nc", "d"}));
+    EXPECT_EQ(Fields("\"no end"), (Texts{"no end"}));
+    EXPECT_EQ(Fields("a\r\n\r\nb\r\n"), (Texts{"a", "", "b"}));
+    EXPECT_EQ(Fields(""), Texts{});
+}
+
+TEST(Files, RecordsAreReadAndWrittenInPlace)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.File("records");
+    std::string record;
+    EXPECT_EQ(RandomFile(path, RandomAccess::Read, 4).RecordCount(), 0);
+    EXPECT_TRUE(RandomFile(path, RandomAccess::ReadWrite, 4).Write(1, "aaaa"));
+    EXPECT_TRUE(RandomFile(path, RandomAccess::ReadWrite, 4).Write(3, "cccc"));
+    EXPECT_TRUE(RandomFile(path, RandomAccess::ReadWrite, 4).Write(1, "AAAA"));
+    EXPECT_EQ(ContentOf(path), std::string("AAAA\0\0\0\0cccc", 12));
+    // What a crash left behind the last whole record does not count.
+    MakeFile(path, "AAAABB");
+    const RandomFile file(path, RandomAccess::Read, 4);
+    EXPECT_EQ(file.RecordCount(), 1);
+    EXPECT_FALSE(file.Read(2, record));
+    EXPECT_TRUE(file.Read(1, record));
+    EXPECT_EQ(record, "AAAA");
+}
+
+TEST(Files, ReplacingLeavesTheOldFileWhenItFails)
+{
+    const TemporaryFolder folder;
+    EXPECT_FALSE(ReplaceFile(folder.File("kept"), "new"));
+    EXPECT_EQ(ContentOf(folder.File("kept")), "new");
+    fs::create_directory(folder.File("kept.new"));
+    EXPECT_TRUE(ReplaceFile(folder.File("kept"), "newer"));
+    EXPECT_EQ(ContentOf(folder.File("kept")), "new");
+}
+
+TEST(Files, WritingDoesNotFollowALink)
+{
+    const TemporaryFolder folder;
+    MakeFile(folder.File("precious"), "old");
+    fs::create_symlink(folder.File("precious"), folder.File("article1.uue"));
+    EXPECT_FALSE(WriteFile(folder.File("article1.uue"), "body", "\r\n"));
+    EXPECT_EQ(ContentOf(folder.File("article1.uue")), "body\r\n");
+    EXPECT_EQ(ContentOf(folder.File("precious")), "old");
+}
+
+TEST(Files, LookUpsTellFilesFromDirectories)
+{
+    const TemporaryFolder folder;
+    MakeFile(folder.File("plain"), "");
+    EXPECT_TRUE(FileExists(folder.File("plain")));
+    EXPECT_FALSE(FileExists(folder.Path()));
+    EXPECT_TRUE(DirExists(folder.Path()));
+    EXPECT_TRUE(DirExists(folder.File("plain/")));
+    EXPECT_FALSE(DirExists(folder.File("missing/")));
+    EXPECT_FALSE(DirExists(""));
+    EXPECT_EQ(MakeDirectory(folder.File("a/b")), std::errc::no_such_file_or_directory);
+    EXPECT_EQ(MakeDirectory(folder.File("plain")), std::errc::file_exists);
+}
+
+TEST(SettingsStore, KeepsTextsAndBytesUnderAnyKey)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.File("config/Tamarack.ini");
+    const std::vector<std::string> keys{"1", "news.example.com", "a/b\\c", "100%2F", "K", "k", "news.example.com.pass"};
+    const std::vector<std::string> values{"plain", "a, b; \"c\"", "\xFF\xFE raw", "gr\xC3\xBC\xC3\x9F", " ends ", "@x"};
+    {
+        Settings settings(path);
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            settings.SaveSetting("Servers2", keys[i], values[i % values.size()]);
+        settings.SaveSetting("Servers2", "gone", "x");
+        settings.DeleteSetting("Servers2", "gone");
+    }
+    struct stat status { };
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600U);
+    const Settings settings(path);
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        EXPECT_EQ(settings.GetSetting("Servers2", keys[i]), values[i % values.size()]) << keys[i];
+    EXPECT_EQ(settings.GetSetting("Servers2", "gone"), "");
+    EXPECT_EQ(settings.GetAllSettings("Servers2").size(), keys.size());
+    EXPECT_TRUE(settings.GetAllSettings("Servers").empty());
+}
+
+TEST(SettingsStore, ReadsWhatItCanOfADamagedFile)
+{
+    const TemporaryFolder folder;
+    MakeFile(folder.File("Tamarack.ini"), "[Startup]\n6=a, b\n\x01\xFF[[garbage\n[Startup\n2=1");
+    Settings settings(folder.File("Tamarack.ini"));
+    EXPECT_EQ(settings.GetSetting("Startup", "6"), "a,b");
+    settings.SaveSetting("Startup", "3", "1");
+    EXPECT_EQ(Settings(folder.File("Tamarack.ini")).GetSetting("Startup", "3"), "1");
+}
