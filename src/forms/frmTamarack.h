@@ -49,8 +49,8 @@ struct frmTamarack : Form {
     CommandButton cmdSelectDir{nameAndLocation, "cmdSelectDir", "Select Destination Drive", {90, 90, 2385, 345}};
     CheckBox chkGroupSubDir{
         nameAndLocation, "chkGroupSubDir", "Use group name as sub directory", {2610, 60, 2580, 405}, 1};
-    TextBox txtSelectDir{nameAndLocation, "txtSelectDir", {90, 510, 5055, 555}, {.multiLine = true, .readOnly = true}};
-    Frame Frame2{nameAndLocation, "Frame2", "Search Criteria", {90, 1125, 5055, 1515}};
+    TextBox txtSelectDir{nameAndLocation, "txtSelectDir", {90, 495, 5055, 615}, {.multiLine = true, .readOnly = true}};
+    Frame Frame2{nameAndLocation, "Frame2", "Search Criteria", {90, 1155, 5055, 1485}};
     CheckBox chkJPEGFiles{Frame2, "chkJPEGFiles", "JPEG Files (*.jpg)", {150, 285, 2325, 255}, 1};
     CheckBox chkGIFFiles{Frame2, "chkGIFFiles", "GIF Files (*.gif)", {2580, 285, 2325, 255}};
     CheckBox chkBitMapFiles{Frame2, "chkBitMapFiles", "Bit Map Files (*.bmp)", {150, 570, 2325, 255}};
