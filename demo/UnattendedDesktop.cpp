@@ -1,0 +1,22 @@
+#include "UnattendedDesktop.h"
+
+#include <cstdio>
+
+MessageAnswer UnattendedDesktop::MsgBox(std::string_view text, std::string_view title, MessageButtons buttons)
+{
+    ++boxes;
+    std::printf("message box \"%.*s\": %.*s\n", static_cast<int>(title.size()), title.data(),
+        static_cast<int>(text.size()), text.data());
+    return buttons == MessageButtons::YesNo ? MessageAnswer::Yes : MessageAnswer::Ok;
+}
+
+void UnattendedDesktop::Sleep(std::chrono::milliseconds)
+{
+    PaintWindows();
+    if (whileHeld)
+        whileHeld();
+}
+
+void UnattendedDesktop::PaintWindows() { Desktop::Sleep(std::chrono::milliseconds::zero()); }
+
+void UnattendedDesktop::OpenDocument(const std::string& address) { std::printf("would open %s\n", address.c_str()); }

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/Desktop.h"
+
+#include <functional>
+
+// The desktop of a search that nobody watches. A message box would wait for ever, and there should be none: it is told
+// on the output and answered with its first button. The holds between two groups take no time.
+class UnattendedDesktop : public Desktop {
+public:
+    int boxes = 0; // message boxes so far
+
+    // Called instead of a hold.
+    std::function<void()> whileHeld;
+
+    // Brings what the windows show up to date, as before a hold.
+    void PaintWindows();
+
+    MessageAnswer MsgBox(std::string_view text, std::string_view title, MessageButtons buttons) override;
+    void Sleep(std::chrono::milliseconds duration) override;
+    void OpenDocument(const std::string& address) override;
+};

@@ -1,0 +1,107 @@
+#include "UnattendedSearch.h"
+
+#include "support/Screen.h"
+#include "support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+void Print(const char* verdict, const std::string& file, std::size_t size)
+{
+    std::printf("%-12s %8zu bytes  %s\n", verdict, size, file.c_str());
+}
+
+}
+
+UnattendedSearch::UnattendedSearch(const DemoFolder& demoFolder, const SamplePostings& samplePostings,
+    UnattendedDesktop& unattendedDesktop, std::string directory)
+    : folder(demoFolder)
+    , postings(samplePostings)
+    , desktop(unattendedDesktop)
+    , screenshots(std::move(directory))
+{
+}
+
+bool UnattendedSearch::Run()
+{
+    std::error_code error;
+    std::filesystem::create_directories(screenshots, error);
+
+    bool pictureTaken = true;
+    int groupsHeld = 0;
+    desktop.whileHeld = [&] {
+        // The second group is over: something has been found, and more is to come.
+        if (++groupsHeld == 2)
+            pictureTaken = TakePicture("7-during-a-search");
+    };
+    Click("cmdFindNow");
+    desktop.whileHeld = nullptr;
+
+    const bool asPosted = CompareStoredFiles();
+    const bool tabsTaken = TakePicturesOfTabs();
+    if (desktop.boxes > 0)
+        std::printf("There were %d message boxes where there should be none.\n", desktop.boxes);
+    return asPosted && pictureTaken && tabsTaken && desktop.boxes == 0;
+}
+
+bool UnattendedSearch::CompareStoredFiles() const
+{
+    std::map<std::string, const std::string*> expected;
+    for (const ExpectedFile& file : postings.expected)
+        expected[file.group + "/" + file.name] = &file.bytes;
+
+    std::size_t asPosted = 0;
+    std::size_t others = 0;
+    for (const std::string& file : folder.StoredFiles()) {
+        const std::string bytes = ContentOf(folder.Destination() + file);
+        const auto wanted = expected.find(file);
+        const bool equal = wanted != expected.end() && *wanted->second == bytes;
+        Print(equal ? "as posted" : wanted == expected.end() ? "UNEXPECTED" : "DIFFERENT", file, bytes.size());
+        ++(equal ? asPosted : others);
+        if (wanted != expected.end())
+            expected.erase(wanted);
+    }
+    for (const auto& [file, bytes] : expected)
+        Print("MISSING", file, bytes->size());
+
+    std::size_t articles = 0;
+    for (const SampleGroup& group : postings.groups)
+        articles += group.articles.size();
+    std::printf("\n%zu articles in %zu groups: %zu files stored as posted, %zu others, %zu missing.\n"
+                "They are in %s\n",
+        articles, postings.groupsToSearch.size(), asPosted, others, expected.size(), folder.Destination().c_str());
+    return others == 0 && expected.empty();
+}
+
+bool UnattendedSearch::TakePicture(const std::string& name) const
+{
+    const std::string path = screenshots + name + ".png";
+    desktop.PaintWindows();
+    const bool taken = Screenshot(path);
+    std::printf("%s %s\n", taken ? "screenshot" : "CANNOT WRITE", path.c_str());
+    return taken;
+}
+
+bool UnattendedSearch::TakePicturesOfTabs() const
+{
+    bool taken = true;
+    const char* const tabs[] = {"1-name-and-location", "2-advanced-filtering", "3-server-setup"};
+    for (int tab = 0; tab < 3; ++tab) {
+        SelectTab("SSTMain", tab);
+        taken = TakePicture(tabs[tab]) && taken;
+    }
+    const char* const groupTabs[] = {"4-selected-groups", "5-filtered-groups", "6-all-groups"};
+    SelectTab("SSTMain", 3);
+    for (int tab = 0; tab < 3; ++tab) {
+        SelectTab("SSTab1", tab);
+        taken = TakePicture(groupTabs[tab]) && taken;
+    }
+    return taken;
+}

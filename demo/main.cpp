@@ -1,0 +1,100 @@
+#include "DemoFolder.h"
+#include "UnattendedDesktop.h"
+#include "UnattendedSearch.h"
+#include "platform/Application.h"
+#include "platform/Desktop.h"
+#include "shell/Program.h"
+#include "support/SampleArticles.h"
+#include "support/SampleServer.h"
+#include "support/Screen.h"
+
+#include <QLineEdit>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr const char* usage = R"(Usage: tamarack-demo [--screenshots DIR]
+
+Opens Tamarack on a small news server of its own, with sample groups and pictures, ready for "Find Now". Settings, files
+and destination are the demo's own and are made anew at each start.
+
+With no display it does one whole search by itself, prints each stored file, compares it with what was posted, and writes
+pictures of the window to DIR. The exit code is then 0 if all is as posted, and 1 if not.
+)";
+
+bool IsSet(const char* variable)
+{
+    const char* value = std::getenv(variable);
+    return value && *value;
+}
+
+bool HasDisplay()
+{
+    const char* platform = std::getenv("QT_QPA_PLATFORM");
+    return (IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY")) && !(platform && platform == std::string_view("offscreen"));
+}
+
+// The port belongs to no setting.
+void SetPort(const SampleServer& server) { Find<QLineEdit>("txtPort").setText(QString::number(server.Port())); }
+
+int Attended(Application& application, const DemoFolder& folder, const SampleServer& server)
+{
+    Desktop desktop;
+    Program program(desktop, folder.Places());
+    program.Start();
+    SetPort(server);
+    ChooseMenu("mnuInteractiveDownload");
+    std::printf("Press \"Find Now\". What it finds is stored in %s\n", folder.Destination().c_str());
+    std::fflush(stdout);
+    return application.Run();
+}
+
+int Unattended(const DemoFolder& folder, const SampleServer& server, const SamplePostings& postings,
+    const std::string& screenshots)
+{
+    UnattendedDesktop desktop;
+    Program program(desktop, folder.Places());
+    program.Start();
+    SetPort(server);
+    ChooseMenu("mnuInteractiveDownload");
+    return UnattendedSearch(folder, postings, desktop, screenshots).Run() ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}
+
+int main(int argc, char** argv)
+{
+    const bool attended = HasDisplay();
+    if (!attended)
+        setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    Application application(argc, argv);
+
+    std::string screenshots;
+    for (int at = 1; at < argc; ++at) {
+        const std::string_view argument = argv[at];
+        if (argument == "--screenshots" && at + 1 < argc) {
+            screenshots = argv[++at] + std::string("/");
+        } else {
+            std::fputs(usage, argument == "--help" ? stdout : stderr);
+            return argument == "--help" ? EXIT_SUCCESS : 2;
+        }
+    }
+
+    const SamplePostings postings = MakeSamplePostings();
+    DemoFolder folder;
+    if (!folder.Prepare(postings))
+        return EXIT_FAILURE;
+    const SampleServer server(postings.groups);
+    if (server.Port() == 0) {
+        std::fputs("tamarack-demo: no free port for the news server\n", stderr);
+        return EXIT_FAILURE;
+    }
+    if (attended)
+        return Attended(application, folder, server);
+    return Unattended(folder, server, postings, screenshots.empty() ? folder.Screenshots() : screenshots);
+}

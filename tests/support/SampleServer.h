@@ -1,0 +1,75 @@
+#pragma once
+
+#include "support/SampleGroups.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+// A small news server on 127.0.0.1 that answers from threads of its own, so that it goes on while the program's only
+// thread sleeps. It speaks the reading part of RFC 3977 (group, stat, head, body, article, next, last, list, help,
+// date, capabilities, mode reader, quit) and the user name and password of RFC 4643. Any number of clients may be
+// connected.
+class SampleServer {
+public:
+    enum class Replies {
+        InOneWrite,
+        StatusLineFirst, // the status line of a multi-line reply is written by itself, as some servers do
+    };
+
+    struct Options {
+        // With a user, what a client may do before it has logged in is little; the rest is answered with 480.
+        std::string user;
+        std::string password;
+        Replies replies = Replies::InOneWrite;
+    };
+
+    struct Command {
+        std::string name; // in lower case
+        std::string argument; // what stands behind it, without blanks around it
+    };
+
+    // Listens on a free port of four digits.
+    explicit SampleServer(SampleGroups groups);
+    SampleServer(SampleGroups groups, Options options);
+    ~SampleServer();
+    SampleServer(const SampleServer&) = delete;
+    SampleServer& operator=(const SampleServer&) = delete;
+
+    // 0 if there was no port to listen on.
+    std::uint16_t Port() const { return port; }
+
+    // Replaces what there is to read. A client sees it from its next group or list command on.
+    void SetGroups(SampleGroups groups);
+
+    // The commands of all clients since the start or ClearLog(), in the order of their coming.
+    std::vector<Command> Log() const;
+    std::size_t CommandCount(std::string_view name) const;
+    void ClearLog();
+
+    std::size_t ConnectionCount() const; // since the start
+
+private:
+    void Accept();
+    void Serve(int descriptor);
+    std::shared_ptr<const SampleGroups> Groups() const;
+    void Note(Command command);
+
+    const Options options;
+    std::uint16_t port = 0;
+    int listener = -1;
+
+    mutable std::mutex mutex; // for all below
+    std::shared_ptr<const SampleGroups> current;
+    std::vector<Command> log;
+    std::vector<int> descriptors; // of the connections, those that are closed as -1
+    std::vector<std::thread> connections;
+    bool stopping = false;
+
+    std::thread acceptor;
+};

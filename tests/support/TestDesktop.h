@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/Desktop.h"
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Stands for the user and the desktop in a test: answers message boxes at once, lets blocking sleeps pass in no
+// time, opens nothing and ends nothing, and keeps a record of all of it.
+class TestDesktop : public Desktop {
+public:
+    struct Box {
+        std::string text;
+        std::string title;
+        MessageButtons buttons;
+    };
+
+    std::vector<Box> boxes;
+    std::deque<MessageAnswer> answers; // one for each box to come; when they are used up, the box's first button
+    std::vector<std::chrono::milliseconds> sleeps;
+    std::vector<std::string> opened; // addresses handed to OpenDocument
+    int programEnds = 0; // calls of EndProgram
+
+    // Called while a box is up and while a sleep would last, for a test that looks at the screen just then.
+    std::function<void(const Box&)> whileBoxIsUp;
+    std::function<void(std::chrono::milliseconds)> whileAsleep;
+
+    // Called by EndProgram, which in a test comes back to its caller.
+    std::function<void()> atEndProgram;
+
+    MessageAnswer MsgBox(
+        std::string_view text, std::string_view title, MessageButtons buttons = MessageButtons::Ok) override;
+    void Sleep(std::chrono::milliseconds duration) override;
+    void OpenDocument(const std::string& address) override;
+    void EndProgram() override;
+
+    // The titles of the boxes so far, for a comparison in one line.
+    std::vector<std::string> BoxTitles() const;
+};
