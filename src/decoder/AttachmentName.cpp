@@ -23,7 +23,12 @@ std::optional<char32_t> TakeUtf8(std::string_view& text)
 {
     const auto byteAt = [&text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
     const unsigned first = byteAt(0);
-    const std::size_t size = first < 0x80 ? 1 : first < 0xc2 ? 0 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : first < 0xf5 ? 4 : 0;
+    const std::size_t size = first < 0x80 ? 1
+        : first < 0xc2                    ? 0
+        : first < 0xe0                    ? 2
+        : first < 0xf0                    ? 3
+        : first < 0xf5                    ? 4
+                                          : 0;
     if (size == 0 || size > text.size())
         return std::nullopt;
     char32_t character = size == 1 ? first : first & (0xffU >> (size + 1));

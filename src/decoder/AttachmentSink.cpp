@@ -6,15 +6,18 @@ AttachmentWriter::AttachmentWriter(AttachmentSink& attachmentSink, std::string_v
     sink.Open(name);
 }
 
-AttachmentWriter::~AttachmentWriter()
+AttachmentWriter::~AttachmentWriter() { Abandon(); }
+
+void AttachmentWriter::Abandon()
 {
-    if (!kept)
+    if (isOpen)
         sink.Drop();
+    isOpen = false;
 }
 
 void AttachmentWriter::Flush()
 {
-    if (used != 0)
+    if (isOpen && used != 0)
         sink.Write({buffer.get(), used});
     flushed += used;
     used = 0;
@@ -23,6 +26,6 @@ void AttachmentWriter::Flush()
 Outcome AttachmentWriter::Keep()
 {
     Flush();
-    kept = true;
+    isOpen = false;
     return sink.Keep() ? Outcome::Stored : Outcome::NotWritten;
 }

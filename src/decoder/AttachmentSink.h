@@ -34,7 +34,7 @@ public:
 // One attachment on its way to the sink, gathered into large writes. Whatever is not kept is dropped.
 class AttachmentWriter {
 public:
-    static constexpr std::size_t LargestReserve = 64 * 1024;
+    static constexpr std::size_t LargestReserve = 32 * 1024;
 
     // Bytes behind a reserved room that may be scribbled on, so that the decoders can store whole words.
     static constexpr std::size_t Slack = 64;
@@ -58,6 +58,9 @@ public:
     // In bytes, so far.
     std::uint64_t Size() const { return flushed + used; }
 
+    // The attachment will not be kept, and what is still added to it only counts.
+    void Abandon();
+
     // Stored or NotWritten.
     [[nodiscard]] Outcome Keep();
 
@@ -70,5 +73,5 @@ private:
     std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(Capacity + Slack);
     std::size_t used = 0;
     std::uint64_t flushed = 0;
-    bool kept = false;
+    bool isOpen = true; // in the sink
 };

@@ -15,11 +15,11 @@
 //   hGM=
 //   ====
 //
-// A part of a MIME multipart (RFC 2045, 6.8) goes on to the next boundary line, and nothing else shows its end. Its lines
-// have 76 characters at most in theory; in practice there are parts that are one single line, so lines play no role here
-// but for speed: what counts is the stream of characters. Blanks and line ends in it mean nothing. RFC 2045 would have
-// any other character passed over as well, but in an article it is a sign of damage and taken as that, and so is a text
-// that does not come to an even end, with "=" or "==" where the last group needs it.
+// A part of a MIME multipart (RFC 2045, 6.8) goes on to the next boundary line, and nothing else shows its end. Its
+// lines have 76 characters at most in theory; in practice there are parts that are one single line, so lines play no
+// role here but for speed: what counts is the stream of characters. Blanks and line ends in it mean nothing. RFC 2045
+// would have any other character passed over as well, but in an article it is a sign of damage and taken as that, and
+// so is a text that does not come to an even end, with "=" or "==" where the last group needs it.
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-// Decodes an attachment whose "begin-base64" line has just been passed. None, with nothing opened, if what follows shows
-// that the line was prose; otherwise Stored, NotWritten, Part or Damaged. A line that does not belong to the attachment
-// stays the current one.
+// Decodes an attachment whose "begin-base64" line has just been passed. None, with nothing opened, if what follows
+// shows that the line was prose; otherwise Stored, NotWritten, Part or Damaged. A line that does not belong to the
+// attachment stays the current one.
 Outcome DecodeBeginBase64(
     LineReader& lines, std::string_view name, const MimeBoundaries& boundaries, AttachmentSink& sink);
 

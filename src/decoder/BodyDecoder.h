@@ -9,6 +9,6 @@
 // but tiny attachments must not keep the disk busy for hours.
 constexpr std::size_t MostAttachments = 1000;
 
-// Finds the attachments of a body and hands them to the sink, in their order. Gives the worst of what was met: Stored if
-// all were stored, None if there were none.
+// Finds the attachments of a body and hands them to the sink, in their order. Gives the worst of what was met: Stored
+// if all were stored, None if there were none.
 Outcome DecodeBody(LineReader& lines, AttachmentSink& sink);

@@ -185,7 +185,8 @@ std::string FileNameIn(std::string_view field, std::string_view parameterName)
             if (error != std::errc() || end != section.data() + section.size() || number >= MostPieces)
                 continue;
             const std::string_view value = parameter->value;
-            pieces[number] = isEncoded ? DecodeHex(number == 0 ? withoutCharset(value) : value, '%') : std::string(value);
+            pieces[number]
+                = isEncoded ? DecodeHex(number == 0 ? withoutCharset(value) : value, '%') : std::string(value);
         }
     }
     std::string joined;
@@ -206,7 +207,7 @@ public:
         const std::string_view field = text;
         const std::size_t length = FieldNameLength(field);
         return length != 0 && SameText(field.substr(0, length), name) ? std::optional(field.substr(length + 1))
-                                                                       : std::nullopt;
+                                                                      : std::nullopt;
     }
 
 private:

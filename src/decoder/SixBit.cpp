@@ -1,5 +1,7 @@
 #include "decoder/SixBit.h"
 
+#include "decoder/Processor.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -72,8 +74,7 @@ void StoreThree(char* out, std::uint32_t bytes)
     }
 }
 
-template <const Tables& Table>
-SixBitSeen DecodeByTable(const char* in, std::size_t groups, char* out)
+template <const Tables& Table> SixBitSeen DecodeByTable(const char* in, std::size_t groups, char* out)
 {
     std::uint32_t seen = 0;
     for (std::size_t group = 0; group < groups; ++group, in += 4, out += 3) {
@@ -103,6 +104,7 @@ template <GroupDecoder Decode>
     bool anyBacktick = false;
     std::size_t done = 0;
     for (; done < lines; ++done, in += size, out += 3 * line.groups) {
+        __builtin_prefetch(in + 2048); // a body in memory is cold
         if (in[last] != '\n' || (line.lineEndSize == 2 && in[last - 1] != '\r') || (before != 0 && in[0] != line.first))
             break;
         const SixBitSeen seen = Decode(in + before, line.groups, out);
@@ -114,8 +116,8 @@ template <GroupDecoder Decode>
     return done;
 }
 
-using LineDecoder = std::size_t (*)(
-    const LineShape& shape, std::string_view text, std::size_t most, char* out, bool& backtickSeen);
+using LineDecoder
+    = std::size_t (*)(const LineShape& shape, std::string_view text, std::size_t most, char* out, bool& backtickSeen);
 
 template <const Tables& Table>
 std::size_t DecodeLinesByTable(
@@ -132,10 +134,7 @@ std::size_t DecodeLinesByTable(
 
 constexpr std::size_t GroupsAtATime = 8;
 
-const bool HasAvx2 = [] {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2") != 0;
-}();
+bool HasAvx2() { return Processor::Usable() >= Processor::Vectors::Avx2; }
 
 // 32 values of six bits become 24 bytes, with eight bytes of rubbish behind them.
 AVX2 inline void StorePacked(char* out, __m256i values)
@@ -174,12 +173,13 @@ AVX2 inline SixBitSeen DecodeBase64ByAvx2(const char* in, std::size_t groups, ch
     // The upper half of a character is the row of ASCII it stands in: row 2 has "+" and "/", row 3 the digits, 4 and 5
     // the capitals, 6 and 7 the small letters. In each, one stretch of characters belongs to the alphabet, all at the
     // same distance from their values. The "/" would be a second one in its row, and is given row 1, which has none.
+    // The stretches of the other rows are empty: their ends are characters of another row.
     const __m256i lowest = _mm256_broadcastsi128_si256(
         _mm_setr_epi8(-1, '/', '+', '0', 'A', 'P', 'a', 'p', -1, -1, -1, -1, -1, -1, -1, -1));
-    const __m256i highest = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(0, '/', '+', '9', 'O', 'Z', 'o', 'z', 0, 0, 0, 0, 0, 0, 0, 0));
-    const __m256i distance = _mm256_broadcastsi128_si256(_mm_setr_epi8(
-        0, 63 - '/', 62 - '+', 52 - '0', -'A', -'A', 26 - 'a', 26 - 'a', 0, 0, 0, 0, 0, 0, 0, 0));
+    const __m256i highest
+        = _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, '/', '+', '9', 'O', 'Z', 'o', 'z', 0, 0, 0, 0, 0, 0, 0, 0));
+    const __m256i distance = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0, 63 - '/', 62 - '+', 52 - '0', -'A', -'A', 26 - 'a', 26 - 'a', 0, 0, 0, 0, 0, 0, 0, 0));
 
     __m256i allValid = _mm256_set1_epi8(-1);
     for (std::size_t group = 0;;) {
@@ -211,7 +211,7 @@ LineDecoder LineLoopFor(SixBitAlphabet alphabet, [[maybe_unused]] std::size_t gr
 {
     const bool uuencode = alphabet == SixBitAlphabet::Uuencode;
 #if HAS_AVX2_PATH
-    if (HasAvx2 && groups >= GroupsAtATime)
+    if (HasAvx2() && groups >= GroupsAtATime)
         return uuencode ? DecodeLinesByAvx2<DecodeUuencodeByAvx2> : DecodeLinesByAvx2<DecodeBase64ByAvx2>;
 #endif
     return uuencode ? DecodeLinesByTable<UuencodeTables> : DecodeLinesByTable<Base64Tables>;
@@ -228,7 +228,7 @@ SixBitSeen DecodeGroups(SixBitAlphabet alphabet, const char* in, std::size_t gro
 {
     const bool uuencode = alphabet == SixBitAlphabet::Uuencode;
 #if HAS_AVX2_PATH
-    if (HasAvx2 && groups >= GroupsAtATime)
+    if (HasAvx2() && groups >= GroupsAtATime)
         return uuencode ? DecodeUuencodeByAvx2(in, groups, out) : DecodeBase64ByAvx2(in, groups, out);
 #endif
     return (uuencode ? DecodeByTable<UuencodeTables> : DecodeByTable<Base64Tables>)(in, groups, out);

@@ -20,7 +20,8 @@
 //   of a line got lost on the way. Both are read, and with the first kind lost blanks are put back. That is not done
 //   once a backtick has been seen: then the blanks were never there, and the line has been cut.
 // - The last group may be as short as its bytes allow, two characters for one byte.
-// - One character more at the end of a line is a check character or a line mark, of which there are several kinds. It is
+// - One character more at the end of a line is a check character or a line mark, of which there are several kinds. It
+// is
 //   not looked at. Blanks at the end of a line mean nothing.
 // - The line of no bytes may be a backtick, a blank, an empty line, or missing. Empty lines may stand anywhere.
 // - The mode has three or four octal digits. It is not used. The name may hold blanks and may be in quotes.
@@ -108,8 +109,7 @@ bool IsFullUuencodeLine(std::string_view line)
     return read && !read->blanksLost;
 }
 
-Outcome DecodeUuencode(
-    LineReader& lines, std::string_view name, const MimeBoundaries& boundaries, AttachmentSink& sink)
+Outcome DecodeUuencode(LineReader& lines, std::string_view name, const MimeBoundaries& boundaries, AttachmentSink& sink)
 {
     const auto isBlank = [](std::string_view line) { return WithoutTrailingBlanks(line).empty(); };
     while (lines.HasLine() && isBlank(lines.Line()))

@@ -1,18 +1,8 @@
 #include "decoder/Yenc.h"
 
-#include <libdeflate.h>
+#include "decoder/YencStream.h"
 
-#include <algorithm>
-#include <array>
-#include <bit>
 #include <charconv>
-
-#if defined(__x86_64__) && defined(__GNUC__)
-#include <immintrin.h>
-#define HAS_SSSE3_PATH 1
-#else
-#define HAS_SSSE3_PATH 0
-#endif
 
 // yEnc, version 1.3 of its public draft:
 //
@@ -50,8 +40,7 @@ std::optional<std::string_view> Field(std::string_view line, std::string_view fi
     return std::nullopt;
 }
 
-template <class Number>
-std::optional<Number> ReadNumber(std::string_view text, int base)
+template <class Number> std::optional<Number> ReadNumber(std::string_view text, int base)
 {
     Number number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
@@ -77,164 +66,6 @@ bool IsChecksumWrong(std::string_view line, std::string_view field, std::uint32_
         || (*number >> 32 != 0 && *number >> 32 != 0xffffffff);
 }
 
-#if HAS_SSSE3_PATH
-
-// With SSSE3, sixteen characters are decoded at a time without a look at each: the bytes of those that are not data are
-// squeezed out, eight characters in one go, by a table of which bytes to keep for each way in which they can lie.
-#define SSSE3 __attribute__((target("avx2,popcnt")))
-
-const bool HasSsse3 = [] {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("ssse3") != 0 && __builtin_cpu_supports("popcnt") != 0;
-}();
-
-constexpr auto KeptBytes = [] {
-    std::array<std::array<std::uint8_t, 8>, 256> kept{};
-    for (std::size_t dropped = 0; dropped < kept.size(); ++dropped) {
-        std::size_t count = 0;
-        for (std::size_t byte = 0; byte < 8; ++byte) {
-            if ((dropped >> byte & 1) == 0)
-                kept[dropped][count++] = static_cast<std::uint8_t>(byte);
-        }
-    }
-    return kept;
-}();
-
-SSSE3 inline char* StoreKept(char* out, __m128i bytes, unsigned dropped)
-{
-    const __m128i kept = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(KeptBytes[dropped].data()));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(bytes, kept));
-    return out + 8 - std::popcount(dropped);
-}
-
-// Decodes blocks of sixteen characters, up to the first that holds something out of the ordinary: an escape or a dot at
-// the start of a line, or an escaped character that should not be one. May scribble on what lies behind `out`.
-SSSE3 void DecodeBlocks(const char*& inPlace, const char* end, char*& outPlace, bool& atLineStart)
-{
-    // Copies, which the stores of the bytes cannot be suspected of changing.
-    const char* in = inPlace;
-    char* out = outPlace;
-    __m128i escapesBefore = _mm_setzero_si128();
-    unsigned escapeBefore = 0; // the last character of the block before, not yet decoded
-    unsigned lineStart = atLineStart ? 1 : 0;
-    for (; end - in >= 16; in += 16) {
-        const __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
-        const __m128i isEscape = _mm_cmpeq_epi8(characters, _mm_set1_epi8('='));
-        const __m128i isLineFeed = _mm_cmpeq_epi8(characters, _mm_set1_epi8('\n'));
-        const __m128i isReturn = _mm_cmpeq_epi8(characters, _mm_set1_epi8('\r'));
-        const __m128i isDot = _mm_cmpeq_epi8(characters, _mm_set1_epi8('.'));
-        const __m128i isDropped = _mm_or_si128(isEscape, _mm_or_si128(isLineFeed, isReturn));
-        const auto escapes = static_cast<unsigned>(_mm_movemask_epi8(isEscape));
-        const auto lineFeeds = static_cast<unsigned>(_mm_movemask_epi8(isLineFeed));
-        const auto dropped = static_cast<unsigned>(_mm_movemask_epi8(isDropped));
-        const auto notAtStart = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(isEscape, isDot)));
-        const unsigned lineStarts = lineFeeds << 1 | lineStart;
-        if ((((escapes << 1 | escapeBefore) & dropped) | (lineStarts & notAtStart)) != 0)
-            break;
-
-        const __m128i isEscaped = _mm_alignr_epi8(isEscape, escapesBefore, 15);
-        const __m128i bytes = _mm_sub_epi8(_mm_sub_epi8(characters, _mm_set1_epi8(42)),
-            _mm_and_si128(isEscaped, _mm_set1_epi8(64)));
-        out = StoreKept(out, bytes, dropped & 0xff);
-        out = StoreKept(out, _mm_srli_si128(bytes, 8), dropped >> 8);
-        escapesBefore = isEscape;
-        escapeBefore = escapes >> 15;
-        lineStart = lineFeeds >> 15;
-    }
-    inPlace = in - escapeBefore;
-    outPlace = out;
-    atLineStart = lineStart != 0;
-}
-
-#endif
-
-// The data lines, cut anywhere.
-class YencStream {
-public:
-    explicit YencStream(AttachmentWriter& attachmentWriter)
-        : writer(attachmentWriter)
-    {
-    }
-
-    // Decodes up to a line of the format's own, and returns the number of bytes that were taken. What is left without
-    // such a line being found is the beginning of something whose rest has to come first.
-    std::size_t Take(std::string_view text)
-    {
-        const char* in = text.data();
-        const char* const end = in + text.size();
-        while (in != end && !atOwnLine) {
-            const char* const stop = in + std::min<std::size_t>(static_cast<std::size_t>(end - in), Chunk);
-            const char* const before = in;
-            char* const room = writer.Reserve(Chunk);
-            const char* const roomEnd = TakeChunk(in, stop, end, room);
-            const auto count = static_cast<std::size_t>(roomEnd - room);
-            checksum = libdeflate_crc32(checksum, room, count);
-            writer.Add(count);
-            if (in == before)
-                break;
-        }
-        return static_cast<std::size_t>(in - text.data());
-    }
-
-    bool IsAtOwnLine() const { return atOwnLine; }
-    bool IsDamaged() const { return isDamaged; } // an escape that the end of its line cut off
-    std::uint32_t Checksum() const { return checksum; }
-
-private:
-    static constexpr std::size_t Chunk = 16 * 1024;
-
-    // Begins nothing at or behind `stop`, yet may look on up to `end`.
-    char* TakeChunk(const char*& in, const char* stop, const char* end, char* out)
-    {
-        while (in < stop) {
-#if HAS_SSSE3_PATH
-            if (HasSsse3)
-                DecodeBlocks(in, stop, out, atLineStart);
-#endif
-            const char* const blockEnd = stop - in > 16 ? in + 16 : stop;
-            while (in < blockEnd) {
-                if (!TakeCharacter(in, end, out))
-                    return out;
-            }
-        }
-        return out;
-    }
-
-    // Decodes one character, escaped or not. False, without taking anything, at a line of the format's own and where
-    // that cannot be told before there is more.
-    bool TakeCharacter(const char*& in, const char* end, char*& out)
-    {
-        const bool isOnlyOne = end - in < 2;
-        if (*in == '=') {
-            atOwnLine = atLineStart && !isOnlyOne && in[1] == 'y';
-            if (atOwnLine || isOnlyOne)
-                return false;
-            isDamaged = isDamaged || in[1] == '\r' || in[1] == '\n';
-            *out++ = static_cast<char>(in[1] - 106);
-            in += 2;
-            atLineStart = false;
-            return true;
-        }
-        if (*in == '.' && atLineStart) {
-            if (isOnlyOne)
-                return false;
-            if (in[1] == '.')
-                ++in;
-        }
-        atLineStart = *in == '\n';
-        if (!atLineStart && *in != '\r')
-            *out++ = static_cast<char>(*in - 42);
-        ++in;
-        return true;
-    }
-
-    AttachmentWriter& writer;
-    std::uint32_t checksum = 0;
-    bool atLineStart = true;
-    bool atOwnLine = false;
-    bool isDamaged = false;
-};
-
 // Is the line "=yend size=123456 crc32=abcdef12" right about what was decoded?
 bool IsConfirmed(std::string_view line, const YencBegin& begin, std::uint64_t size, std::uint32_t checksum)
 {
@@ -255,11 +86,10 @@ std::optional<YencBegin> ReadYencBegin(std::string_view line)
     const auto size = Count(fields, "size");
     if (!size)
         return std::nullopt;
-    const auto isMoreThanOne = [fields](std::string_view field) {
-        return Field(fields, field).has_value() && Count(fields, field) != 1U;
-    };
-    return YencBegin{*size, isMoreThanOne("part") || isMoreThanOne("total"),
-        std::string(line.substr(nameAt + NameField.size()))};
+    const auto isMoreThanOne
+        = [fields](std::string_view field) { return Field(fields, field).has_value() && Count(fields, field) != 1U; };
+    return YencBegin{
+        *size, isMoreThanOne("part") || isMoreThanOne("total"), std::string(line.substr(nameAt + NameField.size()))};
 }
 
 Outcome DecodeYenc(LineReader& lines, const YencBegin& begin, AttachmentSink& sink)
@@ -278,19 +108,19 @@ Outcome DecodeYenc(LineReader& lines, const YencBegin& begin, AttachmentSink& si
 
     AttachmentWriter writer(sink, begin.name);
     YencStream stream(writer);
-    for (;;) {
+    while (!stream.IsAtOwnLine()) {
         lines.Skip(stream.Take(lines.Ahead()));
-        if (stream.IsDamaged() || writer.Size() > begin.size)
-            return Outcome::Damaged;
-        if (!stream.IsAtOwnLine()) {
-            if (!lines.ReadMore())
-                return Outcome::Part;
-            continue;
-        }
-        if (!lines.HasLine() || !lines.Line().starts_with("=yend"))
-            return Outcome::Part; // the next attachment begins before this one has ended
-        const bool isConfirmed = lines.IsWhole() && IsConfirmed(lines.Line(), begin, writer.Size(), stream.Checksum());
-        lines.Advance();
-        return isConfirmed ? writer.Keep() : Outcome::Damaged;
+        // More than was announced may be without end, and is not to fill the disk.
+        const bool isDamaged = stream.IsDamaged() || writer.Size() > begin.size;
+        if (isDamaged)
+            writer.Abandon();
+        if (!stream.IsAtOwnLine() && !lines.ReadMore())
+            return isDamaged ? Outcome::Damaged : Outcome::Part;
     }
+    if (!lines.HasLine() || !lines.Line().starts_with("=yend"))
+        return Outcome::Part; // the next attachment begins before this one has ended
+    const bool isConfirmed
+        = lines.IsWhole() && !stream.IsDamaged() && IsConfirmed(lines.Line(), begin, writer.Size(), stream.Checksum());
+    lines.Advance();
+    return isConfirmed ? writer.Keep() : Outcome::Damaged;
 }

@@ -30,6 +30,9 @@ public:
         });
     }
 
+    // The end of the socket itself raises signals, which must not meet what is already half gone.
+    ~Connection() override { tcp.disconnect(this); }
+
     void Open(const std::string& host, int port)
     {
         if (port < 1 || port > 65535 || host.empty())

@@ -4,6 +4,7 @@
 #include "platform/Text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -58,7 +59,8 @@ bool ArticleMatching::PassesSizeTest(std::string_view headText) const
     if (found == std::string_view::npos || sizeIs.empty())
         return true;
     constexpr double largest = std::numeric_limits<std::int32_t>::max();
-    const double articleLines = std::min(Val(headText.substr(found + linesField.size(), longestNumber)), largest);
+    const std::string_view count = headText.substr(found + linesField.size(), longestNumber);
+    const double articleLines = std::nearbyint(std::min(Val(count), largest));
     const double limit = Val(MainForm.txtKB.Text());
     return sizeIs == "At Least" ? limit <= articleLines : limit >= articleLines;
 }

@@ -63,7 +63,16 @@ GroupScan::AfterGroup GroupScan::ScanGroup(const std::string& group)
 
 void GroupScan::WalkArticles(std::int32_t lastInGroup)
 {
-    while (Session.CmdNext() && !Session.StopFlag) {
+    // A server without an article to move to may say so with a reply that counts as a success, such as 420. In an empty
+    // group that is the end; elsewhere it is once it has not moved twice in a row.
+    const bool isEmpty = Session.FirstArticle > lastInGroup;
+    int timesNotMoved = 0;
+    std::int32_t before = Session.CurrentArticle = Session.StartArticle;
+    while (Session.CmdNext() && !Session.StopFlag && !isEmpty) {
+        timesNotMoved = Session.CurrentArticle == before ? timesNotMoved + 1 : 0;
+        if (timesNotMoved == 2)
+            return;
+        before = Session.CurrentArticle;
         const ArticleInHand article{Session.CurrentArticle, lastInGroup};
         MainForm.SetCaption(article.Caption("Scanning ", Session.CurrentGroup));
         // Before the article is looked at: an article that the program stops on counts as read.

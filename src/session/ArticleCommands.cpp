@@ -80,11 +80,14 @@ std::string NewsSession::CmdHead(std::int32_t number)
     if (!Send(CommandKind::Head, "head " + std::to_string(number)))
         return {};
     MainForm.Timer1.SetEnabled(true);
-    while (ReplyState != ReplyState::Finished && !HeadTimedOut) {
+    while (ReplyState != ReplyState::Finished) {
+        // A stop or a refusal in the middle of the watchdog's reconnect closes the new connection too.
         if (StopFlag) {
             TcpDisconnect();
             break;
         }
+        if (HeadTimedOut)
+            break;
         WaitForEvents();
     }
     if (HeadTimedOut) {

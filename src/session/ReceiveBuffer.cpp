@@ -1,13 +1,45 @@
 #include "session/ReceiveBuffer.h"
 
+#include <algorithm>
 #include <cstring>
+#include <memory>
+#include <sys/mman.h>
+
+namespace {
+
+// What is larger is a large reply's: it gets its memory by itself and gives it back.
+constexpr std::size_t keptCapacity = 1 << 20;
+
+// To grow is to copy, while memory that has not been written to costs nothing: a large reply gets plenty of it at once.
+// Most of what the first writing costs is spared by taking the memory in large pages.
+std::string InPlentyOfRoom(std::string_view held, std::size_t needed)
+{
+    constexpr std::size_t leastRoom = 32 << 20;
+    constexpr std::size_t pageSize = 4096;
+    std::string text;
+    text.reserve(std::max(leastRoom, 4 * needed));
+    void* firstPage = text.data();
+    std::size_t room = text.capacity();
+    if (std::align(pageSize, pageSize, firstPage, room) != nullptr)
+        (void)madvise(firstPage, room, MADV_HUGEPAGE);
+    text = held;
+    return text;
+}
+
+}
+
+void ReceiveBuffer::Append(std::string_view bytes)
+{
+    const std::size_t needed = bytesHeld.size() + bytes.size();
+    if (needed > bytesHeld.capacity() && needed > keptCapacity)
+        bytesHeld = InPlentyOfRoom(bytesHeld, needed);
+    bytesHeld.append(bytes);
+}
 
 void ReceiveBuffer::Clear()
 {
     bytesHeld.clear();
     head = 0;
-    // A large reply's memory is given back; a few articles' is kept.
-    constexpr std::size_t keptCapacity = 1 << 20;
     if (bytesHeld.capacity() > keptCapacity)
         bytesHeld.shrink_to_fit();
 }

@@ -9,7 +9,7 @@
 // cheap as one without. Positions are 1-based.
 class ReceiveBuffer {
 public:
-    void Append(std::string_view bytes) { bytesHeld.append(bytes); }
+    void Append(std::string_view bytes);
     void Clear();
 
     std::size_t Length() const { return bytesHeld.size() - head; }

@@ -1,0 +1,171 @@
+#include "program-test/ProgramTest.h"
+#include "support/Encoders.h"
+#include "support/SamplePictures.h"
+
+#include <QPlainTextEdit>
+
+#include <filesystem>
+
+using testing::Contains;
+using testing::ElementsAre;
+
+namespace {
+
+class AttachmentStoringTest : public ProgramTest {
+protected:
+    // What lies in the destination, as in "alt.kites/kite.jpg: red".
+    std::vector<std::string> Stored() const
+    {
+        std::vector<std::string> stored;
+        for (const std::string& file : FilesBelow(destination))
+            stored.push_back(file + ": " + ContentOf(destination + file));
+        return stored;
+    }
+
+    std::string Kite(const std::string& content) { return Uuencode(content, "kite.jpg"); }
+};
+
+}
+
+TEST_F(AttachmentStoringTest, WhereAttachmentsGo)
+{
+    struct Row {
+        const char* what;
+        bool subDirectory;
+        std::vector<std::string> bodies;
+        std::vector<std::string> stored;
+        const char* items;
+        std::string group = "alt.kites";
+        const char* before = nullptr; // a file that lies there before
+    };
+    const std::string cut = Kite("red").substr(0, 30);
+    const std::vector<Row> rows = {
+        {"sub directory", true, {Kite("red")}, {"alt.kites/kite.jpg: red"}, "Items: 1"},
+        {"no sub directory", false, {Kite("red")}, {"kite.jpg: red"}, "Items: 1"},
+        {"the newest replaces", true, {Kite("red"), Kite("blue")}, {"alt.kites/kite.jpg: blue"}, "Items: 2"},
+        {"an old file of that name", true, {Kite("red")}, {"alt.kites/kite.jpg: red"}, "Items: 1", "alt.kites",
+            "alt.kites/kite.jpg"},
+        {"both stay without a sub directory", false, {Kite("red"), Kite("blue")},
+            {"kite (2).jpg: blue", "kite.jpg: red"}, "Items: 2"},
+        {"several in one body", true, {Kite("red") + Uuencode("x", "boat.jpg")},
+            {"alt.kites/boat.jpg: x", "alt.kites/kite.jpg: red"}, "Items: 1"},
+        {"text, and a part", true, {"just text\r\n", cut}, {}, "Items: 0"},
+        {"a file of the group's name", true, {Kite("red")}, {"alt.kites: old", "kite.jpg: red"}, "Items: 1",
+            "alt.kites", "alt.kites"},
+        {"an old body", true, {Kite("red")}, {"alt.kites/kite.jpg: red"}, "Items: 1", "alt.kites", "article2.uue"},
+        {"up", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", ".."},
+        {"a path", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", "alt/kites"},
+        {"a name too long for a directory", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", std::string(300, 'x')},
+    };
+    SampleServer server({});
+    std::string started;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        server.SetGroups({GroupOf(row.group, 1, row.bodies)});
+        if (started != row.group)
+            Start({started = row.group}, server.Port());
+        Forget();
+        if (row.before)
+            MakeFile(destination + row.before, "old");
+        Check("chkGroupSubDir", row.subDirectory);
+        Search();
+        EXPECT_EQ(Stored(), row.stored);
+        EXPECT_EQ(PanelText("StatusBar1", 2), row.items);
+        EXPECT_THAT(
+            captions, Contains("Finished decoding 2 of " + std::to_string(row.bodies.size() + 1) + " -- " + started));
+        EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    }
+    EXPECT_THAT(FilesBelow(folder.Path()), testing::Not(Contains(testing::StartsWith("kite"))));
+}
+
+TEST_F(AttachmentStoringTest, DestinationIsReadForEachArticle)
+{
+    SampleServer server({GroupOf("alt.kites", 1, {Kite("red"), Kite("blue"), Kite("lost"), Kite("green")})});
+    Start({"alt.kites"}, server.Port());
+    Check("chkGroupSubDir", false);
+    std::filesystem::create_directory(destination + "new");
+    const auto goTo = [this](const std::string& directory) {
+        return
+            [this, directory] { Find<QPlainTextEdit>("txtSelectDir").setPlainText((destination + directory).c_str()); };
+    };
+    // Once it is settled where the body goes, the attachment goes there too.
+    atCaption["Decoding 3 of 5 -- alt.kites"] = goTo("new/");
+    atCaption["Scanning 4 of 5 -- alt.kites"] = goTo("gone/");
+    atCaption["Scanning 5 of 5 -- alt.kites"] = goTo("new/");
+    Search();
+    EXPECT_THAT(Stored(), ElementsAre("kite (2).jpg: blue", "kite.jpg: red", "new/kite.jpg: green"));
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 3");
+}
+
+TEST_F(AttachmentStoringTest, Limits)
+{
+    struct Row {
+        const char* ofGroup; // no limit if it is null
+        const char* ofRun;
+        std::vector<std::string> stored;
+        const char* items; // not brought up to date by the attachment that reaches the limit of the group
+        bool connectionStays;
+    };
+    const std::vector<std::string> all = {"a/1", "a/2", "a/3", "b/4", "b/5", "b/6"};
+    const std::vector<Row> rows = {
+        {nullptr, nullptr, all, "Items: 6", true},
+        {"2", nullptr, {"a/1", "a/2", "b/4", "b/5"}, "Items: 3", true},
+        {nullptr, "4", {"a/1", "a/2", "a/3", "b/4"}, "Items: 4", false},
+        {"2", "2", {"a/1", "a/2", "b/4"}, "Items: 3", false}, // both at once: that of the group counts first
+        {"1", "2", {"a/1", "b/4"}, "Items: 0", true},
+        {"", nullptr, {"a/1", "b/4"}, "Items: 0", true},
+        {nullptr, "", {"a/1"}, "Items: 1", false},
+        {"3.5", "5 or so", {"a/1", "a/2", "a/3", "b/4", "b/5"}, "Items: 5", false},
+    };
+    const auto picture = [](const char* name) { return Uuencode("x", name); };
+    SampleServer server({GroupOf("a", 1, {picture("1"), picture("2"), picture("3")}),
+        GroupOf("b", 1, {picture("4"), picture("5"), picture("6")})});
+    Start({"a", "b"}, server.Port());
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.stored) + row.items);
+        Forget();
+        server.ClearLog();
+        desktop.sleeps.clear();
+        for (const auto& [box, field, limit] : {std::tuple("chkLimitPictures", "txtLimitPictures", row.ofGroup),
+                 std::tuple("chkMaximumFiles", "txtMaxToDownload", row.ofRun)}) {
+            Check(box, true);
+            TypeInto(field, limit ? limit : "");
+            Check(box, limit != nullptr);
+        }
+        Search();
+        EXPECT_EQ(FilesBelow(destination), row.stored);
+        EXPECT_EQ(PanelText("StatusBar1", 2), row.items);
+        EXPECT_EQ(server.CommandCount("body"), row.stored.size());
+        EXPECT_EQ(desktop.sleeps.size(), row.connectionStays ? 2U : row.stored.back()[0] == 'a' ? 0U : 1U);
+        const std::size_t connections = server.ConnectionCount();
+        Search();
+        EXPECT_EQ(server.ConnectionCount() - connections, row.connectionStays ? 0U : 1U);
+    }
+}
+
+TEST_F(AttachmentStoringTest, PicturesAreShownWhileTheyArrive)
+{
+    std::vector<std::string> bodies;
+    for (const auto& [name, width] : {std::pair("wide.jpg", 80), {"high.jpg", 20}, {"square.jpg", 40}})
+        bodies.push_back(Uuencode(DrawPicture(Scene::Kites, width, 40, 1, "JPEG"), name));
+    bodies.insert(bodies.begin() + 2, Uuencode("no picture", "odd.jpg"));
+    SampleServer server({GroupOf("alt.kites", 1, bodies)});
+    Start({"alt.kites"}, server.Port());
+    const int height = WindowNamed("frmTamarack")->height();
+    ChooseMenu("mnuInteractiveDownload");
+    EXPECT_TRUE(IsVisible("Frame3"));
+    EXPECT_GT(WindowNamed("frmTamarack")->height(), height);
+    Search();
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 4");
+    EXPECT_THAT((std::vector{TextOf("Label2(0)"), TextOf("Label2(1)"), TextOf("Label2(2)")}),
+        ElementsAre("square.jpg", "high.jpg", "wide.jpg"));
+    for (const auto& [image, shape] : {std::pair("Image2(0)", 1.0), {"Image2(1)", 0.5}, {"Image2(2)", 2.0}}) {
+        const QWidget& shown = Find<QWidget>(image);
+        EXPECT_NEAR(shown.width(), shape * shown.height(), 2) << image;
+        EXPECT_TRUE(shown.parentWidget()->rect().contains(shown.geometry())) << image;
+        EXPECT_NEAR(shown.geometry().center().x(), shown.parentWidget()->rect().center().x(), 1) << image;
+    }
+    ChooseMenu("mnuInteractiveDownload");
+    EXPECT_FALSE(IsVisible("Frame3"));
+    EXPECT_EQ(WindowNamed("frmTamarack")->height(), height);
+}

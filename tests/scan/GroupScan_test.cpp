@@ -1,0 +1,208 @@
+#include "program-test/ProgramTest.h"
+#include "support/Encoders.h"
+#include "support/ScriptedServer.h"
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+using GroupScanTest = ProgramTest;
+
+// "S:" lines of a script.
+std::string Said(const std::string& text)
+{
+    std::string lines;
+    for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1)
+        lines += "S: " + text.substr(at, text.find('\r', at) - at) + "\n";
+    return lines;
+}
+
+// A conversation, step by step, on a group whose pointer stands on 5.
+const std::string enter = "X: connect\nS: 200\nC: group alt.kites\n";
+const std::string entered = enter + "S: 211 9 1 9 alt.kites\nC: stat 5\n";
+const std::string placed = entered + "S: 223 5 <a>\nC: next\n";
+const std::string moved = placed + "S: 223 6 <b>\n";
+const std::string asked = moved + "C: head 6\n";
+const std::string toBody = "S: 221 6 <b>\nS: Path: a\nS: Subject: kite.jpg (1/1)\nS: .\nC: body 6\n";
+const std::string body = "S: 222 6 <b>\n" + Said(Uuencode("red", "kite.jpg")) + "S: .\n";
+const std::string stop = "X: pause stop\n";
+
+const std::string itsEnd = "X: wait-close\n"; // the search is over
+const std::string goesOn = "C: group alt.boats\nS: 411 no such group\nX: close\n"; // it is not
+const std::string noMore = "S: 421 no more\n" + goesOn;
+
+}
+
+TEST_F(GroupScanTest, CaptionsInTheirOrder)
+{
+    SampleServer server(
+        {GroupOf("alt.kites", 1, {Uuencode("red", "kite.jpg"), "text\r\n"}), GroupOf("alt.boats", 7, {})});
+    Start({"alt.kites", "alt.none", "alt.boats"}, server.Port());
+    // Only the attachment that was stored is counted, and each search counts from 0.
+    for (const char* caption : {"Setting group pointers: 0", "Finished decoding 2 of 3 -- alt.kites"})
+        atCaption[caption] = [] { EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 0"); };
+    Search();
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 1");
+    EXPECT_THAT(captions,
+        ElementsAre("Entering group alt.kites", "Setting group pointers: 0", "Scanning 2 of 3 -- alt.kites",
+            "Getting 2 of 3 -- alt.kites", "Decoding 2 of 3 -- alt.kites", "Finished decoding 2 of 3 -- alt.kites",
+            "Scanning 3 of 3 -- alt.kites", "Getting 3 of 3 -- alt.kites", "Decoding 3 of 3 -- alt.kites",
+            "Finished decoding 3 of 3 -- alt.kites", "alt.kites -- No more new articles", "Entering group alt.none",
+            "Entering group alt.boats", "Setting group pointers: 0", "alt.boats -- No more new articles",
+            frmTamarack::idleCaption));
+    EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Invalid News Group"));
+    EXPECT_THAT(desktop.sleeps, ElementsAre(1500ms, 1500ms));
+    atCaption["Setting group pointers: 3"] = [] { EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 0"); };
+    Search();
+}
+
+TEST_F(GroupScanTest, BeginsAtTheCurrentRow)
+{
+    const std::vector<std::string> groups = {"a", "b", "c", "d", "e"};
+    SampleServer server({});
+    Start(groups, server.Port());
+    for (const int row : {2, 0, 4}) {
+        ClickRow("lstSelectedGroups", row);
+        desktop.boxes.clear();
+        Search();
+        std::vector<std::string> entered;
+        for (const TestDesktop::Box& box : desktop.boxes)
+            entered.push_back(box.text.substr(box.text.find('\n') + 1));
+        EXPECT_THAT(entered, ElementsAreArray(groups.begin() + row, groups.end()));
+        EXPECT_EQ(CurrentRow("lstSelectedGroups"), row);
+    }
+}
+
+TEST_F(GroupScanTest, WhereAStopIsSeenAndWhereItIsLost)
+{
+    struct Row {
+        const char* what;
+        bool allArticles;
+        std::string script;
+        bool stored;
+        const char* atCaption = nullptr; // asks for the stop in a yield behind this caption,
+        int yields = 1; // the first or the second
+    };
+    const std::vector<Row> rows = {
+        {"group", false, enter + stop + itsEnd, false},
+        {"group refused", false, enter + "S: 502 no\n" + itsEnd, false},
+        {"stat", false, entered + stop + "C: stat 6\nS: 223 6 <b>\nC: next\n" + noMore, false},
+        {"stat refused", false, entered + "S: 502 no\nC: stat 6\nS: 223 6 <b>\nC: next\n" + noMore, false},
+        {"next", false, placed + stop + itsEnd, false},
+        {"next refused", false, placed + "S: 502 no\n" + itsEnd, false},
+        {"before the head", false, asked + toBody + body + "C: next\n" + noMore, true, "Scanning 6 of 9 -- alt.kites"},
+        {"before no head", true, moved + itsEnd, false, "Scanning 6 of 9 -- alt.kites"},
+        {"head", false, asked + stop + itsEnd, false},
+        {"head, half of it", false, asked + "S: 221 6 <b>\nS: kite.jpg 1/1\n" + stop + itsEnd, false},
+        {"head refused", false, asked + "S: 502 no\n" + itsEnd, false},
+        {"body", false, asked + toBody + stop + itsEnd, false},
+        {"body, half of it", false, asked + toBody + body.substr(0, body.size() - 5) + stop + itsEnd, false},
+        {"body refused", false, asked + toBody + "S: 502 no\n" + itsEnd, false},
+        {"storing", false, asked + toBody + body + itsEnd, true, "Finished decoding 6 of 9 -- alt.kites"},
+        {"behind the article", false, asked + toBody + body + "C: next\n" + noMore, true,
+            "Finished decoding 6 of 9 -- alt.kites", 2},
+    };
+    Start({"alt.kites", "alt.boats"}, 1);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        Forget(PointerRecord(5, "alt.kites"));
+        desktop.boxes.clear();
+        Check(row.allArticles ? "chkAllArticles" : "chkSingleParts", true);
+        if (row.atCaption) {
+            atCaption[row.atCaption] = [&row] {
+                const auto press = [] { Click("cmdStop"); };
+                AtNextYield(row.yields == 1 ? std::function<void()>(press) : [press] { AtNextYield(press); });
+            };
+        }
+        ScriptedServer server(row.script);
+        server.OnPause = [](const std::string&) { Click("cmdStop"); };
+        TypeInto("txtPort", std::to_string(server.Port()));
+        Search();
+        const bool ended = row.script.ends_with(itsEnd);
+        ASSERT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
+        ASSERT_TRUE(ended || Until([] { return PanelText("StatusBar1", 1) == "Status: Disconnected"; }));
+        EXPECT_EQ(captions[captions.size() - 2] == "Entering group alt.boats", !ended);
+        EXPECT_EQ(testing::Value(captions, testing::Contains("Decoding 6 of 9 -- alt.kites")), row.stored);
+        EXPECT_EQ(FilesBelow(destination).size(), row.stored ? 1U : 0U);
+        EXPECT_EQ(PanelText("StatusBar1", 2), row.stored ? "Items: 1" : "Items: 0");
+        const bool wentOn = row.script.starts_with(moved);
+        EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(wentOn ? 6 : 5, "alt.kites"));
+    }
+}
+
+// 420 to next counts as a success, and would do so for ever.
+TEST_F(GroupScanTest, AServerThatDoesNotMoveEndsTheGroup)
+{
+    Start({"alt.kites", "alt.boats"}, 1);
+    for (const std::string& script : {enter + "S: 211 0 10 9 alt.kites\nC: next\nS: 420 empty\n" + goesOn,
+             placed + "S: 420 none\nC: head 5\nS: 420 none\nC: next\nS: 420 none\n" + goesOn}) {
+        SCOPED_TRACE(script);
+        Forget(PointerRecord(5, "alt.kites"));
+        ScriptedServer server(script);
+        TypeInto("txtPort", std::to_string(server.Port()));
+        Search();
+        EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
+        EXPECT_TRUE(Until([] { return PanelText("StatusBar1", 1) == "Status: Disconnected"; }));
+        EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(5, "alt.kites"));
+    }
+}
+
+TEST_F(GroupScanTest, LostConnection)
+{
+    Start({"alt.kites", "alt.boats", "alt.cats"}, 1);
+    const auto lose = [](ScriptedServer& server) {
+        EXPECT_TRUE(Until([&] { return server.IsPaused(); }));
+        server.Continue();
+        EXPECT_TRUE(Until([] { return PanelText("StatusBar1", 1) == "Status: Disconnected"; }));
+    };
+    const std::vector<std::string> rest = {"alt.kites -- No more new articles", "Entering group alt.boats",
+        "Entering group alt.cats", std::string(frmTamarack::idleCaption)};
+    for (const bool insideGroup : {true, false}) {
+        SCOPED_TRACE(insideGroup);
+        Forget(PointerRecord(5, "alt.kites"));
+        ScriptedServer server((insideGroup ? moved : placed + "S: 421 no more\n") + "X: pause\nX: close\n");
+        TypeInto("txtPort", std::to_string(server.Port()));
+        if (insideGroup)
+            atCaption["Scanning 6 of 9 -- alt.kites"] = [&] { lose(server); };
+        desktop.whileAsleep = [&](std::chrono::milliseconds) {
+            if (!insideGroup)
+                lose(server);
+        };
+        Search();
+        EXPECT_EQ(server.FirstProblem(), "");
+        ASSERT_GE(captions.size(), 4U);
+        EXPECT_THAT(std::vector(captions.end() - 4, captions.end()), ElementsAreArray(rest));
+    }
+}
+
+// Rows that go during a search do not end it early: what lies behind the new end is a group without a name.
+TEST(GroupScanListTest, RowsRemovedDuringASearch)
+{
+    const TemporaryFolder folder;
+    TestDesktop desktop;
+    frmTamarack MainForm;
+    NewsSession session(MainForm, desktop);
+    PreviewStrip previews(MainForm);
+    SearchCriteria criteria(MainForm, desktop);
+    ArticleMatching matching(MainForm, session, criteria);
+    AttachmentStoring store(MainForm, session, previews);
+    GroupScan scan(MainForm, session, desktop, matching, store);
+    const FindNow findNow(MainForm, session, desktop, scan);
+    session.AppDir = folder.Path();
+    MainForm.txtSelectDir.SetText(folder.Path());
+    MainForm.cboNewsServer.AddItem("127.0.0.1");
+    MainForm.cboNewsServer.SetListIndex(0);
+    for (const char* group : {"a", "b", "c", "d"})
+        MainForm.lstSelectedGroups.AddItem(group);
+
+    ScriptedServer server("S: 200\nC: group a\nX: pause\nS: 411 no\nC: group c\nS: 411 no\nC: group d\nS: 411 no\n"
+                          "C~ group\\s\nS: 501 which?\nX: wait-close\n");
+    server.OnPause = [&](const std::string&) { MainForm.lstSelectedGroups.RemoveItem(0); };
+    MainForm.txtPort.SetText(std::to_string(server.Port()));
+    MainForm.cmdFindNow.Click();
+    EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
+    EXPECT_EQ(MainForm.lstSelectedGroups.ListCount(), 3);
+}

@@ -1,0 +1,153 @@
+#include "ScriptedSession.h"
+
+#include <random>
+
+namespace {
+
+using Kinds = std::vector<CommandKind>;
+using enum CommandKind;
+
+const Kinds all = {List, Group, Body, Head, Greeting, AuthUser, AuthPass, Next, Stat, Manual};
+
+Kinds AllBut(CommandKind kind)
+{
+    Kinds kinds = all;
+    std::erase(kinds, kind);
+    return kinds;
+}
+
+}
+
+TEST(ReplyReceiverTest, StatusRowsAndNumbers)
+{
+    struct Row {
+        std::string packets; // one of a status line and a text without end, or some as in a script
+        Kinds kinds;
+        ReplyState state = ReplyState::Finished;
+        bool userName = false;
+        const char* outcome = "connected";
+        const char* status = "Status: Connected";
+        std::int32_t first = 1, last = 12, current = 5;
+        const char* buffer = "text";
+    };
+    for (const Row& row : {
+             Row{"502 no", all, ReplyState::Refused, false, "connected stop"},
+             Row{"423 gone", all, ReplyState::Taken},
+             Row{"430 gone", all, ReplyState::Taken},
+             Row{"480 who", all, ReplyState::Finished, true},
+             Row{"480 who", all, ReplyState::Finished, false, "closed", "Status: Username Required"},
+             Row{"411 no group", {Group}, ReplyState::NoSuchGroup},
+             Row{"411 no group", AllBut(Group)},
+             Row{"412 no group", {Group}, ReplyState::NoGroupSelected},
+             Row{"412 no group", AllBut(Group)},
+             Row{"481 no", {Next}, ReplyState::Taken},
+             Row{"481 no", AllBut(Next)},
+             Row{"421 no next", {Next}, ReplyState::Taken},
+             Row{"421 no next", AllBut(Next)},
+             Row{"400 later", all},
+             Row{"381 more", all, ReplyState::Finished, true},
+             Row{"381 more", all, ReplyState::Taken, false, "closed", "Status: Password Required"},
+             Row{.packets = "211 9 2 10 x", .kinds = {Group}, .first = 2, .last = 10},
+             Row{.packets = "223 7 <a@b>", .kinds = {Next}, .current = 7},
+             Row{"223 7 <a@b>", {Greeting, AuthUser, AuthPass, Stat}, ReplyState::Finished, true},
+             Row{"nonsense", {List, Body, Head, Manual}, ReplyState::Taken},
+             Row{.packets = "211 3 2147483647 2147483648 x", .kinds = {Group}, .first = 2147483647},
+             Row{.packets = "211 3 99999999999999999999 9 x", .kinds = {Group}, .last = 9},
+             Row{.packets = "211 3 12ab -7 x", .kinds = {Group}, .first = 12, .last = 0},
+             Row{.packets = "211 3 7 9", .kinds = {Group}, .first = 7, .last = 0},
+             Row{.packets = "211 3  7 9 x", .kinds = {Group}, .first = 0, .last = 7},
+             Row{.packets = "211", .kinds = {Group}, .first = 0, .last = 0},
+             Row{.packets = "223 2147483648 <a@b>", .kinds = {Next}},
+             Row{.packets = "223 8", .kinds = {Next}, .current = 0},
+             // Of a status line in pieces the first alone is judged, and all of them pass for text.
+             Row{.packets = "S~ 211 3 7 9\nS: 1 x",
+             .kinds = {Group},
+             .first = 7,
+             .last = 0,
+             .buffer = "211 3 7 91 x\r\n"},
+             Row{.packets = "S~ 223 8 <a\nS: @b>", .kinds = {Next}, .current = 8, .buffer = "223 8 <a@b>\r\n"},
+             Row{.packets = "S~ 41\nS: 1 no", .kinds = {Group}, .buffer = "411 no\r\n"},
+             Row{.packets = "S~ 5\nS: 02 no",
+             .kinds = {Next},
+             .state = ReplyState::Refused,
+             .outcome = "connected stop",
+             .buffer = "502 no\r\n"},
+         }) {
+        for (const CommandKind kind : row.kinds) {
+            SCOPED_TRACE(row.packets + " to " + std::to_string(static_cast<int>(kind)));
+            const bool logsIn = row.userName && row.packets.starts_with("480");
+            ScriptedSession client("C: command\n"
+                + (row.packets.starts_with("S~") ? row.packets + "\n" : "S~ " + row.packets + "\\r\\ntext\n")
+                + (logsIn ? "C: authinfo user me\nS: 381\nC: authinfo pass secret\nS: 281\n" : "") + "X: pause in");
+            client.Judge(kind, row.userName);
+            EXPECT_EQ(client.Session.ReplyState, row.state);
+            EXPECT_EQ(client.Outcome(), row.outcome);
+            EXPECT_EQ(client.Status(), row.status);
+            EXPECT_EQ(client.Session.FirstArticle, row.first);
+            EXPECT_EQ(client.Session.LastArticle, row.last);
+            EXPECT_EQ(client.Session.CurrentArticle, row.current);
+            EXPECT_EQ(client.Session.RecvBuffer.Text(), row.buffer);
+            EXPECT_EQ(client.Session.CommandKind, logsIn ? AuthPass : kind);
+        }
+    }
+}
+
+TEST(ReplyReceiverTest, TerminatorsWhereverTheyLie)
+{
+    const std::string longLine(50, 'x');
+    struct Row {
+        CommandKind kind;
+        std::string packets; // "|" is the border of two
+        ReplyState state;
+        std::string lastBody;
+        std::string buffer;
+        std::size_t searchPos = 1;
+    };
+    std::vector<Row> rows = {{Body, ".\r\n", ReplyState::Taken, "", ".\r\n"},
+        {Body, "\r\n.\r\n", ReplyState::Taken, "", "\r\n"},
+        {Body, "\r\n.\r\n.\r\na\r\n.\r\n", ReplyState::Finished, "\r\na", "\r\n"},
+        {Head, "a\r\n.\r\nb\r\n.\r\nc", ReplyState::Finished, "\r\nb", "\r\nc"},
+        {Head, "a\r\n..\r\n.b\n.\n", ReplyState::Taken, "", "a\r\n..\r\n.b\n.\n", 2},
+        {Manual, "a\r\n.\r\n", ReplyState::Finished, "", "\r\n"}, {Body, longLine, ReplyState::Taken, "", longLine, 40},
+        {Body, longLine + "|" + longLine, ReplyState::Taken, "", longLine + longLine, 90}};
+    const std::string end = "\r\n.\r\n";
+    for (std::size_t at = 1; at < end.size(); ++at)
+        rows.push_back(
+            {Body, longLine + end.substr(0, at) + "|" + end.substr(at), ReplyState::Finished, longLine, "\r\n"});
+    for (Row& row : rows) {
+        std::string script = "C: command\nS~ 222\\r\\n" + Printable(row.packets) + "\nX: pause in";
+        if (const std::size_t border = script.find('|'); border != script.npos)
+            script.replace(border, 1, "\nS~ ");
+        SCOPED_TRACE(script);
+        ScriptedSession client(script);
+        client.Judge(row.kind);
+        EXPECT_EQ(client.Session.ReplyState, row.state);
+        EXPECT_EQ(client.Session.LastBody, row.lastBody);
+        EXPECT_EQ(client.Session.RecvBuffer.Text(), row.buffer);
+        EXPECT_EQ(client.Session.SearchPos, row.searchPos);
+    }
+}
+
+// The buffer against a plain string, over a few thousand steps of any size.
+TEST(ReceiveBufferTest, KeepsWhatHasNotBeenTaken)
+{
+    std::mt19937 random(1);
+    const auto upTo
+        = [&random](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(random); };
+    ReceiveBuffer buffer;
+    std::string model;
+    for (int step = 0; step < 5000; ++step) {
+        const std::string bytes(upTo(step % 7 == 0 ? 500 : 5), static_cast<char>('a' + step % 26));
+        buffer.Append(bytes);
+        model += bytes;
+        const std::size_t count = upTo(model.size());
+        const std::size_t dropped = upTo(std::min<std::size_t>(model.size() - count, 3));
+        if (step % 3 != 0) {
+            ASSERT_EQ(buffer.Take(count, dropped), model.substr(0, count));
+            model.erase(0, count + dropped);
+        }
+        ASSERT_EQ(buffer.Text(), model);
+        const std::size_t from = upTo(model.size() + 3) + 1;
+        ASSERT_EQ(buffer.Find("zz", from), from > model.size() ? 0 : model.find("zz", from - 1) + 1);
+    }
+}

@@ -1,0 +1,116 @@
+#pragma once
+
+#include "platform/Events.h"
+#include "session/NewsSession.h"
+#include "support/Screen.h"
+#include "support/ScriptedServer.h"
+#include "support/TestDesktop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+// The real session behind the real main form, and a server that greets it and then plays a script. The script's pauses
+// act on the client just there:
+//
+//   stop              cmdStop is pressed
+//   stop when gone    the same, once the client knows that the connection is no more
+//   pieces, whole     what follows comes in pieces of PieceSize bytes, or packet by packet again
+//   time is up        the watchdog of the head command strikes
+struct ScriptedSession {
+    explicit ScriptedSession(const std::string& script, const std::string& welcome = "S: 200 hello\n")
+    {
+        Server.OnPause = [this](const std::string& name) { Pause(name); };
+        QObject::connect(&stopTimer, &QTimer::timeout, &stopTimer, [this] { Stop(); });
+        MainForm.cmdStop.Click = [this] { Session.StopFlag = true; };
+        MainForm.cboNewsServer.AddItem("127.0.0.1");
+        MainForm.cboNewsServer.SetListIndex(0);
+        MainForm.txtPort.SetText(std::to_string(Server.Port()));
+        MainForm.txtUserName.SetText("me");
+        MainForm.txtPassword.SetText("secret");
+        // As earlier replies might have left it.
+        Session.CurrentGroup = "alt.kites";
+        Session.FirstArticle = 1;
+        Session.LastArticle = 12;
+        Session.CurrentArticle = 5;
+        Server.Play(welcome + script);
+    }
+
+    // Runs the command of a script line ("stat 7"). Gives its text, or "true" or "false", with the number that stat has
+    // found.
+    std::string Run(const std::string& line)
+    {
+        const auto flag = [](bool value) { return value ? "true" : "false"; };
+        const std::string argument = line.substr(std::min(line.find(' ') + 1, line.size()));
+        std::int32_t number = std::atoi(argument.c_str());
+        Session.LastBody = "old\r\ntext";
+        if (line.starts_with("group"))
+            return flag(Session.CmdGroup(argument));
+        if (line.starts_with("next"))
+            return flag(Session.CmdNext());
+        if (line.starts_with("head"))
+            return Session.CmdHead(number);
+        if (line.starts_with("body"))
+            return Session.CmdBody(number);
+        if (line.starts_with("list")) {
+            Session.CmdList();
+            return Session.LastBody;
+        }
+        const std::string found = flag(Session.CmdStat(number));
+        return found + " " + std::to_string(number);
+    }
+
+    // Connects, sends a line as a command of that kind, and takes all that the server has for it.
+    void Judge(CommandKind kind, bool haveUserName = false)
+    {
+        ASSERT_TRUE(Session.TcpConnect());
+        MainForm.chkUserName.SetValue(haveUserName ? 1 : 0);
+        Session.CommandKind = kind;
+        Session.ReplyState = ReplyState::Awaiting;
+        Session.SendLine("command");
+        EXPECT_TRUE(Until([this] { return Session.ReplyState != ReplyState::Awaiting && Server.Finished(); }))
+            << Server.FirstProblem();
+    }
+
+    std::string Status() { return MainForm.StatusBar1.Panels(1).Text(); }
+
+    // "connected", "closed" by the client or "gone", and " stop" while StopFlag is set.
+    std::string Outcome()
+    {
+        const SocketState state = MainForm.TCP1.State();
+        const bool open = state == SocketState::Connected;
+        return std::string(open                       ? "connected"
+                       : state == SocketState::Closed ? "closed"
+                                                      : "gone")
+            + (Session.StopFlag ? " stop" : "");
+    }
+
+    TestDesktop Desktop;
+    frmTamarack MainForm;
+    NewsSession Session{MainForm, Desktop};
+    ScriptedServer Server;
+    std::size_t PieceSize = 0;
+
+private:
+    void Pause(const std::string& name)
+    {
+        if (name == "time is up")
+            MainForm.Timer1.SetInterval(std::chrono::milliseconds(1));
+        else if (name == "pieces" || name == "whole")
+            Server.SetPieceSize(name == "pieces" ? PieceSize : 0);
+        else if (name.starts_with("stop"))
+            // Some passes later, so that a wait that ends by itself is found out.
+            stopTimer.start(5);
+        onlyWhenGone = name == "stop when gone";
+    }
+
+    void Stop()
+    {
+        if (onlyWhenGone && MainForm.TCP1.State() == SocketState::Connected)
+            return;
+        stopTimer.stop();
+        MainForm.cmdStop.Click();
+    }
+
+    bool onlyWhenGone = false;
+    QTimer stopTimer;
+};

@@ -1,0 +1,58 @@
+#include "platform/Events.h"
+#include "platform/Socket.h"
+#include "support/ScriptedServer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(SocketTest, PortIsAWholeNumberWithWhichTheTextBegins)
+{
+    struct Row {
+        const char* text;
+        int port;
+    };
+    for (const Row& row : {Row{"119", 119}, Row{" 119abc", 119}, Row{"65535", 65535}, Row{"1", 1}, Row{"", 0},
+             Row{"abc", 0}, Row{"0", 0}, Row{"-119", 0}, Row{"65536", 0}, Row{"70000", 0}, Row{"119.5", 0},
+             Row{"1e300", 0}, Row{"99999999999999999999", 0}})
+        EXPECT_EQ(Socket::PortFrom(row.text), row.port) << row.text;
+}
+
+// However far the old connection has come (connecting, connected, its bytes or its end on the way), nothing of it is
+// heard once it has been closed or replaced.
+TEST(SocketTest, NothingIsHeardOfAConnectionThatWasLeft)
+{
+    bool sawBytes = false, sawEnd = false;
+    for (int passes = 0; passes < 16; ++passes) {
+        for (const bool replaced : {false, true}) {
+            SCOPED_TRACE(passes);
+            ScriptedServer oldServer("S: old\nX: close"), newServer("S: new");
+            Socket socket;
+            std::vector<std::string> events;
+            socket.StateChanged = [&] { events.push_back(std::to_string(static_cast<int>(socket.State()))); };
+            socket.DataArrival = [&] { events.push_back(socket.GetData()); };
+            socket.Closed = [&] { events.push_back("closed"); };
+            socket.Connect("127.0.0.1", oldServer.Port());
+            for (int pass = 0; pass < passes; ++pass)
+                DoEvents();
+            sawBytes = sawBytes || std::ranges::count(events, "old\r\n") > 0;
+            sawEnd = sawEnd || std::ranges::count(events, "closed") > 0;
+            events.clear();
+            if (replaced) {
+                socket.Connect("127.0.0.1", newServer.Port());
+                while (events.empty() || events.back() != "new\r\n")
+                    WaitForEvents();
+                EXPECT_THAT(events, ElementsAre("4", "5", "6", "7", "new\r\n"));
+            } else {
+                socket.Close();
+                EXPECT_EQ(socket.State(), SocketState::Closed);
+                for (int pass = 0; pass < 16; ++pass)
+                    DoEvents();
+                EXPECT_THAT(events, IsEmpty());
+            }
+        }
+    }
+    EXPECT_TRUE(sawBytes && sawEnd);
+}
