@@ -31,7 +31,7 @@ TEST(ConnectionTest, GreetingAndAuthentication)
             Row{"X: pause in\nX: close\nX: pause stop when gone", false, true, "closed stop", "Status: Disconnected"},
             Row{"S: 200\nC: authinfo user me\nS: 381\nC: authinfo pass secret\nS: 281", true, true, "connected",
                 "Status: Connected"},
-            Row{"S: 200\nC: authinfo user me\nS: 281\nC: authinfo pass secret\nS: 482", true, true, "connected",
+            Row{"S: 200\nC: authinfo user me\nS: 423\nC: authinfo pass secret\nS: 482", true, true, "connected",
                 "Status: Connected"},
             Row{"S: 200\nC: authinfo user me\nS: 502", true, false, "closed stop", "Status: Username Failed", 1},
             Row{"S: 200\nC: authinfo user me\nX: pause stop", true, false, "closed stop", "Status: Username Failed", 1},

@@ -1,0 +1,60 @@
+#include "benchmarks/ProgramInFolder.h"
+#include "support/Screen.h"
+#include "support/ShortPort.h"
+
+#include <QTimer>
+
+#include <arpa/inet.h>
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <ctime>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+// What the program costs while it waits for a server that never says a word.
+
+namespace {
+
+using namespace std::chrono_literals;
+
+double ProcessorTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+void TenSecondsInAWait(benchmark::State& state)
+{
+    // The system connects a client to a socket that listens, also if nobody ever accepts it.
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int port = ListenOnShortPort([listener](std::uint16_t candidate) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(candidate);
+        return bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0
+            && listen(listener, 4) == 0;
+    });
+    ProgramInFolder program(port, "alt.kites");
+    for (auto _ : state) {
+        double start = 0;
+        double end = 0;
+        QTimer::singleShot(1s, Qt::PreciseTimer, [&start] { start = ProcessorTime(); });
+        QTimer::singleShot(11s, Qt::PreciseTimer, [&end] {
+            end = ProcessorTime();
+            Click("cmdStop");
+        });
+        Click("cmdFindNow");
+        state.SetIterationTime(end - start);
+        char label[100];
+        std::snprintf(label, sizeof label, "%.3f %% of a processor (aim under 1 %%)", (end - start) / 10 * 100);
+        state.SetLabel(label);
+    }
+    close(listener);
+}
+
+BENCHMARK(TenSecondsInAWait)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+}

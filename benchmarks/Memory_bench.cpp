@@ -1,0 +1,54 @@
+#include "benchmarks/ProgramInFolder.h"
+#include "benchmarks/ServerProcess.h"
+#include "support/Encoders.h"
+
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <fstream>
+
+// How much memory the program takes to fetch and store one very large article. It is measured once, in a program that
+// does nothing else: what an earlier run had given back to the allocator would not be seen.
+
+namespace {
+
+const std::string group = "alt.kites";
+constexpr std::size_t bodySize = 100 * 1000 * 1000;
+constexpr std::size_t attachmentSize = bodySize / 63 * 45;
+
+SampleGroups LargeArticle()
+{
+    const std::string head = "Path: news.test\r\nSubject: kite.jpg (1/1)\r\n";
+    return {{group, {{1, head, "\r\n"}, {2, head, Uuencode(std::string(attachmentSize, 'k'), "kite.jpg")}}}};
+}
+
+// VmHWM:    123456 kB   (a line of /proc/self/status)
+double Bytes(std::string_view name)
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(name))
+            return std::stod(line.substr(name.size())) * 1024;
+    }
+    return 0;
+}
+
+void StoreLargeBody(benchmark::State& state)
+{
+    const ServerProcess server(LargeArticle);
+    ProgramInFolder program(server.Port(), group);
+    for (auto _ : state) {
+        const double resting = Bytes("VmRSS:");
+        if (!program.Search(1))
+            state.SkipWithError("the program went wrong");
+        const double taken = Bytes("VmHWM:") - resting;
+        char label[100];
+        std::snprintf(label, sizeof label, "peak %.0f MB: %.2f times the body (aim under 2.5)", taken / 1e6,
+            taken / static_cast<double>(bodySize));
+        state.SetLabel(label);
+    }
+    state.SetBytesProcessed(bodySize);
+}
+
+BENCHMARK(StoreLargeBody)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}

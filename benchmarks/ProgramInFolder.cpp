@@ -1,0 +1,39 @@
+#include "benchmarks/ProgramInFolder.h"
+
+#include "catalogue/PointerFile.h"
+#include "catalogue/ServerFiles.h"
+#include "support/Screen.h"
+
+#include <cstdio>
+#include <filesystem>
+
+MessageAnswer ProgramInFolder::QuietDesktop::MsgBox(std::string_view text, std::string_view, MessageButtons buttons)
+{
+    ++boxes;
+    std::fprintf(stderr, "%s\n", std::string(text).c_str());
+    return buttons == MessageButtons::YesNo ? MessageAnswer::Yes : MessageAnswer::Ok;
+}
+
+ProgramInFolder::ProgramInFolder(int port, const std::string& groupName)
+    : group(groupName)
+{
+    const std::string host = "127.0.0.1";
+    const ProgramPlaces places{folder.File("program/"), folder.File("settings.ini")};
+    std::filesystem::create_directories(destination);
+    MakeFile(ServerFiles::Selected(places.appDir, host), group + "\r\n");
+    (void)PointerFile(ServerFiles::Pointers(places.appDir, host)).Write(1, group, 1);
+    Settings settings(places.settingsFile);
+    settings.SaveSetting("Servers", host, "1");
+    settings.SaveSetting("Startup", "1", destination);
+
+    program = std::make_unique<Program>(desktop, places);
+    program->Start();
+    (void)Until([] { return IsVisible("frmTamarack"); });
+    TypeInto("txtPort", std::to_string(port));
+}
+
+bool ProgramInFolder::Search(std::size_t attachments)
+{
+    Click("cmdFindNow");
+    return desktop.boxes == 0 && PanelText("StatusBar1", 2) == "Items: " + std::to_string(attachments);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "shell/Program.h"
+#include "support/TemporaryFolder.h"
+
+#include <chrono>
+#include <string>
+
+// The real program with everything that it keeps in one new folder, before a user who presses Find Now. It knows one
+// server, on 127.0.0.1, and one group, which it has read up to article 1.
+class ProgramInFolder {
+public:
+    ProgramInFolder(int port, const std::string& group);
+
+    // Presses Find Now and comes back when the search is over. Whether it stored so many attachments, and told nothing
+    // to its user.
+    bool Search(std::size_t attachments);
+
+    // Where the attachments of the group lie, with a separator at the end.
+    std::string GroupDirectory() const { return destination + group + "/"; }
+
+private:
+    // Nobody is there to answer, and the pauses in which a user may read a text are left out.
+    class QuietDesktop : public Desktop {
+    public:
+        MessageAnswer MsgBox(std::string_view text, std::string_view title, MessageButtons buttons) override;
+        void Sleep(std::chrono::milliseconds) override { }
+        void EndProgram() override { }
+
+        int boxes = 0;
+    };
+
+    const TemporaryFolder folder;
+    const std::string destination = folder.File("pictures/");
+    const std::string group;
+    QuietDesktop desktop;
+    std::unique_ptr<Program> program;
+};

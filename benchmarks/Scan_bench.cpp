@@ -1,0 +1,145 @@
+#include "benchmarks/BareClient.h"
+#include "benchmarks/ProgramInFolder.h"
+#include "benchmarks/ServerProcess.h"
+#include "benchmarks/SideBySide.h"
+#include "real-server/InterNetNews.h"
+#include "support/Encoders.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <random>
+#include <unistd.h>
+
+// The search of a group beside a bare client that sends the same commands to the same server in the same order and
+// writes each body and each attachment to a file. It does not decode: it has the attachments already. The server runs
+// in processes of its own.
+
+namespace {
+
+const std::string group = "alt.kites";
+constexpr int articleCount = 2000; // behind the first, up to which the group has been read
+constexpr int rounds = 7;
+
+constexpr std::size_t attachmentSize = 480 * 45; // 30 KB as a body
+
+std::string_view Attachment(int number)
+{
+    static const std::string bytes = [] {
+        std::mt19937 random(7);
+        std::string text(attachmentSize + articleCount + 2, '\0');
+        for (char& byte : text)
+            byte = static_cast<char>(random());
+        return text;
+    }();
+    return std::string_view(bytes).substr(static_cast<std::size_t>(number), attachmentSize);
+}
+
+std::string AttachmentName(int number) { return "kite-" + std::to_string(number) + ".jpg"; }
+
+std::string MessageId(int number) { return "<" + std::to_string(number) + ".kite@news.test>"; }
+
+std::string Headers(int number)
+{
+    return "From: Ann <ann@news.test>\r\n"
+           "Subject: Over the harbour - "
+        + AttachmentName(number)
+        + " (1/1)\r\n"
+          "Organization: Kites and Wind\r\n"
+          "Lines: 483\r\n"
+          "MIME-Version: 1.0\r\n"
+          "Content-Type: text/plain; charset=UTF-8\r\n";
+}
+
+std::string Body(int number) { return Uuencode(Attachment(number), AttachmentName(number)); }
+
+SampleGroups Articles()
+{
+    SampleGroup kites{group, {}};
+    for (int number = 1; number <= articleCount + 1; ++number)
+        kites.articles.push_back({number,
+            "Path: news.test!not-for-mail\r\n" + Headers(number) + "Newsgroups: " + group
+                + "\r\nMessage-ID: " + MessageId(number) + "\r\n",
+            Body(number)});
+    return {kites};
+}
+
+bool WriteFile(const std::string& path, std::string_view bytes)
+{
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const ssize_t written = write(file, bytes.data(), bytes.size());
+    return close(file) == 0 && written == static_cast<ssize_t>(bytes.size());
+}
+
+bool SearchByBareClient(int port, const TemporaryFolder& folder)
+{
+    BareClient client(port);
+    if (!client.Command("group " + group).starts_with("211 ") || !client.Command("stat 1").starts_with("223 "))
+        return false;
+    int stored = 0;
+    for (;;) {
+        int number = 0;
+        if (std::sscanf(std::string(client.Command("next")).c_str(), "223 %d", &number) != 1)
+            return stored == articleCount;
+        const std::string article = std::to_string(number);
+        if (client.Text("head " + article).empty())
+            return false;
+        const std::string_view body = client.Text("body " + article);
+        if (body.empty() || !WriteFile(folder.File("article" + article + ".uue"), body)
+            || !WriteFile(folder.File(AttachmentName(number)), Attachment(number)))
+            return false;
+        ++stored;
+    }
+}
+
+std::optional<double> RunBareClient(int port)
+{
+    const TemporaryFolder folder;
+    return Timed([&] { return SearchByBareClient(port, folder); });
+}
+
+std::optional<double> RunProgram(int port)
+{
+    ProgramInFolder program(port, group);
+    const std::optional<double> time = Timed([&] { return program.Search(articleCount); });
+    for (int number = 2; number <= articleCount + 1; ++number) {
+        if (ContentOf(program.GroupDirectory() + AttachmentName(number)) != Attachment(number))
+            return std::nullopt;
+    }
+    return time;
+}
+
+void Compare(benchmark::State& state, int port)
+{
+    for (auto _ : state)
+        CompareSideBySide(state, rounds, [port] { return RunProgram(port); },
+            {"bare client", [port] { return RunBareClient(port); }, Aim::TimesItsTime, 1.5});
+    state.SetItemsProcessed(articleCount);
+}
+
+void ScanOnSampleServer(benchmark::State& state)
+{
+    const ServerProcess server(Articles);
+    Compare(state, server.Port());
+}
+
+void ScanOnInterNetNews(benchmark::State& state)
+{
+    std::string obstacle = InterNetNews::Obstacle();
+    InterNetNews server;
+    if (obstacle.empty())
+        obstacle = server.Start({group});
+    for (int number = 1; obstacle.empty() && number <= articleCount + 1; ++number) {
+        if (const std::string status = server.Post(group, MessageId(number), Headers(number), Body(number));
+            !status.starts_with("240 "))
+            obstacle = "the server does not take an article: " + status;
+    }
+    if (obstacle.empty())
+        Compare(state, server.Port());
+    else
+        state.SkipWithError(("left out: " + obstacle).c_str());
+}
+
+BENCHMARK(ScanOnSampleServer)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(ScanOnInterNetNews)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+}

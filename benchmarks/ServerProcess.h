@@ -1,0 +1,23 @@
+#pragma once
+
+#include "support/SampleGroups.h"
+
+#include <functional>
+#include <sys/types.h>
+
+// The sample server in a process of its own, so that neither its processor time nor its memory counts as the client's.
+class ServerProcess {
+public:
+    // `groups` is called in the new process.
+    explicit ServerProcess(const std::function<SampleGroups()>& groups);
+    ~ServerProcess();
+    ServerProcess(const ServerProcess&) = delete;
+    ServerProcess& operator=(const ServerProcess&) = delete;
+
+    // 0 if the server did not come up.
+    int Port() const { return port; }
+
+private:
+    pid_t process;
+    int port = 0;
+};

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "decoder/AttachmentDecoder.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A destination directory in which bodies are decoded as the scan does it.
+class DecoderTest : public testing::Test {
+protected:
+    static constexpr const char* BodyName = "article7.uue";
+
+    int Decode(std::string_view body)
+    {
+        // A new file each time: to truncate one has the disk wait for its old content.
+        std::remove(folder.File(BodyName).c_str());
+        EXPECT_TRUE(MakeFile(folder.File(BodyName), body));
+        decoder.SetDecodeFilename(folder.File(BodyName));
+        EXPECT_EQ(ContentOf(folder.File(BodyName)), body) << "the body was changed";
+        EXPECT_EQ(decoder.ImageFilename(), decoder.StoredNames().empty() ? "" : decoder.StoredNames().front());
+        EXPECT_EQ(decoder.StoredNames().size(), static_cast<std::size_t>(std::max(decoder.DecodeStatus(), 0)));
+        return decoder.DecodeStatus();
+    }
+
+    // What lies in the directory besides the body, hidden files too.
+    std::vector<std::string> Files() const
+    {
+        std::vector<std::string> files = FilesBelow(folder.Path());
+        std::erase(files, BodyName);
+        return files;
+    }
+
+    std::string Content(const std::string& name) const { return ContentOf(folder.File(name)); }
+
+    TemporaryFolder folder;
+    AttachmentDecoder decoder;
+};
+
+inline std::string RandomBytes(std::size_t size, unsigned seed = 1)
+{
+    std::mt19937 random(seed);
+    std::string bytes(size, '\0');
+    for (char& byte : bytes)
+        byte = static_cast<char>(random());
+    return bytes;
+}

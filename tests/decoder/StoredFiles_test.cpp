@@ -1,0 +1,109 @@
+#include "DecoderTest.h"
+#include "support/Encoders.h"
+
+#include <csignal>
+#include <filesystem>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class StoredFilesTest : public DecoderTest {
+protected:
+    // Decodes an attachment of that name, and gives the name that it got.
+    std::string Store(std::string_view name, std::string_view content)
+    {
+        EXPECT_EQ(Decode(Uuencode(content, name)), 1);
+        EXPECT_EQ(Content(decoder.ImageFilename()), content);
+        return decoder.ImageFilename();
+    }
+};
+
+TEST_F(StoredFilesTest, NothingExistingIsTouched)
+{
+    EXPECT_EQ(Store("red.jpg", "one"), "red.jpg");
+    EXPECT_EQ(Store("red.jpg", "one"), "red.jpg");
+    EXPECT_EQ(Store("red.jpg", "two"), "red (2).jpg");
+    EXPECT_EQ(Store("red.jpg", "three"), "red (3).jpg");
+    EXPECT_EQ(Store("red.jpg", "two"), "red (2).jpg");
+    EXPECT_EQ(Store("red (2).jpg", "two"), "red (2).jpg");
+    EXPECT_EQ(Store("red.jpg", "eno"), "red (4).jpg"); // as long as the first
+    EXPECT_EQ(Content("red.jpg"), "one");
+    EXPECT_EQ(Files().size(), 4U);
+}
+
+TEST_F(StoredFilesTest, TheBodyIsNotReplacedByItsAttachment) { EXPECT_EQ(Store(BodyName, "one"), "article7 (2).uue"); }
+
+TEST_F(StoredFilesTest, LinksDirectoriesAndPipesAreTakenNames)
+{
+    const TemporaryFolder elsewhere;
+    ASSERT_TRUE(MakeFile(elsewhere.File("target"), "one"));
+    fs::create_symlink(elsewhere.File("target"), folder.File("link.jpg"));
+    fs::create_symlink(elsewhere.File("missing"), folder.File("dangling.jpg"));
+    fs::create_directory(folder.File("folder.jpg"));
+
+    EXPECT_EQ(Store("link.jpg", "one"), "link (2).jpg"); // though the target has the same content
+    EXPECT_EQ(Store("dangling.jpg", "one"), "dangling (2).jpg");
+    EXPECT_EQ(Store("folder.jpg", "one"), "folder (2).jpg");
+    ASSERT_EQ(mkfifo(folder.File("pipe.jpg").c_str(), 0600), 0);
+    EXPECT_EQ(Store("pipe.jpg", ""), "pipe (2).jpg");
+    EXPECT_EQ(FilesBelow(elsewhere.Path()), std::vector<std::string>{"target"});
+    EXPECT_TRUE(fs::is_symlink(folder.File("link.jpg")));
+}
+
+TEST_F(StoredFilesTest, NamesStayInTheDirectory)
+{
+    const std::string inside = folder.File("destination/");
+    ASSERT_TRUE(MakeFile(inside + BodyName,
+        Uuencode("one", "../up.jpg") + Yencode("two", "/tmp/absolute.jpg") + Base64Block("three", "..")
+            + Uuencode("four", ".attachment-1-0.part")));
+    decoder.SetDecodeFilename(inside + BodyName);
+    EXPECT_EQ(decoder.StoredNames(),
+        (std::vector<std::string>{"up.jpg", "absolute.jpg", "attachment", "attachment-1-0.part"}));
+    EXPECT_EQ(FilesBelow(folder.Path()).size(), FilesBelow(inside).size());
+}
+
+TEST_F(StoredFilesTest, AttachmentThatCannotBeWrittenLeavesNothing)
+{
+    const std::string large = Uuencode(RandomBytes(200'000), "large.bin");
+    rlimit old = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    const std::string path = folder.File(BodyName);
+    ASSERT_TRUE(MakeFile(path, large + Yencode(RandomBytes(99), "wrong.bin").substr(0, 80)));
+    const rlimit small{100'000, old.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    decoder.SetDecodeFilename(path);
+    EXPECT_EQ(decoder.DecodeStatus(), -3); // worse than the part that the body holds too
+    EXPECT_TRUE(Files().empty());
+
+    EXPECT_EQ(Decode(Uuencode("small", "small.bin")), 1);
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+}
+
+TEST_F(StoredFilesTest, WhatCannotBeReadHoldsNoAttachment)
+{
+    for (const char* path : {"/nonexistent/article1.uue", "/dev/null", ""}) {
+        EXPECT_EQ(Store("red.jpg", "one"), "red.jpg");
+        decoder.SetDecodeFilename(path);
+        EXPECT_EQ(decoder.DecodeStatus(), 0);
+        EXPECT_EQ(decoder.ImageFilename(), "");
+    }
+    decoder.SetDecodeFilename(folder.Path());
+    EXPECT_EQ(decoder.DecodeStatus(), 0);
+}
+
+TEST_F(StoredFilesTest, ARelativePathMeansTheCurrentDirectory)
+{
+    const fs::path before = fs::current_path();
+    ASSERT_TRUE(MakeFile(folder.File(BodyName), Uuencode("one", "red.jpg")));
+    fs::current_path(folder.Path());
+    decoder.SetDecodeFilename(BodyName);
+    fs::current_path(before);
+    EXPECT_EQ(Content("red.jpg"), "one");
+}
+
+}

@@ -1,0 +1,281 @@
+#include "platform/Settings.h"
+#include "real-server/CommandLog.h"
+#include "real-server/RealServerTest.h"
+#include "shell/Program.h"
+#include "support/Encoders.h"
+#include "support/Screen.h"
+#include "support/TestDesktop.h"
+
+#include <QTimer>
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <random>
+#include <set>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string host = "127.0.0.1";
+
+// Article numbers, by group.
+using Articles = std::map<std::string, std::set<int>>;
+
+// One posted article. Every fifth has no attachment, and every tenth is not even wanted.
+struct Posting {
+    std::string name; // of the attachment; empty if there is none
+    std::string attachment;
+    bool wanted = false;
+    std::string subject;
+    std::string body;
+};
+
+Posting MakePosting(const std::string& group, int number)
+{
+    Posting posting;
+    const std::string label = group + "-" + std::to_string(number);
+    if (number % 5 == 0) {
+        posting.wanted = number % 10 == 0;
+        posting.subject = posting.wanted ? "Re: lost.jpg (1/1)" : "Wind, and much of it";
+        posting.body = "They say:\n\n.\n..\nbegin with a kite\nend\n.\n";
+        return posting;
+    }
+    // Sizes around the lines of uuencode: a last line of 14 bytes begins with a dot.
+    std::mt19937 random(static_cast<unsigned>(number) + (group.ends_with('s') ? 1000U : 0U));
+    const std::size_t size
+        = static_cast<std::size_t>(number) * 311 + (number % 3 == 0 ? 45 - number * 311 % 45 + 14 : 0);
+    posting.attachment.resize(size);
+    std::generate(posting.attachment.begin(), posting.attachment.end(), [&] { return static_cast<char>(random()); });
+    posting.name = label + ".jpg";
+    posting.wanted = true;
+    posting.subject = posting.name + " (1/1)";
+    posting.body = "See below.\n\n" + Uuencode(posting.attachment, posting.name) + "\n-- \n.ann\n";
+    return posting;
+}
+
+int Code(const CommandLog::Exchange& exchange) { return std::atoi(exchange.status.c_str()); }
+
+std::string PointerRecord(const std::string& group, int article)
+{
+    std::string record(4, '\0');
+    for (std::size_t index = 0; index < 4; ++index)
+        record[index] = static_cast<char>(article >> (8 * index) & 0xff);
+    record += group;
+    record.resize(84, ' ');
+    return record;
+}
+
+// The program as it is started by its user, with everything it keeps in one folder, on a server that is watched.
+class WholeProgramTest : public RealServerTest {
+protected:
+    void SetUp() override
+    {
+        RealServerTest::SetUp();
+        Settings settings(places.settingsFile);
+        settings.SaveSetting("Servers", host, "1");
+        settings.SaveSetting("Startup", "1", destination);
+        MakeFile(destination + "here before", "kept");
+    }
+
+    void Serve(const std::vector<std::string>& groups, int articles, const std::set<int>& gaps,
+        const std::optional<InterNetNews::Account>& account = {})
+    {
+        ASSERT_EQ(server.Start(groups, account), "");
+        std::string selected;
+        for (const std::string& group : groups) {
+            selected += group + "\r\n";
+            for (int number = 1; number <= articles; ++number) {
+                const Posting posting = MakePosting(group, number);
+                const std::string status
+                    = server.Post(group, "<" + std::to_string(number) + "." + group + "@news.test>",
+                        "From: Ann <ann@news.test>\nSubject: " + posting.subject, posting.body);
+                ASSERT_TRUE(status.starts_with("240")) << status;
+                // A search of a new group begins behind its first article.
+                if (number == 1)
+                    continue;
+                if (gaps.contains(number)) {
+                    EXPECT_TRUE(server.DeleteArticle(group, number));
+                    continue;
+                }
+                visited[group].insert(number);
+                if (posting.wanted)
+                    wanted[group].insert(number);
+                if (!posting.name.empty())
+                    attachments[group + "/" + posting.name] = posting.attachment;
+            }
+        }
+        MakeFile(places.appDir + "#!@!." + host, selected);
+        log.emplace(server.Port());
+        ASSERT_NE(log->Port(), 0);
+    }
+
+    std::unique_ptr<Program> StartProgram()
+    {
+        auto program = std::make_unique<Program>(desktop, places);
+        program->Start();
+        EXPECT_TRUE(Until([] { return IsVisible("frmTamarack"); }));
+        TypeInto("txtPort", std::to_string(log->Port()));
+        return program;
+    }
+
+    // Presses Find Now and comes back when the search is over. One that goes round for ever is ended, and fails.
+    static void Search()
+    {
+        QTimer patience;
+        QObject::connect(&patience, &QTimer::timeout, [&patience] {
+            if (patience.interval() > 10)
+                ADD_FAILURE() << "the search does not end";
+            patience.setInterval(10);
+            Click("cmdStop");
+        });
+        patience.start(120s);
+        Click("cmdFindNow");
+    }
+
+    std::string Pointers() const { return ContentOf(places.appDir + "@!!#." + host); }
+
+    // The articles that were asked for by "head" or "body", each once at most.
+    Articles AskedFor(std::string_view command) const
+    {
+        Articles articles;
+        std::string group;
+        for (const CommandLog::Exchange& exchange : log->Exchanges()) {
+            if (exchange.command.starts_with("group "))
+                group = exchange.command.substr(6);
+            if (exchange.command.starts_with(std::string(command) + " ")) {
+                const int number = std::stoi(exchange.command.substr(command.size() + 1));
+                EXPECT_TRUE(articles[group].insert(number).second) << group << ": twice " << exchange.command;
+            }
+        }
+        return articles;
+    }
+
+    // How many of the attachments are in the destination; that nothing else is there, and that each is what was posted.
+    std::size_t StoredWhole() const
+    {
+        std::size_t count = 0;
+        for (const std::string& file : FilesBelow(destination)) {
+            const std::string content = ContentOf(destination + file);
+            const auto posted = attachments.find(file);
+            if (posted == attachments.end())
+                EXPECT_EQ(content, "kept") << file;
+            else
+                EXPECT_TRUE(content == posted->second) << file << " is not what was posted";
+            count += posted != attachments.end();
+        }
+        return count;
+    }
+
+    const TemporaryFolder folder;
+    const std::string destination = folder.File("pictures/");
+    const ProgramPlaces places{folder.File("program/"), folder.File("settings.ini")};
+    TestDesktop desktop;
+    std::optional<CommandLog> log;
+    Articles visited; // what a search goes over,
+    Articles wanted; // fetches,
+    std::map<std::string, std::string> attachments; // and stores: path below the destination, and content
+};
+
+}
+
+TEST_F(WholeProgramTest, StopInTheMiddleAndSearchOn)
+{
+    const std::string first = "alt.kites";
+    const std::string second = "alt.harbour.lights";
+    const int articles = 110;
+    Serve({first, second}, articles, {5, 31, 32, 33, 34, 70, articles});
+    if (HasFatalFailure())
+        return;
+
+    auto program = StartProgram();
+    // A press can come at a moment at which it is lost; a user who sees the search go on presses again.
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [] {
+        if (std::stoi(PanelText("StatusBar1", 2).substr(7)) >= 30)
+            Click("cmdStop");
+    });
+    user.start(1ms);
+    Search();
+    user.stop();
+    const std::string pointers = Pointers();
+    ASSERT_EQ(pointers.size(), 84U);
+    const int stoppedAt = static_cast<unsigned char>(pointers[0]);
+    EXPECT_EQ(pointers, PointerRecord(first, stoppedAt));
+    EXPECT_LT(stoppedAt, articles - 1);
+    const std::size_t storedFirst = StoredWhole();
+    EXPECT_GE(storedFirst, 30U);
+    EXPECT_TRUE(IsEnabled("cmdFindNow"));
+
+    Search();
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: " + std::to_string(StoredWhole() - storedFirst));
+    // Both groups end with a gap.
+    EXPECT_EQ(Pointers(), PointerRecord(first, articles - 1) + PointerRecord(second, articles - 1));
+
+    // The article that the stop broke off counts as read, and may or may not have been fetched by then.
+    Articles bodies = AskedFor("body");
+    const std::string brokenOff = first + "/" + MakePosting(first, stoppedAt).name;
+    if (!bodies[first].contains(stoppedAt))
+        wanted[first].erase(stoppedAt);
+    if (!std::filesystem::exists(destination + brokenOff))
+        attachments.erase(brokenOff);
+    EXPECT_EQ(bodies, wanted);
+    EXPECT_EQ(AskedFor("head"), visited);
+    EXPECT_EQ(StoredWhole(), attachments.size());
+    EXPECT_EQ(ContentOf(destination + "here before"), "kept");
+
+    Click("Command1");
+    EXPECT_EQ(desktop.programEnds, 1);
+    program.reset();
+
+    // The next start knows how far the search came.
+    const std::size_t before = log->Exchanges().size();
+    program = StartProgram();
+    Search();
+    std::vector<std::string> commands;
+    for (const CommandLog::Exchange& exchange : log->Exchanges())
+        commands.push_back(exchange.command);
+    commands.erase(commands.begin(), commands.begin() + static_cast<std::ptrdiff_t>(before));
+    const std::string last = "stat " + std::to_string(articles - 1);
+    EXPECT_EQ(
+        commands, (std::vector<std::string>{"", "group " + first, last, "next", "group " + second, last, "next"}));
+    EXPECT_TRUE(desktop.boxes.empty());
+}
+
+TEST_F(WholeProgramTest, PasswordDemanded)
+{
+    Serve({"alt.kites"}, 12, {3}, InterNetNews::Account{"ann", "upwind"});
+    if (HasFatalFailure())
+        return;
+
+    auto program = StartProgram();
+    Search();
+    EXPECT_EQ(PanelText("StatusBar1", 1), "Status: Username Required");
+    EXPECT_EQ(Code(log->Exchanges().back()), 480);
+    EXPECT_EQ(StoredWhole(), 0U);
+    program.reset();
+
+    Settings settings(places.settingsFile);
+    settings.SaveSetting("Servers2", host, "Authenticate");
+    settings.SaveSetting("Servers2", host + ".user", "ann");
+    settings.SaveSetting("Servers2", host + ".pass", "upwind");
+    const std::size_t before = log->Exchanges().size();
+    program = StartProgram();
+    EXPECT_TRUE(IsChecked("chkUserName"));
+    EXPECT_EQ(TextOf("txtUserName"), "ann");
+    Search();
+    EXPECT_EQ(PanelText("StatusBar1", 1), "Status: Connected");
+    const std::vector<CommandLog::Exchange> exchanges = log->Exchanges();
+    ASSERT_GT(exchanges.size(), before + 3);
+    EXPECT_EQ(exchanges[before + 1].command, "authinfo user ann");
+    EXPECT_EQ(Code(exchanges[before + 1]), 381);
+    EXPECT_EQ(exchanges[before + 2].command, "authinfo pass upwind");
+    EXPECT_EQ(Code(exchanges[before + 2]), 281);
+    EXPECT_EQ(AskedFor("head"), visited);
+    EXPECT_EQ(AskedFor("body"), wanted);
+    EXPECT_EQ(StoredWhole(), attachments.size());
+    EXPECT_TRUE(desktop.boxes.empty());
+}
