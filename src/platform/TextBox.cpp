@@ -34,6 +34,7 @@ QWidget* MakeWidget(TextBox& box, const TextBoxStyle& style)
         edit->setTabChangesFocus(true);
         edit->document()->setDocumentMargin(1);
         edit->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+        edit->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         return edit;
     }
     auto* edit = new LineEdit(box);
