@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-// Received text that no terminator has ended yet. It keeps one allocation for a connection; cutting a finished text out
-// of it costs no more than the shorter of the text and what stays behind, so that a packet full of terminators is as
-// cheap as one without. Positions are 1-based.
+// Received text that no terminator has ended yet. Cutting a finished text out of it costs no more than the shorter of
+// the text and what stays behind, so that a packet full of terminators is as cheap as one without. Positions are
+// 1-based.
 class ReceiveBuffer {
 public:
     void Append(std::string_view bytes);

@@ -58,6 +58,7 @@ TEST(ReplyReceiverTest, StatusRowsAndNumbers)
              Row{.packets = "211 3  7 9 x", .kinds = {Group}, .first = 0, .last = 7},
              Row{.packets = "211", .kinds = {Group}, .first = 0, .last = 0},
              Row{.packets = "223 2147483648 <a@b>", .kinds = {Next}},
+             Row{.packets = "223 x8 <a@b>", .kinds = {Next}, .current = 0},
              Row{.packets = "223 8", .kinds = {Next}, .current = 0},
              // Of a status line in pieces the first alone is judged, and all of them pass for text.
              Row{.packets = "S~ 211 3 7 9\nS: 1 x",
@@ -103,18 +104,21 @@ TEST(ReplyReceiverTest, TerminatorsWhereverTheyLie)
         std::string buffer;
         std::size_t searchPos = 1;
     };
-    std::vector<Row> rows = {{Body, ".\r\n", ReplyState::Taken, "", ".\r\n"},
-        {Body, "\r\n.\r\n", ReplyState::Taken, "", "\r\n"},
-        {Body, "\r\n.\r\n.\r\na\r\n.\r\n", ReplyState::Finished, "\r\na", "\r\n"},
-        {Head, "a\r\n.\r\nb\r\n.\r\nc", ReplyState::Finished, "\r\nb", "\r\nc"},
-        {Head, "a\r\n..\r\n.b\n.\n", ReplyState::Taken, "", "a\r\n..\r\n.b\n.\n", 2},
-        {Manual, "a\r\n.\r\n", ReplyState::Finished, "", "\r\n"}, {Body, longLine, ReplyState::Taken, "", longLine, 40},
-        {Body, longLine + "|" + longLine, ReplyState::Taken, "", longLine + longLine, 90}};
+    std::vector<Row> rows
+        = {{Body, ".\r\n", ReplyState::Taken, "", ".\r\n"}, {Body, "\r\n.\r\n", ReplyState::Taken, "", "\r\n"},
+            {Body, "\r\n.\r\n.\r\na\r\n.\r\n", ReplyState::Finished, "\r\na", "\r\n"},
+            {Head, "a\r\n.\r\nb\r\n.\r\nc", ReplyState::Finished, "\r\nb", "\r\nc"},
+            {Head, "a\r\n..\r\n.b\n.\n", ReplyState::Taken, "", "a\r\n..\r\n.b\n.\n", 2},
+            {Manual, "a\r\n.\r\n", ReplyState::Finished, "", "\r\n"},
+            {Group, "a\r\n.\r\n", ReplyState::Finished, "a", "\r\n"},
+            {Body, longLine + "|\r\n.\r\nb\r\n.\r\n", ReplyState::Finished, "\r\nb", "\r\n"},
+            {Body, longLine, ReplyState::Taken, "", longLine, 40},
+            {Body, longLine + "|" + longLine, ReplyState::Taken, "", longLine + longLine, 90}};
     const std::string end = "\r\n.\r\n";
     for (std::size_t at = 1; at < end.size(); ++at)
         rows.push_back(
             {Body, longLine + end.substr(0, at) + "|" + end.substr(at), ReplyState::Finished, longLine, "\r\n"});
-    for (Row& row : rows) {
+    for (const Row& row : rows) {
         std::string script = "C: command\nS~ 222\\r\\n" + Printable(row.packets) + "\nX: pause in";
         if (const std::size_t border = script.find('|'); border != script.npos)
             script.replace(border, 1, "\nS~ ");
