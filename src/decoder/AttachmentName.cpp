@@ -7,13 +7,13 @@
 
 namespace {
 
-constexpr std::string_view NameForNothing = "attachment";
+constexpr std::string_view nameForNothing = "attachment";
 
 // An extension of more bytes than this is taken for a part of the name that happens to follow a dot.
-constexpr std::size_t LongestExtension = 32;
+constexpr std::size_t longestExtension = 32;
 
 // What the bytes 0x80 to 0x9f stand for in Windows-1252; five of them for nothing.
-constexpr std::array<char32_t, 32> Windows1252{0x20ac, 0, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021, 0x02c6,
+constexpr std::array<char32_t, 32> windows1252{0x20ac, 0, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021, 0x02c6,
     0x2030, 0x0160, 0x2039, 0x0152, 0, 0x017d, 0, 0, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014, 0x02dc,
     0x2122, 0x0161, 0x203a, 0x0153, 0, 0x017e, 0x0178};
 
@@ -37,8 +37,8 @@ std::optional<char32_t> TakeUtf8(std::string_view& text)
             return std::nullopt;
         character = character << 6 | (byteAt(i) & 0x3fU);
     }
-    constexpr std::array<char32_t, 5> Smallest{0, 0, 0x80, 0x800, 0x10000};
-    if (character < Smallest[size] || character > 0x10ffff || (character >= 0xd800 && character <= 0xdfff))
+    constexpr std::array<char32_t, 5> smallest{0, 0, 0x80, 0x800, 0x10000};
+    if (character < smallest[size] || character > 0x10ffff || (character >= 0xd800 && character <= 0xdfff))
         return std::nullopt;
     text.remove_prefix(size);
     return character;
@@ -76,7 +76,7 @@ std::u32string Characters(std::string_view name)
         characters.clear();
         for (const char byte : name) {
             const auto code = static_cast<unsigned char>(byte);
-            characters += code >= 0x80 && code < 0xa0 ? Windows1252[code - 0x80U] : char32_t{code};
+            characters += code >= 0x80 && code < 0xa0 ? windows1252[code - 0x80U] : char32_t{code};
         }
         break;
     }
@@ -109,7 +109,7 @@ std::string_view LastComponent(std::string_view name)
 std::size_t ExtensionSize(std::string_view name)
 {
     const std::size_t dot = name.rfind('.');
-    const bool hasOne = dot != std::string_view::npos && dot != 0 && name.size() - dot <= LongestExtension;
+    const bool hasOne = dot != std::string_view::npos && dot != 0 && name.size() - dot <= longestExtension;
     return hasOne ? name.size() - dot : 0;
 }
 
@@ -134,7 +134,7 @@ std::string SafeFileName(std::string_view name)
     }
     // A dot in front would hide the file; blanks and dots at the end get lost on some file systems.
     const std::string_view trimmed = Trimmed(kept, " .", " .");
-    return NumberedFileName(trimmed.empty() ? NameForNothing : trimmed, 1);
+    return NumberedFileName(trimmed.empty() ? nameForNothing : trimmed, 1);
 }
 
 std::string NumberedFileName(std::string_view safeName, std::size_t number)
@@ -142,7 +142,7 @@ std::string NumberedFileName(std::string_view safeName, std::size_t number)
     const std::string_view extension = safeName.substr(safeName.size() - ExtensionSize(safeName));
     const std::string_view stem = safeName.substr(0, safeName.size() - extension.size());
     const std::string mark = number > 1 ? " (" + std::to_string(number) + ")" : std::string();
-    std::string numbered(Front(stem, LongestFileName - extension.size() - mark.size()));
+    std::string numbered(Front(stem, longestFileName - extension.size() - mark.size()));
     numbered += mark;
     numbered += extension;
     return numbered;

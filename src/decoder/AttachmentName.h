@@ -5,13 +5,13 @@
 #include <string_view>
 
 // The longest file name, in bytes, that is made here. The usual file systems take no longer one.
-constexpr std::size_t LongestFileName = 255;
+constexpr std::size_t longestFileName = 255;
 
 // A bare file name, in UTF-8, made from a name that a stranger chose. It has no directory part, is not hidden, is no
-// longer than LongestFileName and never empty, and shows what it is: control characters and those that turn the
+// longer than longestFileName and never empty, and shows what it is: control characters and those that turn the
 // direction of writing are dropped. Bytes that are no valid UTF-8 are read as Windows-1252.
 std::string SafeFileName(std::string_view name);
 
 // The name that a file gets where others of its name exist: "red.jpg" for number 1, then "red (2).jpg" and so on. Not
-// longer than LongestFileName either.
+// longer than longestFileName either.
 std::string NumberedFileName(std::string_view safeName, std::size_t number);

@@ -34,20 +34,20 @@ public:
 // One attachment on its way to the sink, gathered into large writes. Whatever is not kept is dropped.
 class AttachmentWriter {
 public:
-    static constexpr std::size_t LargestReserve = 32 * 1024;
+    static constexpr std::size_t largestReserve = 32 * 1024;
 
     // Bytes behind a reserved room that may be scribbled on, so that the decoders can store whole words.
-    static constexpr std::size_t Slack = 64;
+    static constexpr std::size_t slack = 64;
 
     AttachmentWriter(AttachmentSink& attachmentSink, std::string_view name);
     ~AttachmentWriter();
     AttachmentWriter(const AttachmentWriter&) = delete;
     AttachmentWriter& operator=(const AttachmentWriter&) = delete;
 
-    // Room for `size` bytes, at most LargestReserve. Valid until the next call.
+    // Room for `size` bytes, at most largestReserve. Valid until the next call.
     char* Reserve(std::size_t size)
     {
-        if (Capacity - used < size)
+        if (capacity - used < size)
             Flush();
         return buffer.get() + used;
     }
@@ -65,12 +65,12 @@ public:
     [[nodiscard]] Outcome Keep();
 
 private:
-    static constexpr std::size_t Capacity = 2 * LargestReserve;
+    static constexpr std::size_t capacity = 256 * 1024; // the larger the writes, the less a file costs its system
 
     void Flush();
 
     AttachmentSink& sink;
-    std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(Capacity + Slack);
+    std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(capacity + slack);
     std::size_t used = 0;
     std::uint64_t flushed = 0;
     bool isOpen = true; // in the sink

@@ -14,10 +14,10 @@
 namespace {
 
 // So many files of one name in a directory are looked at before the attachment counts as one that cannot be written.
-constexpr std::size_t MostFilesOfOneName = 100'000;
+constexpr std::size_t mostFilesOfOneName = 100'000;
 
 // How many hidden names may be taken by the remains of programs that were killed.
-constexpr int MostHiddenNames = 1000;
+constexpr int mostHiddenNames = 1000;
 
 bool WriteAll(int file, std::string_view bytes)
 {
@@ -70,19 +70,19 @@ private:
 
 bool SameBytes(const OpenFile& one, const OpenFile& other)
 {
-    constexpr std::size_t BlockSize = 64 * 1024;
-    const auto blocks = std::make_unique_for_overwrite<char[]>(2 * BlockSize);
+    constexpr std::size_t blockSize = 64 * 1024;
+    const auto blocks = std::make_unique_for_overwrite<char[]>(2 * blockSize);
     char* const left = blocks.get();
-    char* const right = left + BlockSize;
+    char* const right = left + blockSize;
     for (;;) {
-        const ssize_t leftCount = one.Read(left, BlockSize);
-        const ssize_t rightCount = other.Read(right, BlockSize);
+        const ssize_t leftCount = one.Read(left, blockSize);
+        const ssize_t rightCount = other.Read(right, blockSize);
         if (leftCount < 0 || leftCount != rightCount)
             return false;
         const auto count = static_cast<std::size_t>(leftCount);
         if (std::string_view(left, count) != std::string_view(right, count))
             return false;
-        if (count < BlockSize)
+        if (count < blockSize)
             return true;
     }
 }
@@ -130,7 +130,7 @@ void AttachmentStore::Write(std::string_view bytes)
 
 bool AttachmentStore::OpenHiddenFile()
 {
-    for (int number = 0; number < MostHiddenNames; ++number) {
+    for (int number = 0; number < mostHiddenNames; ++number) {
         hiddenPath = directory + ".attachment-" + std::to_string(getpid()) + "-" + std::to_string(number) + ".part";
         hidden = open(hiddenPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (hidden >= 0)
@@ -149,7 +149,7 @@ bool AttachmentStore::Keep()
     if (!failed)
         failed = close(std::exchange(hidden, -1)) != 0;
     bool kept = false;
-    for (std::size_t number = 1; !failed && !kept && number <= MostFilesOfOneName; ++number) {
+    for (std::size_t number = 1; !failed && !kept && number <= mostFilesOfOneName; ++number) {
         const std::string name = NumberedFileName(wantedName, number);
         const int error = RenameUnlessTaken(hiddenPath, directory + name);
         if (error == 0)

@@ -23,7 +23,7 @@
 
 namespace {
 
-constexpr auto Alphabet = SixBitAlphabet::Base64;
+constexpr auto alphabet = SixBitAlphabet::Base64;
 
 bool IsLineSpace(char character) { return character == ' ' || character == '\t' || character == '\r'; }
 
@@ -52,8 +52,8 @@ private:
     void TakeGroups(std::string_view& text)
     {
         while (text.size() >= 4) {
-            const std::size_t groups = std::min(text.size() / 4, AttachmentWriter::LargestReserve / 3);
-            if (DecodeGroups(Alphabet, text.data(), groups, writer.Reserve(3 * groups)).foreign)
+            const std::size_t groups = std::min(text.size() / 4, AttachmentWriter::largestReserve / 3);
+            if (DecodeGroups(alphabet, text.data(), groups, writer.Reserve(3 * groups)).foreign)
                 return;
             writer.Add(3 * groups);
             text.remove_prefix(4 * groups);
@@ -71,7 +71,7 @@ private:
                 Finish();
             return true;
         }
-        if (padding != 0 || SixBitValue(Alphabet, character) < 0)
+        if (padding != 0 || SixBitValue(alphabet, character) < 0)
             return false;
         group[held++] = character;
         if (held == 4)
@@ -82,7 +82,7 @@ private:
     void Finish()
     {
         std::fill(group + held, group + 4, 'A');
-        (void)DecodeGroups(Alphabet, group, 1, writer.Reserve(3)); // known to be in the alphabet
+        (void)DecodeGroups(alphabet, group, 1, writer.Reserve(3)); // known to be in the alphabet
         writer.Add(held - 1);
         held = 0;
     }
@@ -118,7 +118,7 @@ Outcome DecodeUntil(const std::function<End(std::string_view line)>& endOf, Line
         lines.Advance();
         if (isFull) { // the lines after it most likely look the same
             bool backtickSeen = false;
-            lines.Skip(DecodeLines(Alphabet, shape, lines.Ahead(), writer, backtickSeen));
+            lines.Skip(DecodeLines(alphabet, shape, lines.Ahead(), writer, backtickSeen));
         }
     }
     return Outcome::Part;
@@ -134,7 +134,7 @@ bool IsClosingLine(std::string_view line)
 bool LooksLikeBase64(std::string_view line)
 {
     return std::all_of(line.begin(), line.end(), [](char character) {
-        return SixBitValue(Alphabet, character) >= 0 || character == '=' || IsLineSpace(character);
+        return SixBitValue(alphabet, character) >= 0 || character == '=' || IsLineSpace(character);
     });
 }
 
@@ -168,7 +168,7 @@ std::string DecodeBase64Text(std::string_view text)
     std::uint32_t bits = 0;
     int count = 0;
     for (const char character : text) {
-        const int value = SixBitValue(Alphabet, character);
+        const int value = SixBitValue(alphabet, character);
         if (value < 0)
             continue;
         bits = bits << 6 | static_cast<std::uint32_t>(value);

@@ -27,7 +27,7 @@ public:
         std::size_t attachments = 0;
         Outcome worst = Outcome::Stored;
         bool found = false;
-        while (lines.HasLine() && attachments < MostAttachments) {
+        while (lines.HasLine() && attachments < mostAttachments) {
             const Outcome outcome = TakeLine();
             if (outcome == Outcome::None)
                 continue;
@@ -59,7 +59,7 @@ private:
         }
         lines.Advance();
         // Lines of uuencode outside an attachment are the middle of one whose begin is in another article.
-        return fullLines == FewestFullLines ? Outcome::Part : Outcome::None;
+        return fullLines == fewestFullLines ? Outcome::Part : Outcome::None;
     }
 
     Outcome TakeBeginLine(std::string_view line)
@@ -102,7 +102,7 @@ private:
     }
 
     // In a row, so many are no prose.
-    static constexpr int FewestFullLines = 3;
+    static constexpr int fewestFullLines = 3;
 
     LineReader& lines;
     AttachmentSink& sink;

@@ -5,7 +5,7 @@
 
 LineReader::LineReader(Source bodySource)
     : source(std::move(bodySource))
-    , block(std::make_unique_for_overwrite<char[]>(BlockSize))
+    , block(std::make_unique_for_overwrite<char[]>(blockSize))
     , at(block.get())
     , end(block.get())
 {
@@ -24,7 +24,7 @@ bool LineReader::ReadMore()
     if (sourceEnded)
         return false;
     const std::size_t held = Ahead().size();
-    if (held == BlockSize)
+    if (held == blockSize)
         return false;
     if (at != block.get()) {
         if (held != 0)
@@ -32,7 +32,7 @@ bool LineReader::ReadMore()
         at = block.get();
         end = at + held;
     }
-    const std::size_t count = source(block.get() + held, BlockSize - held);
+    const std::size_t count = source(block.get() + held, blockSize - held);
     sourceEnded = count == 0;
     end += count;
     return count != 0;

@@ -15,7 +15,7 @@ public:
     // Puts at most `size` bytes at `to` and returns their number, 0 at the end.
     using Source = std::function<std::size_t(char* to, std::size_t size)>;
 
-    static constexpr std::size_t BlockSize = 256 * 1024;
+    static constexpr std::size_t blockSize = 256 * 1024;
 
     explicit LineReader(Source bodySource);
 

@@ -15,7 +15,7 @@ std::string_view WithoutPadding(std::string_view line)
 bool MimeBoundaries::LooksLikeBoundary(std::string_view line)
 {
     line = WithoutPadding(line);
-    return line.starts_with("--") && line.size() > 2 && line.size() <= 2 + LongestBoundary;
+    return line.starts_with("--") && line.size() > 2 && line.size() <= 2 + longestBoundary;
 }
 
 MimeBoundaries::Found MimeBoundaries::Find(std::string_view line) const
@@ -44,6 +44,6 @@ bool MimeBoundaries::Pass(std::string_view line)
 
 void MimeBoundaries::Enter(std::string_view line)
 {
-    if (open.size() < DeepestNesting)
+    if (open.size() < deepestNesting)
         open.emplace_back(WithoutPadding(line).substr(2));
 }

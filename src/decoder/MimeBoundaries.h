@@ -8,10 +8,10 @@
 class MimeBoundaries {
 public:
     // RFC 2046, 5.1.1: one to seventy characters.
-    static constexpr std::size_t LongestBoundary = 70;
+    static constexpr std::size_t longestBoundary = 70;
 
     // A multipart in a multipart in a multipart ... further ones are not entered.
-    static constexpr std::size_t DeepestNesting = 16;
+    static constexpr std::size_t deepestNesting = 16;
 
     // Could this be a boundary line, "--" and a boundary, of a multipart that is not yet known?
     static bool LooksLikeBoundary(std::string_view line);

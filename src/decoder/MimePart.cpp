@@ -30,8 +30,8 @@
 
 namespace {
 
-constexpr std::size_t LongestHeader = 16 * 1024; // of one field; what goes beyond is passed over
-constexpr std::size_t MostPieces = 64; // of a name that is cut into pieces
+constexpr std::size_t longestHeader = 16 * 1024; // of one field; what goes beyond is passed over
+constexpr std::size_t mostPieces = 64; // of a name that is cut into pieces
 
 char LowerCase(char character)
 {
@@ -168,7 +168,7 @@ std::string FileNameIn(std::string_view field, std::string_view parameterName)
     };
     std::string simple;
     std::string extended;
-    std::array<std::string, MostPieces> pieces;
+    std::array<std::string, mostPieces> pieces;
     while (const auto parameter = TakeParameter(field)) {
         if (!SameText(parameter->name.substr(0, parameterName.size()), parameterName))
             continue;
@@ -182,7 +182,7 @@ std::string FileNameIn(std::string_view field, std::string_view parameterName)
             section = section.substr(1, section.size() - (isEncoded ? 2 : 1));
             std::size_t number = 0;
             const auto [end, error] = std::from_chars(section.data(), section.data() + section.size(), number);
-            if (error != std::errc() || end != section.data() + section.size() || number >= MostPieces)
+            if (error != std::errc() || end != section.data() + section.size() || number >= mostPieces)
                 continue;
             const std::string_view value = parameter->value;
             pieces[number]
@@ -198,8 +198,8 @@ std::string FileNameIn(std::string_view field, std::string_view parameterName)
 // One field of a header, its continued lines joined.
 class HeaderField {
 public:
-    void Start(std::string_view line) { text = line.substr(0, LongestHeader); }
-    void Continue(std::string_view line) { text += line.substr(0, LongestHeader - text.size()); }
+    void Start(std::string_view line) { text = line.substr(0, longestHeader); }
+    void Continue(std::string_view line) { text += line.substr(0, longestHeader - text.size()); }
 
     // The part behind the colon if this is the field of that name.
     std::optional<std::string_view> ValueOf(std::string_view name) const
@@ -218,8 +218,8 @@ private:
 
 bool IsContentHeader(std::string_view line)
 {
-    constexpr std::string_view Prefix = "Content-";
-    return SameText(line.substr(0, Prefix.size()), Prefix) && FieldNameLength(line) > Prefix.size();
+    constexpr std::string_view prefix = "Content-";
+    return SameText(line.substr(0, prefix.size()), prefix) && FieldNameLength(line) > prefix.size();
 }
 
 MimePart ReadMimePart(LineReader& lines, const MimeBoundaries& boundaries)

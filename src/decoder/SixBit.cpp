@@ -16,8 +16,8 @@
 
 namespace {
 
-constexpr std::uint32_t Foreign = 1U << 31;
-constexpr std::uint32_t Backtick = 1U << 30;
+constexpr std::uint32_t foreignFlag = 1U << 31;
+constexpr std::uint32_t backtickFlag = 1U << 30;
 
 constexpr int ValueOf(SixBitAlphabet alphabet, int character)
 {
@@ -46,7 +46,7 @@ struct Tables {
             const auto value = static_cast<std::uint32_t>(found);
             if (found < 0) {
                 for (auto& place : places)
-                    place[index] = Foreign;
+                    place[index] = foreignFlag;
                 continue;
             }
             places[0][index] = value << 2;
@@ -55,14 +55,14 @@ struct Tables {
             places[3][index] = value << 16;
             if (alphabet == SixBitAlphabet::Uuencode && character == '`') {
                 for (auto& place : places)
-                    place[index] |= Backtick;
+                    place[index] |= backtickFlag;
             }
         }
     }
 };
 
-constexpr Tables UuencodeTables{SixBitAlphabet::Uuencode};
-constexpr Tables Base64Tables{SixBitAlphabet::Base64};
+constexpr Tables uuencodeTables{SixBitAlphabet::Uuencode};
+constexpr Tables base64Tables{SixBitAlphabet::Base64};
 
 void StoreThree(char* out, std::uint32_t bytes)
 {
@@ -84,7 +84,7 @@ template <const Tables& Table> SixBitSeen DecodeByTable(const char* in, std::siz
         seen |= bytes;
         StoreThree(out, bytes);
     }
-    return {(seen & Foreign) != 0, (seen & Backtick) != 0};
+    return {(seen & foreignFlag) != 0, (seen & backtickFlag) != 0};
 }
 
 using GroupDecoder = SixBitSeen (*)(const char* in, std::size_t groups, char* out);
@@ -132,7 +132,7 @@ std::size_t DecodeLinesByTable(
 // groups from eight on is done without touching what lies behind the characters.
 #define AVX2 __attribute__((target("avx2")))
 
-constexpr std::size_t GroupsAtATime = 8;
+constexpr std::size_t groupsAtATime = 8;
 
 bool HasAvx2() { return Processor::Usable() >= Processor::Vectors::Avx2; }
 
@@ -158,9 +158,9 @@ AVX2 inline SixBitSeen DecodeUuencodeByAvx2(const char* in, std::size_t groups, 
         const __m256i distances = _mm256_sub_epi8(Load(in + 4 * group), _mm256_set1_epi8(' '));
         highest = _mm256_max_epu8(highest, distances);
         StorePacked(out + 3 * group, _mm256_and_si256(distances, _mm256_set1_epi8(63)));
-        if (group + GroupsAtATime == groups)
+        if (group + groupsAtATime == groups)
             break;
-        group = std::min(group + GroupsAtATime, groups - GroupsAtATime);
+        group = std::min(group + groupsAtATime, groups - groupsAtATime);
     }
     // The distance of the backtick is 64, and that of everything outside the alphabet more.
     const __m256i above = _mm256_subs_epu8(highest, _mm256_set1_epi8(64));
@@ -191,9 +191,9 @@ AVX2 inline SixBitSeen DecodeBase64ByAvx2(const char* in, std::size_t groups, ch
             _mm256_max_epu8(characters, _mm256_shuffle_epi8(lowest, rows)), _mm256_shuffle_epi8(highest, rows));
         allValid = _mm256_and_si256(allValid, _mm256_cmpeq_epi8(clamped, characters));
         StorePacked(out + 3 * group, _mm256_add_epi8(characters, _mm256_shuffle_epi8(distance, rows)));
-        if (group + GroupsAtATime == groups)
+        if (group + groupsAtATime == groups)
             break;
-        group = std::min(group + GroupsAtATime, groups - GroupsAtATime);
+        group = std::min(group + groupsAtATime, groups - groupsAtATime);
     }
     return {_mm256_movemask_epi8(allValid) != -1, false};
 }
@@ -211,10 +211,10 @@ LineDecoder LineLoopFor(SixBitAlphabet alphabet, [[maybe_unused]] std::size_t gr
 {
     const bool uuencode = alphabet == SixBitAlphabet::Uuencode;
 #if HAS_AVX2_PATH
-    if (HasAvx2() && groups >= GroupsAtATime)
+    if (HasAvx2() && groups >= groupsAtATime)
         return uuencode ? DecodeLinesByAvx2<DecodeUuencodeByAvx2> : DecodeLinesByAvx2<DecodeBase64ByAvx2>;
 #endif
-    return uuencode ? DecodeLinesByTable<UuencodeTables> : DecodeLinesByTable<Base64Tables>;
+    return uuencode ? DecodeLinesByTable<uuencodeTables> : DecodeLinesByTable<base64Tables>;
 }
 
 }
@@ -228,21 +228,21 @@ SixBitSeen DecodeGroups(SixBitAlphabet alphabet, const char* in, std::size_t gro
 {
     const bool uuencode = alphabet == SixBitAlphabet::Uuencode;
 #if HAS_AVX2_PATH
-    if (HasAvx2() && groups >= GroupsAtATime)
+    if (HasAvx2() && groups >= groupsAtATime)
         return uuencode ? DecodeUuencodeByAvx2(in, groups, out) : DecodeBase64ByAvx2(in, groups, out);
 #endif
-    return (uuencode ? DecodeByTable<UuencodeTables> : DecodeByTable<Base64Tables>)(in, groups, out);
+    return (uuencode ? DecodeByTable<uuencodeTables> : DecodeByTable<base64Tables>)(in, groups, out);
 }
 
 std::size_t DecodeLines(SixBitAlphabet alphabet, const LineShape& shape, std::string_view ahead,
     AttachmentWriter& writer, bool& backtickSeen)
 {
     const std::size_t bytes = 3 * shape.groups;
-    if (bytes == 0 || bytes > AttachmentWriter::LargestReserve || shape.lineEndSize < 1 || shape.lineEndSize > 2)
+    if (bytes == 0 || bytes > AttachmentWriter::largestReserve || shape.lineEndSize < 1 || shape.lineEndSize > 2)
         return 0;
 
     const auto decode = LineLoopFor(alphabet, shape.groups);
-    const std::size_t linesAtATime = AttachmentWriter::LargestReserve / bytes;
+    const std::size_t linesAtATime = AttachmentWriter::largestReserve / bytes;
     std::string_view rest = ahead;
     for (;;) {
         char* const room = writer.Reserve(linesAtATime * bytes);

@@ -19,7 +19,7 @@ struct SixBitSeen {
 // -1 for a character outside the alphabet.
 int SixBitValue(SixBitAlphabet alphabet, char character);
 
-// Decodes `groups` times four characters into three bytes each, and may scribble on the Slack behind them.
+// Decodes `groups` times four characters into three bytes each, and may scribble on the slack behind them.
 SixBitSeen DecodeGroups(SixBitAlphabet alphabet, const char* in, std::size_t groups, char* out);
 
 // A line as most lines of an attachment look: an optional fixed first character, groups that are full, perhaps one

@@ -28,8 +28,8 @@
 
 namespace {
 
-constexpr auto Alphabet = SixBitAlphabet::Uuencode;
-constexpr char FullLine = 'M';
+constexpr auto alphabet = SixBitAlphabet::Uuencode;
+constexpr char fullLine = 'M';
 
 std::string_view WithoutTrailingBlanks(std::string_view text)
 {
@@ -50,10 +50,10 @@ struct UuencodeLine {
 // Nothing if the line is none of uuencode.
 std::optional<UuencodeLine> ReadUuencodeLine(std::string_view text)
 {
-    if (text.empty() || SixBitValue(Alphabet, text.front()) < 0)
+    if (text.empty() || SixBitValue(alphabet, text.front()) < 0)
         return std::nullopt;
     UuencodeLine line;
-    line.bytes = static_cast<std::size_t>(SixBitValue(Alphabet, text.front()));
+    line.bytes = static_cast<std::size_t>(SixBitValue(alphabet, text.front()));
     text.remove_prefix(1);
     const std::size_t needed = (line.bytes + 2) / 3 * 4;
     line.characters = text.substr(0, needed);
@@ -64,7 +64,7 @@ std::optional<UuencodeLine> ReadUuencodeLine(std::string_view text)
             return std::nullopt;
         line.oneMore = text.size() == needed + 1;
     }
-    const auto foreign = [](char character) { return SixBitValue(Alphabet, character) < 0; };
+    const auto foreign = [](char character) { return SixBitValue(alphabet, character) < 0; };
     if (std::any_of(line.characters.begin(), line.characters.end(), foreign))
         return std::nullopt;
     return line;
@@ -75,7 +75,7 @@ void WriteBytes(const UuencodeLine& line, AttachmentWriter& writer)
     char characters[64 / 3 * 4 + 4];
     char* const restored = std::copy(line.characters.begin(), line.characters.end(), std::begin(characters));
     std::fill(restored, std::end(characters), ' ');
-    (void)DecodeGroups(Alphabet, characters, (line.bytes + 2) / 3, writer.Reserve(66)); // known to be in the alphabet
+    (void)DecodeGroups(alphabet, characters, (line.bytes + 2) / 3, writer.Reserve(66)); // known to be in the alphabet
     writer.Add(line.bytes);
 }
 
@@ -103,7 +103,7 @@ std::optional<std::string> NameInBeginLine(std::string_view line, std::string_vi
 
 bool IsFullUuencodeLine(std::string_view line)
 {
-    if (!line.starts_with(FullLine))
+    if (!line.starts_with(fullLine))
         return false;
     const auto read = ReadUuencodeLine(line);
     return read && !read->blanksLost;
@@ -147,7 +147,7 @@ Outcome DecodeUuencode(LineReader& lines, std::string_view name, const MimeBound
         const bool isFull = line->bytes % 3 == 0 && line->characters.size() == 4 * shape.groups;
         lines.Advance();
         if (isFull) { // the lines after it most likely look the same
-            lines.Skip(DecodeLines(Alphabet, shape, lines.Ahead(), writer, backtickSeen));
+            lines.Skip(DecodeLines(alphabet, shape, lines.Ahead(), writer, backtickSeen));
             if (blanksLost && backtickSeen)
                 return Outcome::Damaged;
         }

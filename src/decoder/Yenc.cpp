@@ -78,8 +78,8 @@ bool IsConfirmed(std::string_view line, const YencBegin& begin, std::uint64_t si
 std::optional<YencBegin> ReadYencBegin(std::string_view line)
 {
     // =ybegin line=128 size=123456 name=picture.jpg   (the name goes on to the end of the line, blanks and all)
-    constexpr std::string_view NameField = " name=";
-    const std::size_t nameAt = line.find(NameField);
+    constexpr std::string_view nameField = " name=";
+    const std::size_t nameAt = line.find(nameField);
     if (!line.starts_with("=ybegin ") || nameAt == std::string_view::npos)
         return std::nullopt;
     const std::string_view fields = line.substr(0, nameAt);
@@ -89,7 +89,7 @@ std::optional<YencBegin> ReadYencBegin(std::string_view line)
     const auto isMoreThanOne
         = [fields](std::string_view field) { return Field(fields, field).has_value() && Count(fields, field) != 1U; };
     return YencBegin{
-        *size, isMoreThanOne("part") || isMoreThanOne("total"), std::string(line.substr(nameAt + NameField.size()))};
+        *size, isMoreThanOne("part") || isMoreThanOne("total"), std::string(line.substr(nameAt + nameField.size()))};
 }
 
 Outcome DecodeYenc(LineReader& lines, const YencBegin& begin, AttachmentSink& sink)

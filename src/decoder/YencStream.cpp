@@ -23,19 +23,19 @@
 namespace {
 
 // Small enough for its bytes to be still at hand when the check sum is taken.
-constexpr std::size_t Chunk = 16 * 1024;
+constexpr std::size_t chunkSize = 16 * 1024;
 
 // The block decoders take blocks up to the first that holds something out of the ordinary: an escape or a dot at the
-// start of a line, or an escaped character that should not be one. They may scribble on the Slack behind `out`.
+// start of a line, or an escaped character that should not be one. They may scribble on the slack behind `out`.
 void DecodeNoBlocks(const char*&, const char*, char*&, bool&) { }
 
 #if HAS_VECTOR_PATHS
 
 // A body in memory is cold, and a loop of so many steps to a byte does not look far ahead of itself.
-constexpr std::ptrdiff_t PrefetchDistance = 2048;
+constexpr std::ptrdiff_t prefetchDistance = 2048;
 
 // Of eight bytes of which those marked in the index are dropped: where each byte of the result comes from.
-constexpr auto KeptBytes = [] {
+constexpr auto keptBytes = [] {
     std::array<std::array<std::uint8_t, 8>, 256> kept{};
     for (std::size_t dropped = 0; dropped < kept.size(); ++dropped) {
         std::size_t count = 0;
@@ -51,7 +51,7 @@ constexpr auto KeptBytes = [] {
 
 SSSE3 inline char* StoreKept(char* out, __m128i bytes, unsigned dropped)
 {
-    const __m128i kept = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(KeptBytes[dropped].data()));
+    const __m128i kept = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(keptBytes[dropped].data()));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(bytes, kept));
     return out + 8 - std::popcount(dropped);
 }
@@ -65,7 +65,7 @@ SSSE3 void DecodeBlocksOf16(const char*& inPlace, const char* end, char*& outPla
     unsigned escapeBefore = 0; // 1 if the last character of the block before was an escape: it is not decoded yet
     unsigned lineStart = atLineStart ? 1 : 0;
     for (; end - in >= 16; in += 16) {
-        __builtin_prefetch(in + PrefetchDistance);
+        __builtin_prefetch(in + prefetchDistance);
         const __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in));
         const __m128i isEscape = _mm_cmpeq_epi8(characters, _mm_set1_epi8('='));
         const __m128i isLineFeed = _mm_cmpeq_epi8(characters, _mm_set1_epi8('\n'));
@@ -103,7 +103,7 @@ AVX512 void DecodeBlocksOf64(const char*& inPlace, const char* end, char*& outPl
     std::uint64_t escapeBefore = 0;
     std::uint64_t lineStart = atLineStart ? 1 : 0;
     for (; end - in >= 64; in += 64) {
-        __builtin_prefetch(in + PrefetchDistance);
+        __builtin_prefetch(in + prefetchDistance);
         const __m512i characters = _mm512_loadu_si512(in);
         const std::uint64_t escapes = _mm512_cmpeq_epi8_mask(characters, _mm512_set1_epi8('='));
         const std::uint64_t lineFeeds = _mm512_cmpeq_epi8_mask(characters, _mm512_set1_epi8('\n'));
@@ -148,9 +148,9 @@ std::size_t YencStream::Take(std::string_view text)
     const char* in = text.data();
     const char* const end = in + text.size();
     while (in != end && !atOwnLine) {
-        const char* const stop = in + std::min<std::size_t>(static_cast<std::size_t>(end - in), Chunk);
+        const char* const stop = in + std::min<std::size_t>(static_cast<std::size_t>(end - in), chunkSize);
         const char* const before = in;
-        char* const room = writer.Reserve(Chunk);
+        char* const room = writer.Reserve(chunkSize);
         const char* const roomEnd = TakeChunk(in, stop, end, room);
         const auto count = static_cast<std::size_t>(roomEnd - room);
         checksum = libdeflate_crc32(checksum, room, count);

@@ -40,7 +40,7 @@ std::string Replaced(std::string text, std::string_view from, std::string_view t
     return text;
 }
 
-const Dialect Dialects[] = {
+const Dialect dialects[] = {
     {"uuencode", [](std::string_view bytes) { return Uuencode(bytes, "k.bin"); }},
     {"uuencode, LF", [](std::string_view bytes) { return WithLineFeedsOnly(Uuencode(bytes, "k.bin")); }},
     {"uuencode with blanks",
@@ -90,7 +90,7 @@ TEST_F(BodyDecoderTest, GivesBackWhatWasEncodedInEachDialect)
     for (const auto vectors :
         {Processor::Vectors::Common, Processor::Vectors::Ssse3, Processor::Vectors::Avx2, Processor::Vectors::Avx512}) {
         Processor::Limit(vectors);
-        for (const Dialect& dialect : Dialects) {
+        for (const Dialect& dialect : dialects) {
             int number = 0;
             for (const std::string& attachment : Attachments()) {
                 SCOPED_TRACE(testing::Message()
@@ -116,7 +116,7 @@ TEST_F(BodyDecoderTest, ForeignCharactersAreSeenAtEachPlace)
                 for (std::size_t place = 0; place < 60; ++place) {
                     std::string text(60, 'A');
                     text[place] = static_cast<char>(character);
-                    char bytes[45 + AttachmentWriter::Slack];
+                    char bytes[45 + AttachmentWriter::slack];
                     ASSERT_EQ(
                         DecodeGroups(alphabet, text.data(), 15, bytes).foreign, SixBitValue(alphabet, text[place]) < 0)
                         << character << " at " << place;
@@ -303,14 +303,14 @@ TEST_F(BodyDecoderTest, MimeHeadersNameTheAttachment)
 // Lines without an end, and far longer than the reader's block.
 TEST_F(BodyDecoderTest, EndlessLinesDoNoHarm)
 {
-    const std::string endless(3 * LineReader::BlockSize + 5, 'M');
+    const std::string endless(3 * LineReader::blockSize + 5, 'M');
     EXPECT_EQ(Decode(endless), 0);
     EXPECT_EQ(Decode("begin 644 a\r\n" + endless), 0);
     EXPECT_EQ(Decode("begin 644 a\r\n#0V%T\r\n" + endless), -2);
     EXPECT_EQ(Decode("begin 644 " + endless + "\r\n#0V%T\r\n`\r\nend\r\n"), 0);
     EXPECT_EQ(Decode("=ybegin size=3 name=a\r\n" + endless), -2);
     EXPECT_EQ(Decode("--x\r\nContent-Type: " + endless + "\r\n\r\n--x--\r\n"), 0);
-    EXPECT_EQ(Decode(std::string(LineReader::BlockSize, 'x') + Uuencode("Cat\n", "cat")), 0) << "not at a line start";
+    EXPECT_EQ(Decode(std::string(LineReader::blockSize, 'x') + Uuencode("Cat\n", "cat")), 0) << "not at a line start";
     EXPECT_TRUE(Files().empty());
     EXPECT_EQ(Decode(endless + "\r\n" + Uuencode("Cat\n", "cat") + endless), 1);
 }

@@ -52,12 +52,12 @@ TEST_F(DecoderTest, NoDamageGetsOutOfTheDirectory)
             }
         }
         SCOPED_TRACE(round);
-        fs::remove(destination + BodyName);
-        ASSERT_TRUE(MakeFile(destination + BodyName, body));
-        decoder.SetDecodeFilename(destination + BodyName);
-        ASSERT_EQ(ContentOf(destination + BodyName), body);
+        fs::remove(destination + bodyName);
+        ASSERT_TRUE(MakeFile(destination + bodyName, body));
+        decoder.SetDecodeFilename(destination + bodyName);
+        ASSERT_EQ(ContentOf(destination + bodyName), body);
 
-        std::vector<std::string> expected{BodyName, "k.bin"};
+        std::vector<std::string> expected{bodyName, "k.bin"};
         for (const std::string& name : decoder.StoredNames())
             expected.push_back(name);
         std::sort(expected.begin(), expected.end());

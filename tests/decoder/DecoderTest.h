@@ -15,15 +15,15 @@
 // A destination directory in which bodies are decoded as the scan does it.
 class DecoderTest : public testing::Test {
 protected:
-    static constexpr const char* BodyName = "article7.uue";
+    static constexpr const char* bodyName = "article7.uue";
 
     int Decode(std::string_view body)
     {
         // A new file each time: to truncate one has the disk wait for its old content.
-        std::remove(folder.File(BodyName).c_str());
-        EXPECT_TRUE(MakeFile(folder.File(BodyName), body));
-        decoder.SetDecodeFilename(folder.File(BodyName));
-        EXPECT_EQ(ContentOf(folder.File(BodyName)), body) << "the body was changed";
+        std::remove(folder.File(bodyName).c_str());
+        EXPECT_TRUE(MakeFile(folder.File(bodyName), body));
+        decoder.SetDecodeFilename(folder.File(bodyName));
+        EXPECT_EQ(ContentOf(folder.File(bodyName)), body) << "the body was changed";
         EXPECT_EQ(decoder.ImageFilename(), decoder.StoredNames().empty() ? "" : decoder.StoredNames().front());
         EXPECT_EQ(decoder.StoredNames().size(), static_cast<std::size_t>(std::max(decoder.DecodeStatus(), 0)));
         return decoder.DecodeStatus();
@@ -33,7 +33,7 @@ protected:
     std::vector<std::string> Files() const
     {
         std::vector<std::string> files = FilesBelow(folder.Path());
-        std::erase(files, BodyName);
+        std::erase(files, bodyName);
         return files;
     }
 

@@ -34,7 +34,7 @@ TEST_F(StoredFilesTest, NothingExistingIsTouched)
     EXPECT_EQ(Files().size(), 4U);
 }
 
-TEST_F(StoredFilesTest, TheBodyIsNotReplacedByItsAttachment) { EXPECT_EQ(Store(BodyName, "one"), "article7 (2).uue"); }
+TEST_F(StoredFilesTest, TheBodyIsNotReplacedByItsAttachment) { EXPECT_EQ(Store(bodyName, "one"), "article7 (2).uue"); }
 
 TEST_F(StoredFilesTest, LinksDirectoriesAndPipesAreTakenNames)
 {
@@ -56,10 +56,10 @@ TEST_F(StoredFilesTest, LinksDirectoriesAndPipesAreTakenNames)
 TEST_F(StoredFilesTest, NamesStayInTheDirectory)
 {
     const std::string inside = folder.File("destination/");
-    ASSERT_TRUE(MakeFile(inside + BodyName,
+    ASSERT_TRUE(MakeFile(inside + bodyName,
         Uuencode("one", "../up.jpg") + Yencode("two", "/tmp/absolute.jpg") + Base64Block("three", "..")
             + Uuencode("four", ".attachment-1-0.part")));
-    decoder.SetDecodeFilename(inside + BodyName);
+    decoder.SetDecodeFilename(inside + bodyName);
     EXPECT_EQ(decoder.StoredNames(),
         (std::vector<std::string>{"up.jpg", "absolute.jpg", "attachment", "attachment-1-0.part"}));
     EXPECT_EQ(FilesBelow(folder.Path()).size(), FilesBelow(inside).size());
@@ -71,7 +71,7 @@ TEST_F(StoredFilesTest, AttachmentThatCannotBeWrittenLeavesNothing)
     rlimit old = {};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
     const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    const std::string path = folder.File(BodyName);
+    const std::string path = folder.File(bodyName);
     ASSERT_TRUE(MakeFile(path, large + Yencode(RandomBytes(99), "wrong.bin").substr(0, 80)));
     const rlimit small{100'000, old.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
@@ -99,9 +99,9 @@ TEST_F(StoredFilesTest, WhatCannotBeReadHoldsNoAttachment)
 TEST_F(StoredFilesTest, ARelativePathMeansTheCurrentDirectory)
 {
     const fs::path before = fs::current_path();
-    ASSERT_TRUE(MakeFile(folder.File(BodyName), Uuencode("one", "red.jpg")));
+    ASSERT_TRUE(MakeFile(folder.File(bodyName), Uuencode("one", "red.jpg")));
     fs::current_path(folder.Path());
-    decoder.SetDecodeFilename(BodyName);
+    decoder.SetDecodeFilename(bodyName);
     fs::current_path(before);
     EXPECT_EQ(Content("red.jpg"), "one");
 }

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::string_view LineEnd = "\r\n";
+constexpr std::string_view crlf = "\r\n";
 
 // The 24 bits of up to three bytes, missing ones as zeros.
 std::uint32_t Bits(std::string_view bytes)
@@ -44,7 +44,7 @@ std::string Uuencode(std::string_view bytes, std::string_view name, const Uuenco
         = [&dialect](std::uint32_t value) { return value == 0 ? dialect.zero : static_cast<char>(value + 32); };
     std::string text = "begin " + dialect.mode + " ";
     text += name;
-    text += LineEnd;
+    text += crlf;
     const auto addLine = [&](std::string_view inLine) {
         std::string line(1, character(static_cast<std::uint32_t>(inLine.size())));
         std::uint32_t sum = 0;
@@ -62,14 +62,14 @@ std::string Uuencode(std::string_view bytes, std::string_view name, const Uuenco
         while (dialect.trailingBlanksLost && line.ends_with(' '))
             line.pop_back();
         text += line;
-        text += LineEnd;
+        text += crlf;
     };
     for (std::size_t at = 0; at < bytes.size(); at += dialect.bytesInLine)
         addLine(bytes.substr(at, dialect.bytesInLine));
     if (dialect.closingLine)
         addLine({});
     text += "end";
-    text += LineEnd;
+    text += crlf;
     return text;
 }
 
@@ -84,11 +84,11 @@ std::string Yencode(std::string_view bytes, std::string_view name, const YencDia
         text += "total=" + std::to_string(dialect.total) + " ";
     text += "line=" + std::to_string(dialect.lineLength) + " size=" + std::to_string(whole.size()) + " name=";
     text += name;
-    text += LineEnd;
+    text += crlf;
     if (dialect.part != 0) {
         text += "=ypart begin=" + std::to_string(dialect.partFirst + 1)
             + " end=" + std::to_string(dialect.partFirst + bytes.size());
-        text += LineEnd;
+        text += crlf;
     }
 
     std::size_t column = 0;
@@ -104,12 +104,12 @@ std::string Yencode(std::string_view bytes, std::string_view name, const YencDia
             ++column;
         }
         if (column >= dialect.lineLength) {
-            text += LineEnd;
+            text += crlf;
             column = 0;
         }
     }
     if (column != 0)
-        text += LineEnd;
+        text += crlf;
 
     text += "=yend size=" + size;
     if (dialect.part != 0)
@@ -118,27 +118,27 @@ std::string Yencode(std::string_view bytes, std::string_view name, const YencDia
         text += " pcrc32=" + Hex(Crc32(bytes));
     if (dialect.checksums)
         text += " crc32=" + Hex(Crc32(whole));
-    text += LineEnd;
+    text += crlf;
     return text;
 }
 
 std::string Base64Lines(std::string_view bytes, std::size_t lineLength)
 {
-    constexpr std::string_view Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
     std::size_t column = 0;
     for (std::size_t at = 0; at < bytes.size(); at += 3) {
         const std::string_view group = bytes.substr(at, 3);
         for (std::size_t place = 0; place < 4; ++place) {
-            text += place <= group.size() ? Alphabet[Bits(group) >> (18 - 6 * place) & 63] : '=';
+            text += place <= group.size() ? alphabet[Bits(group) >> (18 - 6 * place) & 63] : '=';
             if (++column == lineLength) {
-                text += LineEnd;
+                text += crlf;
                 column = 0;
             }
         }
     }
     if (column != 0)
-        text += LineEnd;
+        text += crlf;
     return text;
 }
 
@@ -146,10 +146,10 @@ std::string Base64Block(std::string_view bytes, std::string_view name)
 {
     std::string text = "begin-base64 644 ";
     text += name;
-    text += LineEnd;
+    text += crlf;
     text += Base64Lines(bytes, 60);
     text += "====";
-    text += LineEnd;
+    text += crlf;
     return text;
 }
 
@@ -177,10 +177,10 @@ std::string MimeMultipart(const std::vector<std::string>& parts, std::string_vie
     std::string body = "This is a message in several parts.\r\n\r\n";
     for (const std::string& part : parts) {
         body += line;
-        body += LineEnd;
+        body += crlf;
         body += part;
-        if (!part.ends_with(LineEnd))
-            body += LineEnd;
+        if (!part.ends_with(crlf))
+            body += crlf;
     }
     return body + line + "--\r\n";
 }
