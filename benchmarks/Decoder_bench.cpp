@@ -1,7 +1,7 @@
 #include "benchmarks/SideBySide.h"
 #include "decoder/AttachmentDecoder.h"
 #include "decoder/BodyDecoder.h"
-#include "support/Encoders.h"
+#include "sample/Encoders.h"
 #include "support/TemporaryFolder.h"
 
 #define PROTOTYPES // without it, the header declares its functions without their parameters

@@ -1,6 +1,6 @@
 #include "benchmarks/ProgramInFolder.h"
+#include "sample/ShortPort.h"
 #include "support/Screen.h"
-#include "support/ShortPort.h"
 
 #include <QTimer>
 

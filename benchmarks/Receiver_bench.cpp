@@ -1,7 +1,7 @@
 #include "benchmarks/BareClient.h"
 #include "benchmarks/SideBySide.h"
+#include "sample/ShortPort.h"
 #include "session/NewsSession.h"
-#include "support/ShortPort.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

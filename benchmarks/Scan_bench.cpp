@@ -3,7 +3,7 @@
 #include "benchmarks/ServerProcess.h"
 #include "benchmarks/SideBySide.h"
 #include "real-server/InterNetNews.h"
-#include "support/Encoders.h"
+#include "sample/Encoders.h"
 
 #include <cstdio>
 #include <fcntl.h>

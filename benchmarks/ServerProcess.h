@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/SampleGroups.h"
+#include "sample/SampleGroups.h"
 
 #include <functional>
 #include <sys/types.h>

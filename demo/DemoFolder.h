@@ -1,7 +1,7 @@
 #pragma once
 
+#include "sample/SampleArticles.h"
 #include "shell/Program.h"
-#include "support/SampleArticles.h"
 
 #include <QLockFile>
 

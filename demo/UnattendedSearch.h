@@ -2,7 +2,7 @@
 
 #include "DemoFolder.h"
 #include "UnattendedDesktop.h"
-#include "support/SampleArticles.h"
+#include "sample/SampleArticles.h"
 
 #include <string>
 

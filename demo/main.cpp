@@ -3,9 +3,9 @@
 #include "UnattendedSearch.h"
 #include "platform/Application.h"
 #include "platform/Desktop.h"
+#include "sample/SampleArticles.h"
+#include "sample/SampleServer.h"
 #include "shell/Program.h"
-#include "support/SampleArticles.h"
-#include "support/SampleServer.h"
 #include "support/Screen.h"
 
 #include <QLineEdit>

@@ -163,5 +163,5 @@ void NewsSession::Log(const std::string& text)
 void NewsSession::LogStep(std::string_view step)
 {
     if (DebugOn)
-        Log("@" + std::string(step) + "\r\n");
+        Log(std::string("@").append(step).append("\r\n"));
 }

@@ -2,7 +2,7 @@
 #include "decoder/BodyDecoder.h"
 #include "decoder/Processor.h"
 #include "decoder/SixBit.h"
-#include "support/Encoders.h"
+#include "sample/Encoders.h"
 
 #include <algorithm>
 #include <map>

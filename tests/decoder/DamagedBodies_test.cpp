@@ -1,5 +1,5 @@
 #include "DecoderTest.h"
-#include "support/Encoders.h"
+#include "sample/Encoders.h"
 
 #include <filesystem>
 

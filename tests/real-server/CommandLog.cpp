@@ -1,6 +1,6 @@
 #include "real-server/CommandLog.h"
 
-#include "support/ShortPort.h"
+#include "sample/ShortPort.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>

@@ -1,8 +1,8 @@
 #include "platform/Settings.h"
 #include "real-server/CommandLog.h"
 #include "real-server/RealServerTest.h"
+#include "sample/Encoders.h"
 #include "shell/Program.h"
-#include "support/Encoders.h"
 #include "support/Screen.h"
 #include "support/TestDesktop.h"
 

@@ -1,6 +1,6 @@
 #include "program-test/ProgramTest.h"
-#include "support/Encoders.h"
-#include "support/SamplePictures.h"
+#include "sample/Encoders.h"
+#include "sample/SamplePictures.h"
 
 #include <QPlainTextEdit>
 

@@ -1,5 +1,5 @@
 #include "program-test/ProgramTest.h"
-#include "support/Encoders.h"
+#include "sample/Encoders.h"
 #include "support/ScriptedServer.h"
 
 using testing::ElementsAre;

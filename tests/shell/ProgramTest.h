@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Settings.h"
+#include "sample/SampleServer.h"
 #include "shell/Program.h"
-#include "support/SampleServer.h"
 #include "support/Screen.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestDesktop.h"

@@ -1,6 +1,6 @@
 #include "support/ScriptedServer.h"
 
-#include "support/ShortPort.h"
+#include "sample/ShortPort.h"
 
 #include <QHostAddress>
 #include <QTcpSocket>

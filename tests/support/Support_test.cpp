@@ -1,6 +1,6 @@
 #include "platform/Events.h"
 #include "platform/Socket.h"
-#include "support/SampleServer.h"
+#include "sample/SampleServer.h"
 #include "support/Screen.h"
 #include "support/ScriptedServer.h"
 

@@ -1,4 +1,4 @@
-#include "support/SamplePictures.h"
+#include "sample/SamplePictures.h"
 
 #include <QBuffer>
 #include <QImage>

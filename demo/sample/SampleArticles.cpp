@@ -1,7 +1,7 @@
-#include "support/SampleArticles.h"
+#include "sample/SampleArticles.h"
 
-#include "support/Encoders.h"
-#include "support/SamplePictures.h"
+#include "sample/Encoders.h"
+#include "sample/SamplePictures.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "support/SampleSession.h"
+#include "sample/SampleSession.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,7 +1,7 @@
-#include "support/SampleServer.h"
+#include "sample/SampleServer.h"
 
-#include "support/SampleSession.h"
-#include "support/ShortPort.h"
+#include "sample/SampleSession.h"
+#include "sample/ShortPort.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

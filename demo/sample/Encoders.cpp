@@ -1,4 +1,4 @@
-#include "support/Encoders.h"
+#include "sample/Encoders.h"
 
 #include <algorithm>
 #include <cstdio>

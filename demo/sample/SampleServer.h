@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/SampleGroups.h"
+#include "sample/SampleGroups.h"
 
 #include <cstddef>
 #include <cstdint>
