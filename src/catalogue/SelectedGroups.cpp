@@ -39,5 +39,5 @@ void SelectedGroups::SaveSelectedGroups()
         if (!name.empty())
             content.append(name).append("\r\n");
     }
-    (void)ReplaceFile(FileName(), content);
+    (void)ReplaceFile(FileName(), {content});
 }

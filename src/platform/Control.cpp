@@ -18,8 +18,10 @@ public:
 
     bool eventFilter(QObject*, QEvent* event) override
     {
-        if (event->type() == QEvent::FocusIn)
-            Raise(control.GotFocus);
+        // Behind the mouse press that may have brought the focus, which would undo what the handler selects.
+        if (event->type() == QEvent::FocusIn && control.GotFocus)
+            QMetaObject::invokeMethod(
+                this, [this] { Raise(control.GotFocus); }, Qt::QueuedConnection);
         return false;
     }
 

@@ -70,13 +70,17 @@ bool DirExists(const std::string& path)
     return !name.empty() && std::filesystem::exists(name, error);
 }
 
-std::error_code ReplaceFile(const std::string& path, std::string_view content)
+std::error_code ReplaceFile(const std::string& path, std::initializer_list<std::string_view> contents)
 {
     const std::string beside = path + ".new";
     Descriptor file(open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666));
     if (file.Get() < 0)
         return LastError();
-    std::error_code error = WriteAll(file.Get(), content);
+    std::error_code error;
+    for (const std::string_view content : contents) {
+        if (!error)
+            error = WriteAll(file.Get(), content);
+    }
     if (!error && fsync(file.Get()) != 0)
         error = LastError();
     if (const std::error_code closeError = file.Close(); !error)

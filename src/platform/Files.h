@@ -15,7 +15,7 @@ bool FileExists(const std::string& path);
 bool DirExists(const std::string& path);
 
 // Written beside its final name and renamed over it, so that a crash or a full disk leaves the old file or the new one.
-[[nodiscard]] std::error_code ReplaceFile(const std::string& path, std::string_view content);
+[[nodiscard]] std::error_code ReplaceFile(const std::string& path, std::initializer_list<std::string_view> contents);
 
 // A new file with this content, in place of what was there, a link included.
 [[nodiscard]] std::error_code WriteFile(const std::string& path, std::string_view content, std::string_view more = {});

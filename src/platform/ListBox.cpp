@@ -4,6 +4,7 @@
 #include "platform/Text.h"
 
 #include <QAbstractListModel>
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QListView>
 #include <QStyledItemDelegate>
@@ -14,9 +15,8 @@
 
 namespace {
 
-// A long list that is on screen while it grows is brought up to date this often.
+// A sorted list that is on screen while it grows is brought up to date this often.
 constexpr std::chrono::milliseconds refreshInterval{50};
-constexpr std::size_t longList = 1000;
 
 const std::string noText;
 
@@ -123,8 +123,10 @@ public:
 
     void ExpectAdditions()
     {
-        if (!refreshTimer.isActive())
-            refreshTimer.start(rows.rows.size() < longList ? std::chrono::milliseconds(0) : refreshInterval);
+        if (refreshTimer.isActive())
+            return;
+        const bool shownJustNow = sinceRefresh.isValid() && !sinceRefresh.hasExpired(refreshInterval.count());
+        refreshTimer.start(shownJustNow ? refreshInterval : std::chrono::milliseconds(0));
     }
 
     // Merges what was added to a sorted list, with the current and the highlighted rows kept.
@@ -132,6 +134,7 @@ public:
     {
         if (rows.additions.empty())
             return;
+        sinceRefresh.start();
         rows.SortAdditions();
         const int current = currentIndex().isValid() ? rows.PlaceAfterMerge(currentIndex().row()) : -1;
         std::vector<int> highlighted;
@@ -179,6 +182,8 @@ protected:
     {
         if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
             Raise(box.DblClick);
+        else if (event->key() == Qt::Key_Delete && event->modifiers() == Qt::NoModifier && box.DeleteKey)
+            Raise(box.DeleteKey);
         else
             QListView::keyPressEvent(event);
     }
@@ -207,6 +212,7 @@ private:
 
     ListBox& box;
     QTimer refreshTimer;
+    QElapsedTimer sinceRefresh;
     bool quiet = false;
 };
 
@@ -222,6 +228,7 @@ ListBox::View& ListBox::ListView() const { return *static_cast<View*>(widget); }
 
 void ListBox::AddItem(std::string_view text)
 {
+    ++revision;
     Rows& rows = ListView().rows;
     if (!style.sorted) {
         rows.Insert(text, static_cast<int>(rows.rows.size()));
@@ -233,17 +240,23 @@ void ListBox::AddItem(std::string_view text)
 
 void ListBox::InsertItem(std::string_view text, int index)
 {
+    ++revision;
     ListView().rows.Insert(text, std::clamp(index, 0, ListCount()));
 }
 
 void ListBox::RemoveItem(int index)
 {
+    ++revision;
     ListView().BringUpToDate();
     if (index >= 0 && index < ListCount())
         ListView().RemoveQuietly(index);
 }
 
-void ListBox::Clear() { ListView().rows.Clear(); }
+void ListBox::Clear()
+{
+    ++revision;
+    ListView().rows.Clear();
+}
 
 int ListBox::ListCount() const
 {

@@ -2,7 +2,7 @@
 
 #include "platform/Control.h"
 
-#include <cstddef>
+#include <cstdint>
 
 struct ListStyle {
     bool sorted = false; // regardless of ASCII case, ties by byte
@@ -35,10 +35,14 @@ public:
     bool Selected(int index) const;
     void SetSelected(int index, bool selected);
 
+    // Counts the changes of the rows, for a loop that must notice one.
+    std::uint64_t Revision() const { return revision; }
+
     // Another row has become the current one, through the user or from code.
     std::function<void()> Click;
     // A double click or Enter.
     std::function<void()> DblClick;
+    std::function<void()> DeleteKey;
 
 private:
     class Rows;
@@ -47,4 +51,5 @@ private:
     View& ListView() const;
 
     ListStyle style;
+    std::uint64_t revision = 0;
 };

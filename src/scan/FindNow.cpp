@@ -1,5 +1,6 @@
 #include "scan/FindNow.h"
 
+#include "catalogue/BusyGroup.h"
 #include "platform/Events.h"
 #include "platform/Files.h"
 
@@ -33,7 +34,7 @@ void FindNow::cmdFindNow_Click()
         MainForm.SSTMain.SetTab(0);
         return;
     }
-    SetBusyGroupEnabled(false);
+    SetBusyGroupEnabled(MainForm, false);
     Session.StopFlag = false;
     if (Session.TcpConnect()) {
         MainForm.SetMousePointer(MousePointer::ArrowHourglass);
@@ -43,16 +44,7 @@ void FindNow::cmdFindNow_Click()
         MainForm.SetMousePointer(MousePointer::Default);
         DoEvents();
     }
-    SetBusyGroupEnabled(true);
+    SetBusyGroupEnabled(MainForm, true);
 }
 
 void FindNow::cmdStop_Click() { Session.StopFlag = true; }
-
-void FindNow::SetBusyGroupEnabled(bool enabled)
-{
-    MainForm.cmdRefresh.SetEnabled(enabled);
-    MainForm.cmdRefreshDisk.SetEnabled(enabled);
-    MainForm.cmdFindNow.SetEnabled(enabled);
-    MainForm.mnuFindNow.SetEnabled(enabled);
-    MainForm.SSFrame2.SetEnabled(enabled);
-}

@@ -10,7 +10,6 @@ public:
 private:
     void cmdFindNow_Click();
     void cmdStop_Click();
-    void SetBusyGroupEnabled(bool enabled);
 
     frmTamarack& MainForm;
     NewsSession& Session;

@@ -11,12 +11,13 @@ constexpr std::string_view defaultKey = "Default";
 }
 
 ServerList::ServerList(frmTamarack& mainForm, NewsSession& session, Settings& newSettings, Credentials& newCredentials,
-    SelectedGroups& newSelectedGroups)
+    SelectedGroups& newSelectedGroups, GroupStore& newGroupStore)
     : MainForm(mainForm)
     , Session(session)
     , settings(newSettings)
     , credentials(newCredentials)
     , selectedGroups(newSelectedGroups)
+    , groupStore(newGroupStore)
 {
     MainForm.cboNewsServer.Click = [this] { cboNewsServer_Click(); };
 }
@@ -48,5 +49,7 @@ void ServerList::cboNewsServer_Click()
     Session.TcpDisconnect();
     selectedGroups.LoadSelectedGroups();
     DoEvents();
+    if (MainForm.chkAutoLoad.Value() == 1)
+        groupStore.cmdRefreshDisk_Click();
     MainForm.lstFilteredGroups.Clear();
 }

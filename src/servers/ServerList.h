@@ -1,5 +1,6 @@
 #pragma once
 
+#include "catalogue/GroupStore.h"
 #include "catalogue/SelectedGroups.h"
 #include "platform/Settings.h"
 #include "servers/Credentials.h"
@@ -10,7 +11,7 @@
 class ServerList {
 public:
     ServerList(frmTamarack& mainForm, NewsSession& session, Settings& settings, Credentials& credentials,
-        SelectedGroups& selectedGroups);
+        SelectedGroups& selectedGroups, GroupStore& groupStore);
 
     // Brings the stored names back and selects the default, or else the first.
     void Fill();
@@ -26,4 +27,5 @@ private:
     Settings& settings;
     Credentials& credentials;
     SelectedGroups& selectedGroups;
+    GroupStore& groupStore;
 };

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "catalogue/GroupFilters.h"
+#include "catalogue/GroupStore.h"
+#include "catalogue/Picking.h"
+#include "catalogue/PointerActions.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
 #include "shell/MainSettings.h"
@@ -25,6 +29,10 @@ private:
     NewsSession Session;
     MainSettings mainSettings;
     SelectedGroups selectedGroups;
+    GroupStore groupStore;
+    GroupFilters groupFilters;
+    Picking picking;
+    PointerActions pointerActions;
     Credentials credentials;
     ServerList serverList;
     PreviewStrip previewStrip;

@@ -59,10 +59,10 @@ TEST(Files, RecordsAreReadAndWrittenInPlace)
 TEST(Files, ReplacingLeavesTheOldFileWhenItFails)
 {
     const TemporaryFolder folder;
-    EXPECT_FALSE(ReplaceFile(folder.File("kept"), "new"));
+    EXPECT_FALSE(ReplaceFile(folder.File("kept"), {"n", "ew"}));
     EXPECT_EQ(ContentOf(folder.File("kept")), "new");
     fs::create_directory(folder.File("kept.new"));
-    EXPECT_TRUE(ReplaceFile(folder.File("kept"), "newer"));
+    EXPECT_TRUE(ReplaceFile(folder.File("kept"), {"newer"}));
     EXPECT_EQ(ContentOf(folder.File("kept")), "new");
 }
 

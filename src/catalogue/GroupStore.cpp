@@ -1,0 +1,178 @@
+#include "catalogue/GroupStore.h"
+
+#include "catalogue/BusyGroup.h"
+#include "catalogue/GroupText.h"
+#include "catalogue/ServerFiles.h"
+#include "platform/Events.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+// More than a user can look through. It is looked at now and then, so a list may run over it a little.
+constexpr int mostGroups = 32000;
+
+}
+
+GroupStore::GroupStore(frmTamarack& mainForm, NewsSession& session, Desktop& newDesktop)
+    : MainForm(mainForm)
+    , Session(session)
+    , desktop(newDesktop)
+{
+    MainForm.cmdRefresh.Click = [this] { cmdRefresh_Click(); };
+    MainForm.cmdRefreshDisk.Click = [this] { cmdRefreshDisk_Click(); };
+    Session.GroupListArrived = [this](const std::string& text) {
+        FillGroupList(MainForm.lstAllGroups, text);
+        WriteGroupFile(text);
+    };
+}
+
+std::string GroupStore::FileName() const
+{
+    return ServerFiles::Group(Session.AppDir, std::string(Trim(MainForm.cboNewsServer.Text())));
+}
+
+void GroupStore::FillGroupList(ListBox& list, std::string_view text)
+{
+    constexpr int progressInterval = 200;
+    ShowActivity("Filling List");
+    ShowTotal(0);
+    Session.StopFlag = false;
+    list.SetVisible(false);
+    MainForm.Label1.SetVisible(true);
+    GroupText lines(text);
+    int count = 0;
+    int progress = 0;
+    while (lines.NextLine()) {
+        if (!lines.Name().empty()) {
+            list.AddItem(lines.Name());
+            ++count;
+        }
+        if (progress > progressInterval) {
+            ShowTotal(count);
+            progress = 0;
+            DoEvents();
+            if (list.ListCount() > mostGroups)
+                break;
+        }
+        ++progress;
+        if (Session.StopFlag) {
+            Session.TcpDisconnect();
+            break;
+        }
+    }
+    MainForm.Label1.SetVisible(false);
+    list.SetVisible(true);
+    ShowTotal(count);
+    ShowActivity("");
+}
+
+// A failure leaves the old file; the list stands all the same.
+void GroupStore::WriteGroupFile(const std::string& text)
+{
+    (void)ReplaceFile(ServerFiles::Group(Session.AppDir, MainForm.cboNewsServer.Text()), {"\"", text, "\"\r\n"});
+}
+
+void GroupStore::cmdRefresh_Click()
+{
+    SetBusyGroupEnabled(MainForm, false);
+    Session.StopFlag = false;
+    if (Session.TcpConnect()) {
+        MainForm.SetMousePointer(MousePointer::ArrowHourglass);
+        ShowTotal(0);
+        ShowActivity("Scanning Groups ");
+        MainForm.lstAllGroups.Clear();
+        DoEvents();
+        Session.CmdList();
+        ShowActivity("");
+        ShowTotal(MainForm.lstAllGroups.ListCount());
+        DoEvents();
+    } else {
+        MainForm.StatusBar1.Panels(1).SetText("Status: Error Connecting");
+        Session.TcpDisconnect();
+    }
+    MainForm.SetMousePointer(MousePointer::Default);
+    SetBusyGroupEnabled(MainForm, true);
+}
+
+void GroupStore::cmdRefreshDisk_Click()
+{
+    if (!MainForm.Visible())
+        return;
+    SetBusyGroupEnabled(MainForm, false);
+    MainForm.SetMousePointer(MousePointer::ArrowHourglass);
+    MainForm.lstAllGroups.Clear();
+    if (MainForm.cboNewsServer.ListCount() == 0)
+        desktop.MsgBox("You must setup a news server!", "Error", MessageButtons::OkCancel);
+    else
+        ReadGroupFile();
+    SetBusyGroupEnabled(MainForm, true);
+    MainForm.SetMousePointer(MousePointer::Default);
+}
+
+void GroupStore::ReadGroupFile()
+{
+    SequentialInput file(FileName());
+    if (file.Length() < 1)
+        ShowEmptyServerMessage();
+    else
+        FillGroupList(MainForm.lstAllGroups, file.ReadField());
+}
+
+void GroupStore::LoadGroupsFromDisk(const std::string& fileName, ProgressBar& progressBar, Label& activity)
+{
+    constexpr int progressInterval = 400;
+    ListBox& list = MainForm.lstAllGroups;
+    activity.SetCaption("Loading groups from Disk...");
+    SequentialInput file(fileName);
+    if (file.Length() < 1) {
+        ShowEmptyServerMessage();
+        return;
+    }
+    const auto inRange = [](std::size_t position) {
+        return static_cast<int>(std::min<std::size_t>(position, std::numeric_limits<int>::max()));
+    };
+    progressBar.SetMinimum(1);
+    progressBar.SetMaximum(inRange(file.Length()));
+    progressBar.SetValue(1);
+    list.SetVisible(false);
+    int progress = 0;
+    while (!file.AtEnd()) {
+        activity.SetCaption("Loading groups from Disk...");
+        DoEvents();
+        const std::string field = file.ReadField();
+        activity.SetCaption("Filling list box...");
+        GroupText lines(field);
+        while (lines.NextLine()) {
+            if (!lines.Name().empty())
+                list.AddItem(lines.Name());
+            if (progress > progressInterval) {
+                progressBar.SetValue(inRange(lines.Position()));
+                progress = 0;
+                DoEvents();
+                if (list.ListCount() > mostGroups)
+                    break;
+            }
+            ++progress;
+        }
+    }
+    list.SetVisible(true);
+    progressBar.SetValue(inRange(file.Length()));
+    ShowTotal(list.ListCount());
+}
+
+void GroupStore::ShowEmptyServerMessage()
+{
+    desktop.MsgBox("The Selected News Server is empty.\r\n"
+                   "You will need to REFRESH the groups\r\n"
+                   "from the NETWORK for this server.  Go to the \r\n"
+                   "News Groups tab to do this.",
+        "The Tamarack");
+}
+
+void GroupStore::ShowTotal(int count) { MainForm.StatusBar2.Panels(1).SetText("Total: " + std::to_string(count)); }
+
+void GroupStore::ShowActivity(std::string_view text) { MainForm.StatusBar2.Panels(4).SetText(text); }

@@ -1,0 +1,18 @@
+#include "catalogue/GroupText.h"
+
+#include <algorithm>
+
+bool GroupText::NextLine()
+{
+    constexpr std::size_t longestOmitted = 2;
+    name = {};
+    if (position >= text.size())
+        return false;
+    const std::size_t lineEnd = std::min(text.find('\r', position), text.size());
+    const std::string_view line = text.substr(position, lineEnd - position);
+    const std::size_t blank = line.find(' ');
+    if (blank != std::string_view::npos && blank > longestOmitted)
+        name = line.substr(0, blank);
+    position = lineEnd + 2;
+    return true;
+}

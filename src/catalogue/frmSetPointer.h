@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/Buttons.h"
+#include "platform/Form.h"
+#include "platform/Label.h"
+#include "platform/TextBox.h"
+
+// How far one group has been read, to be changed by hand.
+struct frmSetPointer : Form {
+    frmSetPointer()
+        : Form("frmSetPointer", "Set Article Pointer", {.clientWidth = 3930, .clientHeight = 1020})
+    {
+    }
+
+    TextBox Text2{*this, "Text2", {120, 120, 3690, 315}, {.readOnly = true}};
+    TextBox Text1{*this, "Text1", {120, 555, 1260, 345}};
+    CommandButton cmdOk[2]
+        = {{*this, "cmdOk(0)", "Save", {1500, 555, 1095, 345}}, {*this, "cmdOk(1)", "Cancel", {2715, 555, 1095, 345}}};
+};

@@ -1,0 +1,194 @@
+#include "program-test/ProgramTest.h"
+
+#include <QAbstractItemView>
+#include <QTest>
+#include <QTimer>
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+namespace {
+
+class ChoosingTest : public ProgramTest {
+protected:
+    // Starts with these groups in the list of all groups.
+    void StartWith(const std::string& names, const std::vector<std::string>& selected = {})
+    {
+        std::string text;
+        for (std::size_t at = 0; at < names.size(); at = std::min(names.find(' ', at), names.size() - 1) + 1)
+            text += (text.empty() ? "" : "\r\n") + names.substr(at, names.find(' ', at) - at) + " 2 1 y";
+        MakeFile(ProgramFile("!@#!." + serverName), '"' + text + "\"\r\n");
+        Start(selected, 1);
+        Click("cmdRefreshDisk");
+    }
+
+    static void Filter(const char* button, const std::string& terms)
+    {
+        TypeInto("txtNewsGroups", terms);
+        Click(button);
+        Until([] { return PanelText("StatusBar2", 4).empty(); });
+    }
+};
+
+}
+
+TEST_F(ChoosingTest, Filters)
+{
+    struct Row {
+        const char* terms;
+        std::vector<std::string> withAll;
+        std::vector<std::string> withAny;
+    };
+    StartWith("alt.pictures alt.kites rec.pictures Alt.x comp.os");
+    for (const Row& row : {Row{"alt", {"alt.kites", "alt.pictures"}, {"alt.kites", "alt.pictures"}},
+             Row{" alt ; pictures ;", {"alt.pictures"}, {"alt.kites", "alt.pictures", "alt.pictures", "rec.pictures"}},
+             Row{";;x;", {"Alt.x"}, {"Alt.x"}}, Row{"os;os", {"comp.os"}, {"comp.os", "comp.os"}}, Row{"ALT", {}, {}},
+             Row{"a b", {}, {}}, Row{" ; ;", {}, {}}, Row{"", {}, {}}}) {
+        SCOPED_TRACE(row.terms);
+        for (const bool all : {true, false}) {
+            const std::vector<std::string>& hits = all ? row.withAll : row.withAny;
+            Filter(all ? "cmdAndFilter" : "cmdOrFilter", row.terms);
+            EXPECT_TRUE(Until([&] { return RowsOf("lstFilteredGroups") == hits; }));
+            EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: " + std::to_string(hits.size()));
+            EXPECT_EQ(IsEnabled("cmdSavePicks"), !hits.empty());
+        }
+    }
+}
+
+TEST_F(ChoosingTest, AFilterEndsOnAStopAndWhenItsListChanges)
+{
+    std::string names;
+    for (int i = 0; i < 2000; ++i)
+        names += (i > 0 ? " alt.group" : "alt.group") + std::to_string(i);
+    StartWith(names);
+    for (const char* button : {"cmdAndFilter", "cmdOrFilter"}) {
+        for (const char* interruption : {"cmdStop", "cmdRefreshDisk"}) {
+            SCOPED_TRACE(std::string(button) + " " + interruption);
+            bool interrupted = false;
+            QTimer watch;
+            QObject::connect(&watch, &QTimer::timeout, [&] {
+                if (!interrupted && PanelText("StatusBar2", 2) != "Filtered: 0") {
+                    interrupted = true;
+                    Click(interruption);
+                }
+            });
+            Filter("cmdAndFilter", "none");
+            watch.start(0);
+            Filter(button, "alt;group");
+            watch.stop();
+            EXPECT_TRUE(interrupted);
+            EXPECT_LT(RowsOf("lstFilteredGroups").size(), 2000U);
+            EXPECT_TRUE(IsEnabled("cmdSavePicks"));
+            EXPECT_EQ(WindowNamed("frmTamarack")->cursor().shape(), Qt::ArrowCursor);
+        }
+    }
+}
+
+TEST_F(ChoosingTest, WaysIntoTheSelectedGroups)
+{
+    StartWith("alt.a alt.b alt.c alt.d");
+    Filter("cmdAndFilter", "alt");
+    ASSERT_TRUE(Until([] { return RowsOf("lstFilteredGroups").size() == 4; }));
+    DoubleClickRow("lstFilteredGroups", 3);
+    EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: 3");
+    Click("cmdSavePicks");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.d"));
+    ClickRow("lstFilteredGroups", 0);
+    ClickRow("lstFilteredGroups", 2, Qt::ControlModifier);
+    Click("cmdSavePicks");
+    EXPECT_THAT(RowsOf("lstFilteredGroups"), ElementsAre("alt.b"));
+    EXPECT_TRUE(IsEnabled("cmdSavePicks"));
+    DoubleClickRow("lstAllGroups", 1);
+    QTest::keyClick(&Find<QAbstractItemView>("lstAllGroups"), Qt::Key_Return);
+    TypeInto("txtManual", "  by.hand ");
+    Click("Command3");
+    TypeInto("txtManual", "   ");
+    Click("Command3");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.d", "alt.a", "alt.c", "alt.b", "alt.b", "by.hand"));
+    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 6");
+    EXPECT_EQ(RowsOf("lstAllGroups").size(), 4U);
+}
+
+TEST_F(ChoosingTest, WaysOutOfTheSelectedGroups)
+{
+    StartWith("alt.a", {"a", "b", "c", "d", "e"});
+    DoubleClickRow("lstSelectedGroups", 1);
+    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 4");
+    ClickRow("lstSelectedGroups", 0);
+    ClickRow("lstSelectedGroups", 2, Qt::ControlModifier);
+    Click("cmdClearSelected");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("c", "e"));
+    ClickRow("lstSelectedGroups", 1);
+    QTest::keyClick(&Find<QAbstractItemView>("lstSelectedGroups"), Qt::Key_Delete);
+    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 1");
+    Click("cmdClearAll");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());
+    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 0");
+    QTest::keyClick(&Find<QAbstractItemView>("lstSelectedGroups"), Qt::Key_Return);
+    Click("MyUpDown(2)");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());
+}
+
+TEST_F(ChoosingTest, Moves)
+{
+    struct Row {
+        const char* button;
+        int current;
+        const char* order;
+        int highlighted;
+    };
+    for (const Row& row : {Row{"MyUpDown(0)", 2, "ACB", 1}, Row{"MyUpDown(0)", 0, "ABC", 0},
+             Row{"MyUpDown(1)", 0, "BAC", 1}, Row{"MyUpDown(1)", 2, "ABC", 2}, Row{"MyUpDown(2)", 2, "CAB", 2},
+             Row{"MyUpDown(2)", 0, "ABC", 0}, Row{"MyUpDown(3)", 0, "BCA", 0}, Row{"MyUpDown(3)", 2, "ABC", 2},
+             Row{"MyUpDown(0)", -1, "ABC", -1}, Row{"MyUpDown(3)", -1, "ABC", -1}}) {
+        SCOPED_TRACE(std::string(row.button) + " on row " + std::to_string(row.current));
+        StartWith("alt.a", {"A", "B", "C"});
+        if (row.current >= 0)
+            ClickRow("lstSelectedGroups", row.current);
+        Click(row.button);
+        std::string order;
+        for (const std::string& name : RowsOf("lstSelectedGroups"))
+            order += name;
+        EXPECT_EQ(order, row.order);
+        EXPECT_EQ(CurrentRow("lstSelectedGroups"), row.highlighted);
+        EXPECT_EQ(HighlightedRows("lstSelectedGroups"),
+            row.highlighted < 0 ? std::vector<int>{} : std::vector<int>{row.highlighted});
+    }
+}
+
+TEST_F(ChoosingTest, PointersAreSetAndReset)
+{
+    StartWith("alt.a", {"alt.a", "alt.b"});
+    const auto setPointer = [](int row, const char* typed, const char* button) {
+        std::string shown;
+        QTimer::singleShot(0, [&] {
+            shown = TextOf("frmSetPointer/Text2") + " " + TextOf("frmSetPointer/Text1");
+            TypeInto("frmSetPointer/Text1", typed);
+            Click(button);
+        });
+        ClickRow("lstSelectedGroups", row);
+        Click("Command4");
+        return shown;
+    };
+    Click("Command4");
+    Click("cmdResetGroup");
+    ASSERT_EQ(desktop.boxes.size(), 2U);
+    EXPECT_EQ(desktop.boxes[0].text + "|" + desktop.boxes[0].title, "You must select a group first|Error");
+    EXPECT_EQ(desktop.boxes[1].text + "|" + desktop.boxes[1].title, "You must first select a group|Tamarack");
+
+    EXPECT_EQ(setPointer(0, "12", "cmdOk(1)"), "alt.a 0");
+    EXPECT_THAT(FilesBelow(ProgramFile("")), testing::Not(testing::Contains("@!!#." + serverName)));
+    EXPECT_EQ(setPointer(1, "70000.5 and more", "cmdOk(0)"), "alt.b 0");
+    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(70000, "alt.b"));
+    EXPECT_EQ(setPointer(0, "-5", "cmdOk(0)"), "alt.a 0");
+    EXPECT_EQ(setPointer(0, "99999999999", "cmdOk(0)"), "alt.a -5");
+    EXPECT_EQ(setPointer(1, "x", "cmdOk(1)"), "alt.b 70000");
+    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(70000, "alt.b") + PointerRecord(0, "alt.a"));
+
+    ClickRow("lstSelectedGroups", 1);
+    Click("cmdResetGroup");
+    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(0, "alt.b") + PointerRecord(0, "alt.a"));
+    EXPECT_EQ(CurrentRow("lstSelectedGroups"), -1);
+    EXPECT_THAT(HighlightedRows("lstSelectedGroups"), IsEmpty());
+}
