@@ -49,7 +49,11 @@ bool Control::Enabled() const { return widget->isEnabledTo(widget->parentWidget(
 
 void Control::SetEnabled(bool enabled) { widget->setEnabled(enabled); }
 
-bool Control::Visible() const { return !widget->isHidden(); }
+// A control on a tab that has not been in front yet is hidden too, but not by its own doing.
+bool Control::Visible() const
+{
+    return !(widget->testAttribute(Qt::WA_WState_ExplicitShowHide) && widget->isHidden());
+}
 
 void Control::SetVisible(bool visible) { widget->setVisible(visible); }
 

@@ -111,7 +111,10 @@ public:
         setHorizontalScrollMode(ScrollPerPixel);
         refreshTimer.setSingleShot(true);
         connect(&refreshTimer, &QTimer::timeout, this, [this] {
-            if (isVisible())
+            // Hidden by the program, which is filling it; not by lying on another tab.
+            if (testAttribute(Qt::WA_WState_ExplicitShowHide) && isHidden())
+                refreshTimer.start(refreshInterval);
+            else
                 BringUpToDate();
         });
         connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {

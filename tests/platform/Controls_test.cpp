@@ -203,6 +203,20 @@ TEST_F(ControlsTest, ASortedListKeepsCurrentAndHighlightedRowsOverAdditions)
     EXPECT_EQ(list.ListIndex(), -1);
 }
 
+TEST_F(ControlsTest, AListIsBroughtUpToDateBehindAnotherTabButNotWhileTheProgramHidesIt)
+{
+    window.SSPanel1.SetVisible(false);
+    ListBox list(window.SSPanel1, "lstBehind", {0, 0, 900, 900}, {.sorted = true});
+    EXPECT_TRUE(list.Visible());
+    list.AddItem("b");
+    EXPECT_TRUE(Until([] { return RowsOf("lstBehind").size() == 1; }));
+    list.SetVisible(false);
+    list.AddItem("a");
+    EXPECT_FALSE(Until([] { return RowsOf("lstBehind").size() == 2; }, 80ms));
+    list.SetVisible(true);
+    EXPECT_TRUE(Until([] { return RowsOf("lstBehind").size() == 2; }));
+}
+
 TEST_F(ControlsTest, EnterOnARowIsADoubleClick)
 {
     window.lstPlain.AddItem("a");

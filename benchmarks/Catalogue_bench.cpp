@@ -1,0 +1,215 @@
+#include "benchmarks/SideBySide.h"
+#include "catalogue/GroupFilters.h"
+#include "catalogue/GroupStore.h"
+#include "catalogue/Picking.h"
+#include "platform/Events.h"
+#include "platform/Text.h"
+#include "sample/SampleServer.h"
+#include "support/Screen.h"
+#include "support/TemporaryFolder.h"
+
+#include <QElapsedTimer>
+#include <QListWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <ctime>
+
+// What long lists of groups cost: filled, sorted, painted, filtered, moved about in, and fetched from a server.
+
+namespace {
+
+constexpr int fullList = 32'000;
+constexpr int largeServer = 110'000;
+
+// Names as a server has them, in no order, about as long as real ones.
+std::vector<std::string> GroupNames(int count)
+{
+    std::vector<std::string> names;
+    std::uint32_t random = 1;
+    for (int i = 0; i < count; ++i) {
+        random = random * 1664525 + 1013904223;
+        const char* hierarchies[] = {"alt.binaries.pictures", "comp.lang", "rec.garden", "de.alt.fan", "alt.fan"};
+        names.push_back(std::string(hierarchies[random >> 16 & 3]) + ".topic" + std::to_string(random >> 8) + ".part"
+            + std::to_string(i));
+    }
+    return names;
+}
+
+// The main form with what gives its group lists their behaviour.
+struct Lists {
+    Lists()
+    {
+        Session.AppDir = folder.Path();
+        MainForm.cboNewsServer.AddItem("127.0.0.1");
+        MainForm.cboNewsServer.SetListIndex(0);
+        MainForm.SSTMain.SetTab(3);
+        MainForm.SSTab1.SetTab(2);
+        MainForm.SetVisible(true);
+        DoEvents();
+    }
+
+    void Paint() { WindowNamed("frmTamarack")->repaint(); }
+
+    TemporaryFolder folder;
+    Desktop desktop;
+    frmTamarack MainForm;
+    NewsSession Session{MainForm, desktop};
+    GroupStore store{MainForm, Session, desktop};
+    GroupFilters filters{MainForm, Session};
+    Picking picking{MainForm};
+};
+
+double ProcessorTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+// The longest time for which no event was delivered.
+class Liveness {
+public:
+    Liveness()
+    {
+        QObject::connect(&timer, &QTimer::timeout, [this] {
+            longest = std::max(longest, sinceLast.nsecsElapsed());
+            sinceLast.start();
+        });
+        sinceLast.start();
+        timer.start(0);
+    }
+
+    double LongestMilliseconds() const { return static_cast<double>(longest) / 1e6; }
+
+private:
+    QTimer timer;
+    QElapsedTimer sinceLast;
+    qint64 longest = 0;
+};
+
+std::optional<double> FillOurs(Lists& lists, const std::vector<std::string>& names)
+{
+    ListBox& list = lists.MainForm.lstAllGroups;
+    list.Clear();
+    lists.Paint();
+    return Timed([&] {
+        list.SetVisible(false);
+        for (const std::string& name : names)
+            list.AddItem(name);
+        list.SetVisible(true);
+        lists.Paint();
+        return list.ListCount() == fullList;
+    });
+}
+
+void FilledSortedAndPainted(benchmark::State& state)
+{
+    Lists lists;
+    const std::vector<std::string> names = GroupNames(fullList);
+    const auto stock = [&names]() -> std::optional<double> {
+        QListWidget list;
+        list.setSortingEnabled(true);
+        list.resize(300, 200);
+        list.show();
+        DoEvents();
+        return Timed([&] {
+            for (const std::string& name : names)
+                list.addItem(QString::fromStdString(name));
+            list.repaint();
+            return list.count() == fullList;
+        });
+    };
+    for (auto _ : state)
+        CompareSideBySide(
+            state, 5, [&] { return FillOurs(lists, names); }, {"item-based list widget", stock, Aim::OfItsSpeed, 4});
+}
+
+void FilledSortedAndPaintedAgainstAPlainSort(benchmark::State& state)
+{
+    Lists lists;
+    const std::vector<std::string> names = GroupNames(fullList);
+    const auto plain = [&names] {
+        return Timed([&names] {
+            std::vector<std::string> sorted = names;
+            std::sort(sorted.begin(), sorted.end(), SortsBefore);
+            benchmark::DoNotOptimize(sorted.data());
+            return true;
+        });
+    };
+    for (auto _ : state)
+        CompareSideBySide(
+            state, 7, [&] { return FillOurs(lists, names); }, {"copy and sort", plain, Aim::TimesItsTime, 3});
+}
+
+void Filter(benchmark::State& state, const char* button)
+{
+    Lists lists;
+    for (const std::string& name : GroupNames(fullList))
+        lists.MainForm.lstAllGroups.AddItem(name);
+    lists.MainForm.SSTab1.SetTab(1);
+    TypeInto("txtNewsGroups", "alt;pictures");
+    Liveness liveness;
+    for (auto _ : state) {
+        const double start = ProcessorTime();
+        Click(button);
+        state.SetIterationTime(ProcessorTime() - start);
+    }
+    char label[160];
+    std::snprintf(label, sizeof label, "processor time, aim under 100 ms; longest time without events %.1f ms",
+        liveness.LongestMilliseconds());
+    state.SetLabel(label);
+}
+
+void FilterAnd(benchmark::State& state) { Filter(state, "cmdAndFilter"); }
+void FilterOr(benchmark::State& state) { Filter(state, "cmdOrFilter"); }
+
+void MovesInFiveThousandRows(benchmark::State& state)
+{
+    Lists lists;
+    lists.MainForm.SSTab1.SetTab(0);
+    for (const std::string& name : GroupNames(5000))
+        lists.MainForm.lstSelectedGroups.AddItem(name);
+    lists.MainForm.lstSelectedGroups.SetListIndex(2500);
+    const int buttons[] = {0, 1, 2, 3};
+    std::size_t next = 0;
+    for (auto _ : state) {
+        lists.MainForm.MyUpDown[buttons[next++ % 4]].Click();
+        lists.Paint();
+    }
+    state.SetLabel("a move, painted");
+}
+
+void RefreshFromALargeServer(benchmark::State& state)
+{
+    SampleGroups groups;
+    for (std::string& name : GroupNames(largeServer))
+        groups.push_back({std::move(name), {}});
+    SampleServer server(std::move(groups));
+    Lists lists;
+    TypeInto("txtPort", std::to_string(server.Port()));
+    Liveness liveness;
+    for (auto _ : state) {
+        lists.Session.TcpDisconnect();
+        Click("cmdRefresh");
+        lists.Paint();
+    }
+    if (lists.MainForm.lstAllGroups.ListCount() <= fullList)
+        state.SkipWithError("the list did not arrive");
+    char label[120];
+    std::snprintf(label, sizeof label, "%d groups fetched, listed, written; longest time without events %.1f ms",
+        largeServer, liveness.LongestMilliseconds());
+    state.SetLabel(label);
+}
+
+BENCHMARK(FilledSortedAndPainted)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(FilledSortedAndPaintedAgainstAPlainSort)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(FilterAnd)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(FilterOr)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(MovesInFiveThousandRows)->Iterations(400)->Unit(benchmark::kMicrosecond);
+BENCHMARK(RefreshFromALargeServer)->Iterations(3)->Unit(benchmark::kMillisecond);
+
+}
