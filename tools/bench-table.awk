@@ -13,6 +13,7 @@ function text_of(line) {
 }
 
 function scaled(number, step, units,    names, last, unit) {
+    number += 0
     last = split(units, names, " ")
     for (unit = 1; unit < last && number >= step; unit++)
         number /= step

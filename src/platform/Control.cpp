@@ -50,10 +50,7 @@ bool Control::Enabled() const { return widget->isEnabledTo(widget->parentWidget(
 void Control::SetEnabled(bool enabled) { widget->setEnabled(enabled); }
 
 // A control on a tab that has not been in front yet is hidden too, but not by its own doing.
-bool Control::Visible() const
-{
-    return !(widget->testAttribute(Qt::WA_WState_ExplicitShowHide) && widget->isHidden());
-}
+bool Control::Visible() const { return !(widget->testAttribute(Qt::WA_WState_ExplicitShowHide) && widget->isHidden()); }
 
 void Control::SetVisible(bool visible) { widget->setVisible(visible); }
 
