@@ -49,11 +49,9 @@ void GroupFilters::End()
 void GroupFilters::cmdAndFilter_Click()
 {
     std::vector<std::string> terms;
-    if (Begin(terms)) {
-        if (!terms.empty())
-            KeepGroupsWithAll(terms);
-        ShowHits();
-    }
+    if (Begin(terms) && !terms.empty())
+        KeepGroupsWithAll(terms);
+    ShowHits();
     End();
 }
 

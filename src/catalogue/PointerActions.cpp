@@ -33,6 +33,7 @@ void PointerActions::Command4_Click()
     frmSetPointer form;
     form.Text2.SetText(Group());
     form.Text1.SetText(std::to_string(found.article));
+    form.Text1.SelectAll();
     form.cmdOk[0].Click = [&] {
         // What is no number, or too large for one, sets the group back to its start.
         (void)Pointers().Write(found.recordNumber, Group(), WholeNumber(form.Text1.Text()).value_or(0));

@@ -20,10 +20,12 @@ void SelectedGroups::LoadSelectedGroups()
 {
     ListBox& list = MainForm.lstSelectedGroups;
     list.Clear();
-    SequentialInput file(FileName());
+    const std::string fileName = FileName();
+    SequentialInput file(fileName);
     if (!file.IsOpen())
         return;
-    while (!file.AtEnd()) {
+    // Another server that is chosen meanwhile has its own groups in the list by then.
+    while (!file.AtEnd() && FileName() == fileName) {
         list.AddItem(file.ReadField());
         DoEvents();
     }

@@ -10,6 +10,8 @@ struct frmSetPointer : Form {
     frmSetPointer()
         : Form("frmSetPointer", "Set Article Pointer", {.clientWidth = 3930, .clientHeight = 1020})
     {
+        cmdOk[1].SetShortcut("Esc");
+        Text1.SetFocus();
     }
 
     TextBox Text2{*this, "Text2", {120, 120, 3690, 315}, {.readOnly = true}};

@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QListView>
+#include <QMouseEvent>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <algorithm>
@@ -179,6 +180,17 @@ protected:
         if (!hadCurrent)
             selectionModel()->clearCurrentIndex();
         quiet = false;
+    }
+
+    // The widget knows double clicks on rows only, and of any button.
+    void mouseDoubleClickEvent(QMouseEvent* event) override
+    {
+        if (event->button() != Qt::LeftButton)
+            return;
+        const bool onNoRow = !indexAt(event->pos()).isValid() && !currentIndex().isValid();
+        QListView::mouseDoubleClickEvent(event);
+        if (onNoRow)
+            Raise(box.DblClick);
     }
 
     void keyPressEvent(QKeyEvent* event) override

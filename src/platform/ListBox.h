@@ -40,7 +40,7 @@ public:
 
     // Another row has become the current one, through the user or from code.
     std::function<void()> Click;
-    // A double click or Enter.
+    // A double click on a row, or beside the rows while there is no current one, or Enter.
     std::function<void()> DblClick;
     std::function<void()> DeleteKey;
 

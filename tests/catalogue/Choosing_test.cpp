@@ -110,6 +110,25 @@ TEST_F(ChoosingTest, WaysIntoTheSelectedGroups)
     EXPECT_EQ(RowsOf("lstAllGroups").size(), 4U);
 }
 
+TEST_F(ChoosingTest, ADoubleClickOnNoRow)
+{
+    StartWith("alt.a", {"a"});
+    for (const char* list : {"lstAllGroups", "lstFilteredGroups", "lstSelectedGroups"}) {
+        SCOPED_TRACE(list);
+        Click(list);
+        QWidget* rows = Find<QAbstractItemView>(list).viewport();
+        QTest::mouseDClick(rows, Qt::LeftButton, {}, rows->rect().bottomRight());
+        EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("a", ""));
+        EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 2");
+    }
+    DoubleClickRow("lstAllGroups", 0);
+    auto& selected = Find<QAbstractItemView>("lstSelectedGroups");
+    ClickRow("lstSelectedGroups", 0);
+    QTest::mouseDClick(selected.viewport(), Qt::RightButton, {}, QPoint(5, 5));
+    QTest::mouseDClick(selected.viewport(), Qt::LeftButton, {}, selected.viewport()->rect().bottomRight());
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("a", "", "alt.a"));
+}
+
 TEST_F(ChoosingTest, WaysOutOfTheSelectedGroups)
 {
     StartWith("alt.a", {"a", "b", "c", "d", "e"});

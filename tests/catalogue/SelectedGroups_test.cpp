@@ -1,5 +1,7 @@
 #include "program-test/ProgramTest.h"
 
+#include <QTimer>
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -44,4 +46,27 @@ TEST_F(SelectedGroupsTest, OnlyTheServerInUseAtTheEndIsWritten)
     Click("Command1");
     EXPECT_EQ(ContentOf(SelectedFile()), "  alt.kites\r\n");
     EXPECT_THAT(FilesBelow(ProgramFile("")), testing::Contains("#!@!.localhost"));
+}
+
+TEST_F(SelectedGroupsTest, AServerChosenWhileTheGroupsOfAnotherCome)
+{
+    settings.SaveSetting("Servers", "localhost", "1");
+    std::string many;
+    for (int i = 0; i < 500; ++i)
+        many += "alt.many\r\n";
+    MakeFile(SelectedFile(), "alt.kites\r\n");
+    MakeFile(ProgramFile("#!@!.localhost"), many);
+    Start();
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        if (RowsOf("lstSelectedGroups").size() < 5)
+            return;
+        user.stop();
+        ChooseEntry("cboNewsServer", serverName);
+    });
+    user.start(0);
+    ChooseEntry("cboNewsServer", "localhost");
+    EXPECT_TRUE(Until([&] { return !user.isActive(); }));
+    EXPECT_EQ(TextOf("cboNewsServer"), serverName);
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.kites"));
 }

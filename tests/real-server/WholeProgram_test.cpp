@@ -82,9 +82,11 @@ protected:
     }
 
     void Serve(const std::vector<std::string>& groups, int articles, const std::set<int>& gaps,
-        const std::optional<InterNetNews::Account>& account = {})
+        const std::optional<InterNetNews::Account>& account = {}, const std::vector<std::string>& emptyGroups = {})
     {
-        ASSERT_EQ(server.Start(groups, account), "");
+        std::vector<std::string> allGroups = groups;
+        allGroups.insert(allGroups.end(), emptyGroups.begin(), emptyGroups.end());
+        ASSERT_EQ(server.Start(allGroups, account), "");
         std::string selected;
         for (const std::string& group : groups) {
             selected += group + "\r\n";
@@ -276,6 +278,43 @@ TEST_F(WholeProgramTest, PasswordDemanded)
     EXPECT_EQ(Code(exchanges[before + 2]), 281);
     EXPECT_EQ(AskedFor("head"), visited);
     EXPECT_EQ(AskedFor("body"), wanted);
+    EXPECT_EQ(StoredWhole(), attachments.size());
+    EXPECT_TRUE(desktop.boxes.empty());
+}
+
+TEST_F(WholeProgramTest, GroupsFetchedFilteredPickedAndSearched)
+{
+    const std::vector<std::string> groups = {"alt.kites", "alt.kites.high"};
+    std::vector<std::string> emptyGroups;
+    for (int number = 1; number <= 1998; ++number)
+        emptyGroups.push_back("rec.kites.no" + std::to_string(number));
+    Serve(groups, 12, {3, 7}, {}, emptyGroups);
+    if (HasFatalFailure())
+        return;
+
+    const auto program = StartProgram();
+    Click("cmdClearAll");
+    Click("cmdRefresh");
+    // The server has three groups for itself.
+    EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 2003");
+    const std::vector<std::string> fetched = RowsOf("lstAllGroups");
+    EXPECT_EQ(fetched.size(), 2003U);
+    EXPECT_NE(ContentOf(places.appDir + "!@#!." + host).find("\nalt.kites 0000000012 "), std::string::npos);
+    Click("cmdRefreshDisk");
+    EXPECT_EQ(RowsOf("lstAllGroups"), fetched);
+
+    TypeInto("txtNewsGroups", "kites; alt");
+    Click("cmdAndFilter");
+    EXPECT_TRUE(Until([&] { return RowsOf("lstFilteredGroups") == groups; }));
+    DoubleClickRow("lstFilteredGroups", 0);
+    ClickRow("lstFilteredGroups", 0);
+    Click("cmdSavePicks");
+    EXPECT_EQ(RowsOf("lstSelectedGroups"), groups);
+
+    Search();
+    EXPECT_EQ(AskedFor("head"), visited);
+    EXPECT_EQ(AskedFor("body"), wanted);
+    EXPECT_GT(attachments.size(), 0U);
     EXPECT_EQ(StoredWhole(), attachments.size());
     EXPECT_TRUE(desktop.boxes.empty());
 }
