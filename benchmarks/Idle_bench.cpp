@@ -1,14 +1,12 @@
 #include "benchmarks/ProgramInFolder.h"
-#include "sample/ShortPort.h"
+#include "sample/Loopback.h"
 #include "support/Screen.h"
 
 #include <QTimer>
 
-#include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <ctime>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -29,14 +27,7 @@ void TenSecondsInAWait(benchmark::State& state)
 {
     // The system connects a client to a socket that listens, also if nobody ever accepts it.
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int port = ListenOnShortPort([listener](std::uint16_t candidate) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(candidate);
-        return bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0
-            && listen(listener, 4) == 0;
-    });
+    const int port = ListenOnLoopback(listener);
     ProgramInFolder program(port, "alt.kites");
     for (auto _ : state) {
         double start = 0;

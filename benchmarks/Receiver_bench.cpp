@@ -1,9 +1,8 @@
 #include "benchmarks/BareClient.h"
 #include "benchmarks/SideBySide.h"
-#include "sample/ShortPort.h"
+#include "sample/Loopback.h"
 #include "session/NewsSession.h"
 
-#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -31,14 +30,7 @@ public:
         while (reply.size() < textEnd)
             reply.append(line).append("\r\n");
         reply += ".\r\n";
-        port = ListenOnShortPort([this](std::uint16_t candidate) {
-            sockaddr_in address{};
-            address.sin_family = AF_INET;
-            address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-            address.sin_port = htons(candidate);
-            return bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0
-                && listen(listener, 4) == 0;
-        });
+        port = ListenOnLoopback(listener);
         thread = std::thread([this] {
             for (int client; (client = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0; close(client))
                 Serve(client);

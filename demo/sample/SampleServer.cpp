@@ -1,10 +1,9 @@
 #include "sample/SampleServer.h"
 
+#include "sample/Loopback.h"
 #include "sample/SampleSession.h"
-#include "sample/ShortPort.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cctype>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -24,17 +23,6 @@ std::string WithoutBlanksAround(std::string_view text)
     return std::string(text.substr(first, text.find_last_not_of(blanks) + 1 - first));
 }
 
-bool WriteAll(int descriptor, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t written = send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (written <= 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 }
 
 SampleServer::SampleServer(SampleGroups groups)
@@ -47,14 +35,7 @@ SampleServer::SampleServer(SampleGroups groups, Options serverOptions)
     , current(std::make_shared<const SampleGroups>(std::move(groups)))
 {
     listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    port = ListenOnShortPort([this](std::uint16_t candidate) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        address.sin_port = htons(candidate);
-        return bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0
-            && listen(listener, 16) == 0;
-    });
+    port = ListenOnLoopback(listener);
     if (port != 0)
         acceptor = std::thread([this] { Accept(); });
 }
@@ -103,7 +84,7 @@ void SampleServer::Serve(int descriptor)
 {
     const int on = 1;
     setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    if (!WriteAll(descriptor, "201 ready, posting is not allowed\r\n"))
+    if (!SendAll(descriptor, "201 ready, posting is not allowed\r\n"))
         return;
 
     SampleSession session(options.user, options.password, [this] { return Groups(); });
@@ -131,7 +112,7 @@ void SampleServer::Serve(int descriptor)
         const std::string_view bytes = reply.bytes;
         const std::size_t firstWrite
             = options.replies == Replies::StatusLineFirst ? bytes.find('\n') + 1 : bytes.size();
-        if (!WriteAll(descriptor, bytes.substr(0, firstWrite)) || !WriteAll(descriptor, bytes.substr(firstWrite)))
+        if (!SendAll(descriptor, bytes.substr(0, firstWrite)) || !SendAll(descriptor, bytes.substr(firstWrite)))
             return;
         if (reply.hangUp)
             return;

@@ -1,6 +1,6 @@
 #include "real-server/CommandLog.h"
 
-#include "sample/ShortPort.h"
+#include "sample/Loopback.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -27,17 +27,6 @@ sockaddr_in Loopback(int port)
 }
 
 int NewSocket() { return socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); }
-
-bool SendAll(int descriptor, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t sent = send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent <= 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
-    return true;
-}
 
 void Set(int descriptor, int option)
 {
@@ -71,16 +60,8 @@ struct CommandLog::Connection {
 CommandLog::CommandLog(int newsPort)
     : serverPort(newsPort)
 {
-    port = ListenOnShortPort([this](std::uint16_t candidate) {
-        listener = NewSocket();
-        const sockaddr_in address = Loopback(candidate);
-        if (bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0
-            && listen(listener, 8) == 0)
-            return true;
-        close(listener);
-        listener = -1;
-        return false;
-    });
+    listener = NewSocket();
+    port = ListenOnLoopback(listener);
     if (port != 0 && pipe2(stopping, O_CLOEXEC) == 0)
         thread = std::thread([this] { Serve(); });
 }

@@ -1,5 +1,7 @@
 #include "real-server/NewsClient.h"
 
+#include "sample/Loopback.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -50,7 +52,7 @@ void NewsClient::Disconnect()
 
 std::string NewsClient::Command(std::string_view line)
 {
-    return Send(std::string(line) + "\r\n") ? ReadLine() : std::string();
+    return SendAll(descriptor, std::string(line) + "\r\n") ? ReadLine() : std::string();
 }
 
 std::string NewsClient::Text()
@@ -78,17 +80,6 @@ std::string NewsClient::SendText(std::string_view text)
         wire.append(line).append("\r\n");
     }
     return Command(wire + ".");
-}
-
-bool NewsClient::Send(std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t sent = send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent <= 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
-    return true;
 }
 
 std::string NewsClient::ReadLine()

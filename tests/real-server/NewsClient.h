@@ -27,7 +27,6 @@ public:
     std::string SendText(std::string_view text);
 
 private:
-    bool Send(std::string_view bytes);
     std::string ReadLine();
 
     int descriptor = -1;
