@@ -59,7 +59,7 @@ void GroupFilters::cmdOrFilter_Click()
 {
     std::vector<std::string> terms;
     if (Begin(terms))
-        (void)KeepGroupsWithAny(terms);
+        KeepGroupsWithAny(terms);
     End();
 }
 
@@ -97,7 +97,7 @@ void GroupFilters::KeepGroupsWithAll(const std::vector<std::string>& terms)
     }
 }
 
-bool GroupFilters::KeepGroupsWithAny(const std::vector<std::string>& terms)
+void GroupFilters::KeepGroupsWithAny(const std::vector<std::string>& terms)
 {
     constexpr int progressInterval = 400;
     const ListBox& groups = MainForm.lstAllGroups;
@@ -116,13 +116,12 @@ bool GroupFilters::KeepGroupsWithAny(const std::vector<std::string>& terms)
             }
             if (Session.StopFlag) {
                 Session.TcpDisconnect();
-                return false;
+                return;
             }
         }
         ShowHits();
         DoEvents();
     }
-    return true;
 }
 
 void GroupFilters::Keep(const std::string& group)

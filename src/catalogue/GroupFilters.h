@@ -19,8 +19,7 @@ private:
     void cmdOrFilter_Click();
 
     void KeepGroupsWithAll(const std::vector<std::string>& terms);
-    // False if it was stopped.
-    bool KeepGroupsWithAny(const std::vector<std::string>& terms);
+    void KeepGroupsWithAny(const std::vector<std::string>& terms);
 
     // False if it was stopped; the filtered list is then as it was.
     bool Begin(std::vector<std::string>& terms);

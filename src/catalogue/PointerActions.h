@@ -3,8 +3,6 @@
 #include "catalogue/PointerFile.h"
 #include "session/NewsSession.h"
 
-struct frmSetPointer;
-
 // "Set Pointer" and "Reset Group": how far the highlighted group has been read, changed by hand.
 class PointerActions {
 public:

@@ -32,9 +32,7 @@ void PreviewStrip::ShowPic(const std::string& fileName)
         return;
     const FittedSize size = Fit(aspect, MainForm.SSPanel1[0].Width(), MainForm.SSPanel1[0].Height());
     MoveSlot(1, 2);
-    DoEvents();
     MoveSlot(0, 1);
-    DoEvents();
     ImageControl& newest = MainForm.Image2[0];
     newest.SetVisible(false);
     newest.SetPicture({});
@@ -60,4 +58,5 @@ void PreviewStrip::MoveSlot(int from, int to)
     target.SetPicture(source.Picture());
     CentreInContainer(target, MainForm.SSPanel1[to]);
     target.SetVisible(true);
+    DoEvents();
 }

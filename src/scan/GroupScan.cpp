@@ -1,6 +1,5 @@
 #include "scan/GroupScan.h"
 
-#include "catalogue/PointerFile.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
 
@@ -91,17 +90,20 @@ void GroupScan::WalkArticles(std::int32_t lastInGroup)
     }
 }
 
+PointerFile GroupScan::Pointers() const
+{
+    return PointerFile(ServerFiles::Pointers(Session.AppDir, MainForm.cboNewsServer.Text()));
+}
+
 void GroupScan::FindPointer()
 {
-    const PointerFile pointers(ServerFiles::Pointers(Session.AppDir, MainForm.cboNewsServer.Text()));
-    const PointerFile::Lookup lookup = pointers.Find(Session.CurrentGroup, [this] { return !Session.StopFlag; });
+    const PointerFile::Lookup lookup = Pointers().Find(Session.CurrentGroup, [this] { return !Session.StopFlag; });
     pointerRecordNumber = lookup.recordNumber;
     Session.StartArticle = lookup.article;
 }
 
 void GroupScan::WritePointer(std::int32_t article)
 {
-    const PointerFile pointers(ServerFiles::Pointers(Session.AppDir, MainForm.cboNewsServer.Text()));
     // A pointer that cannot be written only makes the next search start earlier.
-    (void)pointers.Write(pointerRecordNumber, Session.CurrentGroup, article);
+    (void)Pointers().Write(pointerRecordNumber, Session.CurrentGroup, article);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "catalogue/PointerFile.h"
 #include "platform/Desktop.h"
 #include "scan/ArticleMatching.h"
 #include "scan/AttachmentStoring.h"
@@ -20,6 +21,7 @@ private:
 
     AfterGroup ScanGroup(const std::string& group);
     void WalkArticles(std::int32_t lastInGroup);
+    PointerFile Pointers() const;
     void FindPointer();
     void WritePointer(std::int32_t article);
 

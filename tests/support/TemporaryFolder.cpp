@@ -35,6 +35,9 @@ TemporaryFolder::~TemporaryFolder()
 
 std::string ContentOf(const std::string& path)
 {
+    std::error_code error;
+    if (!fs::is_regular_file(path, error))
+        return {};
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
