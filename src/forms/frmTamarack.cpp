@@ -1,5 +1,7 @@
 #include "forms/frmTamarack.h"
 
+#include "platform/Artwork.h"
+
 frmTamarack::frmTamarack()
     : Form("frmTamarack", idleCaption, {.clientWidth = 6630, .clientHeight = 6345})
 {
@@ -12,6 +14,7 @@ frmTamarack::frmTamarack()
         control->SetEnabled(false);
     Label1.SetVisible(false);
     Frame3.SetVisible(false);
+    Image1.SetPicture(Artwork::Banner());
 
     Label3.SetBuddy(txtNamed);
     lblSizeIs.SetBuddy(cboSizeIs);

@@ -74,6 +74,7 @@ protected:
     QWidget* const widget;
 
 private:
+    friend class Form;
     friend class Label;
     friend class Stepper;
 

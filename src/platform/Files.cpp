@@ -1,5 +1,8 @@
 #include "platform/Files.h"
 
+#include "platform/Text.h"
+
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -72,7 +75,8 @@ bool DirExists(const std::string& path)
 
 std::error_code ReplaceFile(const std::string& path, std::initializer_list<std::string_view> contents)
 {
-    const std::string beside = path + ".new";
+    // A name of its own: the file's, which may be as long as a name can be, leaves no room for an ending.
+    const std::string beside = path.substr(0, path.rfind('/') + 1) + ".replacement.new";
     Descriptor file(open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666));
     if (file.Get() < 0)
         return LastError();
@@ -142,6 +146,24 @@ std::string CurrentDirectory()
     if (!path.ends_with('/'))
         path += '/';
     return path;
+}
+
+std::optional<std::vector<std::string>> NamesIn(const std::string& directory, EntryKind kind)
+{
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::directory_iterator entry(directory, error);
+    std::vector<std::string> names;
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        std::error_code lost;
+        if (kind == EntryKind::Directory ? entry->is_directory(lost) : entry->is_regular_file(lost))
+            names.push_back(entry->path().filename().native());
+    }
+    if (error)
+        return std::nullopt;
+    std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });
+    std::sort(names.begin(), names.end(), SortsBefore);
+    return names;
 }
 
 SequentialInput::SequentialInput(const std::string& path)

@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 // Files as the logic uses them. Paths are bytes. Nothing here throws.
 
@@ -31,6 +33,12 @@ bool DirExists(const std::string& path);
 
 // The current directory with a separator at its end.
 std::string CurrentDirectory();
+
+enum class EntryKind { Directory, File };
+
+// The names of the directories, or of the plain files, in a directory, links to such included and hidden ones left out;
+// sorted regardless of ASCII case. None if the directory cannot be read.
+std::optional<std::vector<std::string>> NamesIn(const std::string& directory, EntryKind kind);
 
 // Reads a text file by fields, as a spreadsheet's lines: leading blanks are skipped; a field ends at a comma or a line
 // end, or, if it begins with a double quote, at the next double quote, line ends being part of it.

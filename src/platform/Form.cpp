@@ -1,11 +1,16 @@
 #include "platform/Form.h"
 
+#include "platform/Buttons.h"
 #include "platform/Cursors.h"
 #include "platform/DisplayText.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QEventLoop>
+#include <QKeyEvent>
 #include <QMenuBar>
+#include <QPushButton>
+#include <QScreen>
 #include <QWidget>
 
 // Lays out a menu bar above the client area by hand: a layout would move the controls, whose places are given.
@@ -46,8 +51,30 @@ public:
             modalLoop->quit();
     }
 
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+        auto* focused = qobject_cast<QPushButton*>(focusWidget());
+        QAbstractButton* pressed = event->key() == Qt::Key_Escape ? cancelButton
+            : !enter || acceptButton == nullptr                   ? nullptr
+            : focused != nullptr                                  ? focused
+                                                                  : acceptButton;
+        if (pressed != nullptr)
+            pressed->click();
+        else
+            QWidget::keyPressEvent(event);
+    }
+
+    void MoveMiddleTo(QPoint middle)
+    {
+        const QSize size = frameGeometry().size();
+        move(middle - QPoint(size.width() / 2, size.height() / 2));
+    }
+
     Form& form;
     QWidget client;
+    QPushButton* acceptButton = nullptr;
+    QPushButton* cancelButton = nullptr;
     QEventLoop* modalLoop = nullptr;
 };
 
@@ -62,6 +89,8 @@ Form::Form(std::string_view name, std::string_view caption, const Design& design
     SetCaption(caption);
     if (border == BorderStyle::Fixed)
         window->setWindowFlag(Qt::WindowMaximizeButtonHint, false);
+    else if (border == BorderStyle::None)
+        window->setWindowFlags(Qt::SplashScreen | Qt::FramelessWindowHint);
     Layout();
 }
 
@@ -87,12 +116,12 @@ void Form::SetHeight(double height)
 
 double Form::ScaleWidth() const
 {
-    return border == BorderStyle::Fixed ? clientWidth : Twips::FromPixels(window->client.width());
+    return border != BorderStyle::Sizable ? clientWidth : Twips::FromPixels(window->client.width());
 }
 
 double Form::ScaleHeight() const
 {
-    return border == BorderStyle::Fixed ? clientHeight : Twips::FromPixels(window->client.height());
+    return border != BorderStyle::Sizable ? clientHeight : Twips::FromPixels(window->client.height());
 }
 
 WindowState Form::State() const
@@ -115,6 +144,17 @@ void Form::ShowModal()
     loop.exec(QEventLoop::DialogExec);
     window->modalLoop = nullptr;
     window->setWindowModality(Qt::NonModal);
+}
+
+void Form::CentreOnScreen() { window->MoveMiddleTo(QApplication::primaryScreen()->geometry().center()); }
+
+void Form::CentreOver(const Form& other) { window->MoveMiddleTo(other.window->frameGeometry().center()); }
+
+void Form::SetDialogButtons(CommandButton& accept, CommandButton& cancel)
+{
+    window->acceptButton = static_cast<QPushButton*>(accept.widget);
+    window->cancelButton = static_cast<QPushButton*>(cancel.widget);
+    window->acceptButton->setDefault(true);
 }
 
 void Form::BringToFront()
@@ -144,7 +184,7 @@ void Form::Layout()
 {
     const int menuHeight = menuBar != nullptr ? menuBar->sizeHint().height() : 0;
     const QSize size(Twips::ToPixels(clientWidth), Twips::ToPixels(clientHeight) + menuHeight);
-    if (border == BorderStyle::Fixed)
+    if (border != BorderStyle::Sizable)
         window->setFixedSize(size);
     else
         window->resize(size);

@@ -5,10 +5,11 @@
 
 #include <memory>
 
+class CommandButton;
 class QEventLoop;
 class QMenuBar;
 
-enum class BorderStyle { Fixed, Sizable };
+enum class BorderStyle { Fixed, Sizable, None };
 enum class WindowState { Normal = 0, Minimised = 1, Maximised = 2 };
 
 // A window of its own. Its controls are members of a class derived from it; their places count from the corner of the
@@ -52,6 +53,13 @@ public:
 
     // Shows the form and returns when it is hidden again; meanwhile no other form takes input.
     void ShowModal();
+
+    // Puts the middle of the window to the middle of the screen, or of another window.
+    void CentreOnScreen();
+    void CentreOver(const Form& other);
+
+    // Enter presses the first from every control that does not want the key for itself, and Escape the second.
+    void SetDialogButtons(CommandButton& accept, CommandButton& cancel);
 
     // In front of the other windows.
     void BringToFront();

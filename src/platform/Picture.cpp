@@ -6,16 +6,18 @@
 
 Picture::Picture() = default;
 
+Picture::Picture(QImage pixels)
+    : image(std::make_shared<const QImage>(std::move(pixels)))
+{
+}
+
 Picture Picture::FromFile(const std::string& path)
 {
     QImageReader reader(QFile::decodeName(path.c_str()));
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
-    Picture picture;
-    QImage image = reader.read();
-    if (!image.isNull())
-        picture.image = std::make_shared<const QImage>(std::move(image));
-    return picture;
+    QImage pixels = reader.read();
+    return pixels.isNull() ? Picture() : Picture(std::move(pixels));
 }
 
 int Picture::Width() const { return image ? image->width() : 0; }

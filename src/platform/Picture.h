@@ -9,6 +9,7 @@ class QImage;
 class Picture {
 public:
     Picture();
+    explicit Picture(QImage pixels);
 
     // Reads a picture file. No picture if it cannot be read.
     static Picture FromFile(const std::string& path);

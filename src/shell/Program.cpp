@@ -20,6 +20,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     , store(MainForm, Session, previewStrip)
     , scan(MainForm, Session, desktop, matching, store)
     , findNow(MainForm, Session, desktop, scan)
+    , destination(MainForm, desktop)
 {
     Session.AppDir = places.appDir;
     MainForm.Unload = [this] { Form_Unload(); };

@@ -6,6 +6,7 @@
 #include "catalogue/PointerActions.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
+#include "shell/Destination.h"
 #include "shell/MainSettings.h"
 #include "shell/ProgramPlaces.h"
 
@@ -41,4 +42,5 @@ private:
     AttachmentStoring store;
     GroupScan scan;
     FindNow findNow;
+    Destination destination;
 };

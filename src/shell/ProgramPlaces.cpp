@@ -19,16 +19,29 @@ fs::path UserDataDirectory()
     return fs::path(home != nullptr ? home : "/tmp") / ".local" / "share";
 }
 
+fs::path ExecutableDirectory()
+{
+    std::error_code error;
+    return fs::read_symlink("/proc/self/exe", error).parent_path();
+}
+
+bool IsInstallation(const fs::path& directory) { return directory.filename() == "bin"; }
+
 }
 
 ProgramPlaces ProgramPlaces::OfUser()
 {
-    std::error_code error;
-    fs::path directory = fs::read_symlink("/proc/self/exe", error).parent_path();
-    const bool installed = directory.filename() == "bin";
-    if (error || installed || access(directory.c_str(), W_OK) != 0) {
+    fs::path directory = ExecutableDirectory();
+    if (IsInstallation(directory) || access(directory.c_str(), W_OK) != 0) {
         directory = UserDataDirectory() / "Tamarack";
+        std::error_code error;
         fs::create_directories(directory, error);
     }
     return {directory.string() + '/', Settings::UserFileName()};
+}
+
+std::string ProgramPlaces::OfResources()
+{
+    const fs::path directory = ExecutableDirectory();
+    return (IsInstallation(directory) ? directory.parent_path() / "share" / "tamarack" : directory).string() + '/';
 }

@@ -61,7 +61,7 @@ TEST(Files, ReplacingLeavesTheOldFileWhenItFails)
     const TemporaryFolder folder;
     EXPECT_FALSE(ReplaceFile(folder.File("kept"), {"n", "ew"}));
     EXPECT_EQ(ContentOf(folder.File("kept")), "new");
-    fs::create_directory(folder.File("kept.new"));
+    fs::create_directory(folder.File(".replacement.new"));
     EXPECT_TRUE(ReplaceFile(folder.File("kept"), {"newer"}));
     EXPECT_EQ(ContentOf(folder.File("kept")), "new");
 }

@@ -1,0 +1,15 @@
+#include "platform/Artwork.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QSvgRenderer>
+
+Picture Artwork::Banner()
+{
+    QSvgRenderer drawing(QStringLiteral(":/artwork/banner.svg"));
+    QImage image(drawing.defaultSize(), QImage::Format_RGB32);
+    QPainter painter(&image);
+    drawing.render(&painter);
+    painter.end();
+    return Picture(std::move(image));
+}

@@ -1,0 +1,69 @@
+#include "platform/DriveList.h"
+
+#include "platform/DisplayText.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QStorageInfo>
+#include <algorithm>
+
+namespace {
+
+// What the kernel shows as files about itself is no place to store anything. Disks and network shares have a device; of
+// the rest only what somebody mounted where people look for disks counts.
+bool HoldsFiles(const QStorageInfo& volume)
+{
+    const QByteArray device = volume.device();
+    const QString place = volume.rootPath();
+    // A container's runtime mounts single files, too.
+    return QFileInfo(place).isDir()
+        && (device.startsWith("/dev/") || device.contains(':') || device.startsWith("//")
+            || place.startsWith(QLatin1String("/media/")) || place.startsWith(QLatin1String("/mnt/"))
+            || place.startsWith(QLatin1String("/run/media/")));
+}
+
+std::vector<std::string> MountPoints()
+{
+    std::vector<std::string> points{"/"};
+    for (const QStorageInfo& volume : QStorageInfo::mountedVolumes()) {
+        if (HoldsFiles(volume))
+            points.push_back(QFile::encodeName(volume.rootPath()).toStdString());
+    }
+    std::sort(points.begin(), points.end());
+    points.erase(std::unique(points.begin(), points.end()), points.end());
+    return points;
+}
+
+bool Holds(std::string_view mountPoint, std::string_view path)
+{
+    return mountPoint == "/"
+        || (path.starts_with(mountPoint) && (path.size() == mountPoint.size() || path[mountPoint.size()] == '/'));
+}
+
+}
+
+DriveList::DriveList(Container& container, std::string_view name, const Place& place)
+    : Control(container, new QComboBox, name, place)
+    , mountPoints(MountPoints())
+{
+    auto* combo = static_cast<QComboBox*>(widget);
+    for (const std::string& mountPoint : mountPoints)
+        combo->addItem(ToDisplay(mountPoint));
+    QObject::connect(combo, &QComboBox::currentIndexChanged, combo, [this] { Raise(Change); });
+}
+
+std::string DriveList::Drive() const
+{
+    return mountPoints.at(static_cast<std::size_t>(static_cast<QComboBox*>(widget)->currentIndex()));
+}
+
+void DriveList::SetDrive(std::string_view path)
+{
+    // Sorted, so that the last that fits is the nearest.
+    int nearest = 0;
+    for (std::size_t row = 0; row < mountPoints.size(); ++row) {
+        if (Holds(mountPoints[row], path))
+            nearest = static_cast<int>(row);
+    }
+    static_cast<QComboBox*>(widget)->setCurrentIndex(nearest);
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/Buttons.h"
+#include "platform/DirectoryList.h"
+#include "platform/DriveList.h"
+#include "platform/Form.h"
+
+// Where the attachments go: the volumes, and the directories of one of them.
+struct frmSelectDrive : Form {
+    frmSelectDrive()
+        : Form("frmSelectDrive", "Select the image destination", {.clientWidth = 4470, .clientHeight = 2760})
+    {
+        SetDialogButtons(CmdExit, cmdCancel);
+        Dir1.SetFocus();
+    }
+
+    DriveList Drive1{*this, "Drive1", {15, 45, 2640, 315}};
+    CommandButton CmdExit{*this, "CmdExit", "Ok", {2730, 45, 795, 300}};
+    CommandButton cmdCancel{*this, "cmdCancel", "Cancel", {3645, 45, 780, 300}};
+    DirectoryList Dir1{*this, "Dir1", {15, 405, 4440, 2340}};
+};
