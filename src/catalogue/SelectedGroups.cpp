@@ -24,16 +24,20 @@ void SelectedGroups::LoadSelectedGroups()
     SequentialInput file(fileName);
     if (!file.IsOpen())
         return;
+    loading = true;
     // Another server that is chosen meanwhile has its own groups in the list by then.
     while (!file.AtEnd() && FileName() == fileName) {
         list.AddItem(file.ReadField());
         DoEvents();
     }
+    loading = false;
     MainForm.StatusBar2.Panels(3).SetText("Selected: " + std::to_string(list.ListCount()));
 }
 
 void SelectedGroups::SaveSelectedGroups()
 {
+    if (loading)
+        return;
     const ListBox& list = MainForm.lstSelectedGroups;
     std::string content;
     for (int row = 0; row < list.ListCount(); ++row) {

@@ -11,7 +11,8 @@ public:
     // Replaces the list with the file of the current server. A missing file leaves it empty.
     void LoadSelectedGroups();
 
-    // Writes the list to the file of the current server. A failure leaves the old file.
+    // Writes the list to the file of the current server. A failure leaves the old file, and so does an end of the
+    // program while the list is only half read.
     void SaveSelectedGroups();
 
 private:
@@ -19,4 +20,5 @@ private:
 
     frmTamarack& MainForm;
     NewsSession& Session;
+    bool loading = false;
 };

@@ -1,10 +1,17 @@
 #include "platform/Application.h"
 
+#include "platform/Control.h"
+
 #include <QApplication>
 #include <QIcon>
 #include <QPainter>
 #include <QPixmap>
+#include <QSessionManager>
+#include <QSocketNotifier>
 #include <QSvgRenderer>
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -22,6 +29,16 @@ QIcon WindowIcon()
     return icon;
 }
 
+// A signal's handler may do next to nothing: it writes a byte into this pipe, and the other end is an event.
+int signalPipe[2] = {-1, -1};
+
+void NoteSignal(int)
+{
+    const int saved = errno;
+    (void)!write(signalPipe[1], "", 1);
+    errno = saved;
+}
+
 }
 
 Application::Application(int& argc, char** argv)
@@ -33,9 +50,32 @@ Application::Application(int& argc, char** argv)
     QApplication::setWindowIcon(WindowIcon());
     // The program ends when its main form is unloaded, not when nothing is on the screen for a moment.
     QApplication::setQuitOnLastWindowClosed(false);
+    WatchSignals();
+    QObject::connect(
+        application.get(), &QApplication::commitDataRequest, application.get(), [this](QSessionManager& manager) {
+            manager.setRestartHint(QSessionManager::RestartNever);
+            Raise(EndRequested);
+        });
 }
 
 Application::~Application() = default;
+
+void Application::WatchSignals()
+{
+    if (pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    signalNotifier = std::make_unique<QSocketNotifier>(signalPipe[0], QSocketNotifier::Read);
+    QObject::connect(signalNotifier.get(), &QSocketNotifier::activated, signalNotifier.get(), [this] {
+        char byte = 0;
+        while (read(signalPipe[0], &byte, 1) > 0) { }
+        Raise(EndRequested);
+    });
+    struct sigaction action { };
+    action.sa_handler = NoteSignal;
+    action.sa_flags = SA_RESTART;
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        sigaction(signal, &action, nullptr);
+}
 
 int Application::Run() { return QApplication::exec(); }
 

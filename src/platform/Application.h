@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 class QApplication;
+class QSocketNotifier;
 
 // The toolkit's start and its event loop. There is one, it is made before every form, and it outlives them.
 class Application {
@@ -18,6 +20,13 @@ public:
 
     static void Quit();
 
+    // The system wants the program to end: SIGTERM, SIGINT or SIGHUP, or the person logs out. Raised where events are
+    // delivered, so also inside a wait and while a message box is up.
+    std::function<void()> EndRequested;
+
 private:
+    void WatchSignals();
+
     std::unique_ptr<QApplication> application;
+    std::unique_ptr<QSocketNotifier> signalNotifier;
 };

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QDesktopServices>
+#include <QFile>
 #include <QMessageBox>
 #include <QUrl>
 #include <cstdlib>
@@ -65,6 +66,11 @@ void Desktop::Sleep(std::chrono::milliseconds duration)
     std::this_thread::sleep_for(duration);
 }
 
-void Desktop::OpenDocument(const std::string& address) { QDesktopServices::openUrl(QUrl(ToDisplay(address))); }
+void Desktop::ShellOpen(const std::string& address) { QDesktopServices::openUrl(QUrl(ToDisplay(address))); }
 
 void Desktop::EndProgram() { std::_Exit(EXIT_SUCCESS); }
+
+std::string AddressOfFile(const std::string& path)
+{
+    return QUrl::fromLocalFile(QFile::decodeName(path.c_str())).toEncoded().toStdString();
+}

@@ -23,8 +23,11 @@ public:
     virtual void Sleep(std::chrono::milliseconds duration);
 
     // Hands a document or web address to the system's opener. Nobody is told whether it worked.
-    virtual void OpenDocument(const std::string& address);
+    virtual void ShellOpen(const std::string& address);
 
     // Ends the process at once, with everything that it has open, and without an unload of any form.
     virtual void EndProgram();
 };
+
+// The address under which a file of this machine can be handed to ShellOpen.
+std::string AddressOfFile(const std::string& path);

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -197,6 +198,18 @@ std::string SequentialInput::ReadField()
     else if (!AtEnd() && (content[position] == '\r' || content[position] == '\n'))
         ++position;
     return field;
+}
+
+LockFile::LockFile(const std::string& path)
+    : descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666))
+    , heldByAnother(descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+{
+}
+
+LockFile::~LockFile()
+{
+    if (descriptor >= 0)
+        close(descriptor);
 }
 
 RandomFile::RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength)

@@ -57,6 +57,23 @@ private:
     bool open = false;
 };
 
+// A mark that one process holds at a time, as long as the object lives; a process that dies lets go of it. The file
+// stays.
+class LockFile {
+public:
+    explicit LockFile(const std::string& path);
+    ~LockFile();
+    LockFile(const LockFile&) = delete;
+    LockFile& operator=(const LockFile&) = delete;
+
+    // Where the file cannot be made, or the disk knows no locks, nobody is known to hold it.
+    bool HeldByAnother() const { return heldByAnother; }
+
+private:
+    int descriptor;
+    bool heldByAnother;
+};
+
 enum class RandomAccess { Read, ReadWrite };
 
 // A file of records of one length, counted from 1. For reading and writing, a missing file is made.

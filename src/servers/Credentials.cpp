@@ -24,6 +24,12 @@ void Credentials::Load()
     MainForm.txtPassword.SetText(Stored(passwordEnding));
 }
 
+void Credentials::Forget(const std::string& server)
+{
+    for (const std::string_view ending : {std::string_view(), passwordEnding, userEnding})
+        settings.DeleteSetting(section, server + std::string(ending));
+}
+
 void Credentials::chkUserName_Click()
 {
     const bool wanted = MainForm.chkUserName.Value() == 1;

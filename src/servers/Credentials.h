@@ -13,6 +13,9 @@ public:
     // Shows what is stored for the current server.
     void Load();
 
+    // Removes what is stored for a server.
+    void Forget(const std::string& server);
+
 private:
     void chkUserName_Click();
     void txtUserName_Change();

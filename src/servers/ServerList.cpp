@@ -1,28 +1,30 @@
 #include "servers/ServerList.h"
 
+#include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
+#include "platform/Files.h"
 #include "platform/Text.h"
+#include "servers/ServerSettings.h"
 
-namespace {
+using namespace ServerSettings;
 
-constexpr std::string_view section = "Servers";
-constexpr std::string_view defaultKey = "Default";
-
-}
-
-ServerList::ServerList(frmTamarack& mainForm, NewsSession& session, Settings& newSettings, Credentials& newCredentials,
-    SelectedGroups& newSelectedGroups, GroupStore& newGroupStore)
+ServerList::ServerList(frmTamarack& mainForm, NewsSession& session, Settings& newSettings, Desktop& newDesktop,
+    Credentials& newCredentials, NewServer& newNewServer, SelectedGroups& newSelectedGroups, GroupStore& newGroupStore)
     : MainForm(mainForm)
     , Session(session)
     , settings(newSettings)
+    , desktop(newDesktop)
     , credentials(newCredentials)
+    , newServer(newNewServer)
     , selectedGroups(newSelectedGroups)
     , groupStore(newGroupStore)
 {
     MainForm.cboNewsServer.Click = [this] { cboNewsServer_Click(); };
+    MainForm.cmdAddNewsServer.Click = [this] { cmdAddNewsServer_Click(); };
+    MainForm.cmdDeleteServer.Click = [this] { cmdDeleteServer_Click(); };
 }
 
-void ServerList::Fill()
+bool ServerList::Fill()
 {
     ComboBox& servers = MainForm.cboNewsServer;
     const std::string stored = settings.GetSetting(section, defaultKey);
@@ -36,8 +38,24 @@ void ServerList::Fill()
             servers.SetListIndex(servers.ListCount() - 1);
     }
     DoEvents();
-    if (servers.ListCount() > 0 && servers.Text().empty())
+    if (servers.ListCount() == 0)
+        return AskForFirst();
+    if (servers.Text().empty())
         servers.SetListIndex(0);
+    return true;
+}
+
+bool ServerList::AskForFirst()
+{
+    while (true) {
+        newServer.Show();
+        if (MainForm.cboNewsServer.ListCount() > 0) {
+            MainForm.cboNewsServer.SetListIndex(0);
+            return true;
+        }
+        if (desktop.MsgBox("You must enter a news server!", "Error", MessageButtons::OkCancel) == MessageAnswer::Cancel)
+            return false;
+    }
 }
 
 void ServerList::SaveDefault() { settings.SaveSetting(section, defaultKey, MainForm.cboNewsServer.Text()); }
@@ -52,4 +70,37 @@ void ServerList::cboNewsServer_Click()
     if (MainForm.chkAutoLoad.Value() == 1)
         groupStore.cmdRefreshDisk_Click();
     MainForm.lstFilteredGroups.Clear();
+}
+
+void ServerList::cmdAddNewsServer_Click() { newServer.Show(); }
+
+void ServerList::cmdDeleteServer_Click()
+{
+    ComboBox& servers = MainForm.cboNewsServer;
+    if (servers.ListCount() == 0)
+        return;
+    const std::string name = servers.Text();
+    if (desktop.MsgBox("Are you sure you want to delete \r\n" + name + " from the list?", "Delete News Server?",
+            MessageButtons::YesNo)
+        != MessageAnswer::Yes)
+        return;
+    for (const auto& fileOf : {ServerFiles::Group, ServerFiles::Pointers, ServerFiles::Selected}) {
+        if (const std::string file = fileOf(Session.AppDir, name); FileExists(file))
+            (void)DeleteFile(file);
+    }
+    const std::string key(Trim(name));
+    settings.DeleteSetting(section, key);
+    credentials.Forget(key);
+    servers.RemoveItem(servers.ListIndex());
+    MainForm.lstFilteredGroups.Clear();
+    MainForm.lstAllGroups.Clear();
+    MainForm.lstSelectedGroups.Clear();
+    if (servers.ListCount() > 0) {
+        servers.SetListIndex(0);
+        SaveDefault();
+    } else {
+        MainForm.chkUserName.SetValue(0);
+        MainForm.txtUserName.SetText("");
+        MainForm.txtPassword.SetText("");
+    }
 }

@@ -1,9 +1,13 @@
 #include "shell/Program.h"
 
+#include "platform/Events.h"
+#include "shell/frmBanner.h"
+
 using namespace std::chrono_literals;
 
 Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     : desktop(newDesktop)
+    , lock(places.appDir + "tamarack.lock")
     , settings(places.settingsFile)
     , Session(MainForm, desktop)
     , mainSettings(MainForm, settings)
@@ -13,7 +17,8 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     , picking(MainForm)
     , pointerActions(MainForm, Session, desktop)
     , credentials(MainForm, settings)
-    , serverList(MainForm, Session, settings, credentials, selectedGroups, groupStore)
+    , newServer(MainForm, Session, settings, desktop, AddressOfFile(places.resources + "help/find-a-server.html"))
+    , serverList(MainForm, Session, settings, desktop, credentials, newServer, selectedGroups, groupStore)
     , previewStrip(MainForm)
     , criteria(MainForm, desktop)
     , matching(MainForm, Session, criteria)
@@ -29,25 +34,73 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
 }
 
-void Program::Start() { Form_Load(); }
+void Program::Start()
+{
+    if (lock.HeldByAnother()) {
+        desktop.MsgBox("Tamarack is already running.\r\n"
+                       "A second one would write into the same files.",
+            "Tamarack");
+        desktop.EndProgram();
+        return;
+    }
+    Form_Load();
+}
+
+// What is on the form before it is visible is not yet what the user left there, and must not be kept as such.
+void Program::End()
+{
+    if (MainForm.Visible())
+        Form_Unload();
+    else
+        desktop.EndProgram();
+}
 
 void Program::Form_Load()
 {
     Session.SearchPos = 1;
     mainSettings.RestoreAutoLoad();
     MainForm.SetHeight(frmTamarack::heightWithoutPreviews);
-    MainForm.Timer2.SetEnabled(true);
-    serverList.Fill();
-    selectedGroups.LoadSelectedGroups();
+    if (!LoadBehindBanner()) {
+        desktop.EndProgram();
+        return;
+    }
     MainForm.SetMousePointer(MousePointer::Default);
+    DoEvents();
     mainSettings.Restore();
     criteria.BuildFilePatterns();
     MainForm.SetVisible(true);
 }
 
+bool Program::LoadBehindBanner()
+{
+    frmBanner banner;
+    banner.Picture.SetPicture(MainForm.Image1.Picture());
+    banner.CentreOnScreen();
+    banner.SetVisible(true);
+    DoEvents();
+    MainForm.Timer2.SetEnabled(true);
+    if (!serverList.Fill())
+        return false;
+    if (const std::string groupFile = groupStore.FileName(); FileExists(groupFile)) {
+        if (MainForm.chkAutoLoad.Value() == 1)
+            groupStore.LoadGroupsFromDisk(groupFile, banner.ProgressBar1, banner.Label1);
+        banner.Label1.SetCaption("Loading Selected Groups...");
+        selectedGroups.LoadSelectedGroups();
+    } else {
+        desktop.MsgBox("Your local Newsgroup file does not exist.\r\n"
+                       "You must REFRESH it from the NETWORK\r\n"
+                       "on the News Groups tab",
+            "No News Group File");
+    }
+    while (!Timer2Fired)
+        WaitForEvents();
+    return true;
+}
+
 void Program::Timer2_Timer()
 {
     MainForm.Timer2.SetInterval(30000ms);
+    Timer2Fired = true;
     MainForm.StatusBar1.Panels(4).SetStyle(PanelStyle::Time);
 }
 

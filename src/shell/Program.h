@@ -4,6 +4,7 @@
 #include "catalogue/GroupStore.h"
 #include "catalogue/Picking.h"
 #include "catalogue/PointerActions.h"
+#include "platform/Files.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
 #include "shell/Destination.h"
@@ -16,15 +17,24 @@ class Program {
 public:
     Program(Desktop& desktop, const ProgramPlaces& places);
 
-    // Brings back the state of the last run; at the end the main form is visible.
+    // Brings back the state of the last run; at the end the main form is visible. Ends the program instead if another
+    // one works on the same files, or if the user names no news server.
     void Start();
+
+    // Ends the program as its user would, at any moment.
+    void End();
+
+    // For those who work the program from outside: the demo and the tests.
+    frmTamarack& Form() { return MainForm; }
 
 private:
     void Form_Load();
+    bool LoadBehindBanner();
     void Form_Unload();
     void Timer2_Timer();
 
     Desktop& desktop;
+    LockFile lock;
     Settings settings;
     frmTamarack MainForm;
     NewsSession Session;
@@ -35,6 +45,7 @@ private:
     Picking picking;
     PointerActions pointerActions;
     Credentials credentials;
+    NewServer newServer;
     ServerList serverList;
     PreviewStrip previewStrip;
     SearchCriteria criteria;
@@ -43,4 +54,5 @@ private:
     GroupScan scan;
     FindNow findNow;
     Destination destination;
+    bool Timer2Fired = false;
 };

@@ -17,6 +17,8 @@ void ProgramTest::Start()
     program.reset();
     desktop.boxes.clear();
     program = std::make_unique<Program>(desktop, ProgramPlaces{ProgramFile(""), folder.File("settings.ini")});
+    // The banner's two seconds are for people.
+    program->Form().Timer2.SetInterval(std::chrono::milliseconds(1));
     program->Start();
     ASSERT_TRUE(Until([] { return IsVisible("frmTamarack"); }));
     QWidget* const window = WindowNamed("frmTamarack");

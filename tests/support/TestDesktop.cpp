@@ -20,7 +20,7 @@ void TestDesktop::Sleep(std::chrono::milliseconds duration)
         whileAsleep(duration);
 }
 
-void TestDesktop::OpenDocument(const std::string& address) { opened.push_back(address); }
+void TestDesktop::ShellOpen(const std::string& address) { opened.push_back(address); }
 
 void TestDesktop::EndProgram()
 {

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/Buttons.h"
+#include "platform/Form.h"
+#include "platform/Label.h"
+#include "platform/TextBox.h"
+
+// Asks for the name of a news server.
+struct frmNewsServer : Form {
+    frmNewsServer()
+        : Form("frmNewsServer", "Add News Server", {.clientWidth = 5160, .clientHeight = 3375})
+    {
+        lblNewsServerName.SetBuddy(txtNewsServer);
+        cmdFreeList.SetToolTip("How to find a news server");
+        SetDialogButtons(cmdSave, cmdCancel);
+        txtNewsServer.SetFocus();
+    }
+
+    Label lblNewsServerName{*this, "lblNewsServerName", "News Server Name:", {120, 120, 1620, 330}};
+    TextBox txtNewsServer{*this, "txtNewsServer", {1770, 120, 3270, 330}, {.text = "news.example.com"}};
+    TextBox txtText1{*this, "txtText1", {120, 570, 4920, 2220}, {.multiLine = true, .readOnly = true}};
+    CommandButton cmdSave{*this, "cmdSave", "Save", {120, 2910, 1440, 345}};
+    CommandButton cmdCancel{*this, "cmdCancel", "Cancel", {1680, 2910, 1440, 345}};
+    CommandButton cmdFreeList{*this, "cmdFreeList", "Show Free List", {3240, 2910, 1800, 345}};
+};
