@@ -6,7 +6,7 @@ int main(int argc, char** argv)
     Application application(argc, argv);
     Desktop desktop;
     Program program(desktop, ProgramPlaces::OfUser());
-    application.EndRequested = [&program] { program.End(); };
+    application.AtEndRequest([&program] { program.End(); });
     program.Start();
     return application.Run();
 }

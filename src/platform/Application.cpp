@@ -50,25 +50,30 @@ Application::Application(int& argc, char** argv)
     QApplication::setWindowIcon(WindowIcon());
     // The program ends when its main form is unloaded, not when nothing is on the screen for a moment.
     QApplication::setQuitOnLastWindowClosed(false);
-    WatchSignals();
     QObject::connect(
         application.get(), &QApplication::commitDataRequest, application.get(), [this](QSessionManager& manager) {
             manager.setRestartHint(QSessionManager::RestartNever);
-            Raise(EndRequested);
+            Raise(endRequested);
         });
 }
 
 Application::~Application() = default;
 
-void Application::WatchSignals()
+void Application::AtEndRequest(std::function<void()> handler)
 {
+    endRequested = std::move(handler);
+    QObject::connect(
+        application.get(), &QApplication::commitDataRequest, application.get(), [this](QSessionManager& manager) {
+            manager.setRestartHint(QSessionManager::RestartNever);
+            Raise(endRequested);
+        });
     if (pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
     signalNotifier = std::make_unique<QSocketNotifier>(signalPipe[0], QSocketNotifier::Read);
     QObject::connect(signalNotifier.get(), &QSocketNotifier::activated, signalNotifier.get(), [this] {
         char byte = 0;
         while (read(signalPipe[0], &byte, 1) > 0) { }
-        Raise(EndRequested);
+        Raise(endRequested);
     });
     struct sigaction action { };
     action.sa_handler = NoteSignal;

@@ -20,13 +20,12 @@ public:
 
     static void Quit();
 
-    // The system wants the program to end: SIGTERM, SIGINT or SIGHUP, or the person logs out. Raised where events are
-    // delivered, so also inside a wait and while a message box is up.
-    std::function<void()> EndRequested;
+    // What happens from now on when the system wants the program to end: at SIGTERM, SIGINT or SIGHUP, or when the
+    // person logs out. It is called where events are delivered, so also inside a wait and while a message box is up.
+    void AtEndRequest(std::function<void()> handler);
 
 private:
-    void WatchSignals();
-
     std::unique_ptr<QApplication> application;
+    std::function<void()> endRequested;
     std::unique_ptr<QSocketNotifier> signalNotifier;
 };

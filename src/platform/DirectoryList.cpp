@@ -69,6 +69,9 @@ public:
         row->setData(depthRole, depth);
     }
 
+    // Wherever the user has moved to.
+    void ShowOpenRow() { setCurrentRow(OpenRow()); }
+
 protected:
     void mouseReleaseEvent(QMouseEvent* event) override
     {
@@ -112,8 +115,10 @@ bool DirectoryList::SetPath(const std::string& newPath)
 {
     const std::string opened = Cleaned(newPath);
     const auto names = NamesIn(opened, EntryKind::Directory);
-    if (newPath.empty() || !names)
+    if (newPath.empty() || !names) {
+        DirectoryView().ShowOpenRow();
         return false;
+    }
 
     const bool another = opened != path;
     path = opened;

@@ -15,7 +15,7 @@ public:
     // The open directory, with no separator at its end except for the root's.
     const std::string& Path() const { return path; }
 
-    // Opens a directory and reads it anew. False, with nothing changed, if it cannot be read.
+    // Opens a directory and reads it anew. False, with the open one kept as the current row, if it cannot be read.
     [[nodiscard]] bool SetPath(const std::string& newPath);
 
     // The path of a row; empty if there is no such row.

@@ -1,6 +1,12 @@
 #include "program-test/ProgramTest.h"
 
+#include <QLineEdit>
+#include <QTest>
+
+using testing::Contains;
 using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
 
 namespace {
 
@@ -22,6 +28,15 @@ protected:
         EXPECT_EQ(TextOf("txtUserName"), user);
         EXPECT_EQ(TextOf("txtPassword"), password);
     }
+
+    // Works the dialog that a click on "Add News Server..." opens.
+    static void Add(const std::function<void()>& work)
+    {
+        WhenUp("frmNewsServer", work);
+        Click("cmdAddNewsServer");
+    }
+
+    static void PressKey(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
 
     std::string Kept(const std::string& key) { return settings.GetSetting("Servers2", key); }
 };
@@ -96,4 +111,125 @@ TEST_F(ServersTest, AnotherServerEndsTheSessionAndBringsItsGroups)
     EXPECT_EQ(server.ConnectionCount(), 2U);
     ASSERT_EQ(server.CommandCount("group"), 1U);
     EXPECT_EQ(server.Log().front().argument, "alt.cats");
+}
+
+TEST_F(ServersTest, AddingAServer)
+{
+    MakeFile(SelectedFile("localhost"), "alt.cats\r\n");
+    MakeFile(ProgramFile("!@#!.localhost"), "\"alt.cats 1 1 y\"\r\n");
+    Start({"alt.kites"}, 119);
+    ClickRow("lstSelectedGroups", 0);
+
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+        Add([key] {
+            if (key == Qt::Key_Return)
+                TypeInto("txtNewsServer", "  ");
+            PressKey(key);
+        });
+    }
+    EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("127.0.0.1", "localhost"));
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.kites"));
+
+    Add([] {
+        EXPECT_EQ(CaptionOf("frmNewsServer"), "Add News Server");
+        Until([] { return Find<QLineEdit>("txtNewsServer").hasSelectedText(); });
+        QTest::keyClicks(QApplication::focusWidget(), " n/w ");
+        Click("cmdSave");
+        EXPECT_EQ(TextOf("txtNewsServer"), " n/w ");
+        TypeInto("txtNewsServer", std::string(251, 'n'));
+        Click("cmdSave");
+        Click("cmdFreeList");
+        TypeInto("txtNewsServer", " " + std::string(250, 'n') + " ");
+        Click("cmdSave");
+    });
+    const std::string longName(250, 'n');
+    ASSERT_EQ(desktop.boxes.size(), 3U);
+    EXPECT_EQ(desktop.boxes[0].title, "File write error");
+    EXPECT_EQ(desktop.boxes[0].text,
+        "The filename \r\n" + ProgramFile("!@#!.n/w")
+            + "\r\ncould not be saved.  Please make sure you have\r\nenough space, or that the filename does not "
+              "contain\r\ninvalid charaters.");
+    EXPECT_THAT(desktop.opened, ElementsAre(testing::EndsWith("/help/find-a-server.html")));
+    EXPECT_EQ(desktop.boxes[2].title, "The Tamarack"); // its list is empty
+    EXPECT_EQ(TextOf("cboNewsServer"), longName);
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());
+    EXPECT_EQ(settings.GetSetting("Servers", longName), "1");
+    EXPECT_EQ(settings.GetSetting("Servers", "Default"), longName);
+    EXPECT_EQ(ContentOf(ProgramFile("!@#!." + longName)), "");
+
+    // A name that is there already empties that server's list of groups, and nothing else of it.
+    Add([] {
+        TypeInto("txtNewsServer", "localhost");
+        Click("cmdSave");
+    });
+    EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("127.0.0.1", "localhost", longName, "localhost"));
+    EXPECT_EQ(ContentOf(ProgramFile("!@#!.localhost")), "");
+    EXPECT_EQ(ContentOf(SelectedFile("localhost")), "alt.cats\r\n");
+}
+
+TEST_F(ServersTest, DeletingAServer)
+{
+    for (const char* prefix : {"!@#!.", "@!!#.", "#!@!."})
+        MakeFile(ProgramFile(prefix + serverName), "");
+    MakeFile(ProgramFile("!@#!.localhost"), "\"alt.cats 1 1 y\"\r\n");
+    MakeFile(SelectedFile("localhost"), "alt.cats\r\n");
+    settings.SaveSetting("Servers2", "localhost.user", "bob");
+    Start();
+    desktop.answers = {MessageAnswer::No};
+    desktop.boxes.clear();
+    Click("cmdDeleteServer");
+    EXPECT_EQ(RowsOf("cboNewsServer").size(), 2U);
+    ASSERT_EQ(desktop.boxes.size(), 1U);
+    EXPECT_EQ(desktop.boxes[0].text, "Are you sure you want to delete \r\n127.0.0.1 from the list?");
+    EXPECT_EQ(desktop.boxes[0].title, "Delete News Server?");
+
+    Click("cmdDeleteServer");
+    EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("localhost"));
+    for (const char* prefix : {"!@#!.", "@!!#.", "#!@!."})
+        EXPECT_THAT(FilesBelow(ProgramFile("")), Not(Contains(prefix + serverName)));
+    EXPECT_THAT(settings.GetAllSettings("Servers2"), Not(Contains(testing::StartsWith(serverName))));
+    EXPECT_THAT(settings.GetAllSettings("Servers"), ElementsAre("Default", "localhost"));
+    EXPECT_EQ(settings.GetSetting("Servers", "Default"), "localhost");
+    ExpectCredentials(false, "bob", "");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.cats"));
+    EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 1"); // "Auto-load from disk" is on
+
+    Click("cmdDeleteServer");
+    EXPECT_THAT(RowsOf("cboNewsServer"), IsEmpty());
+    ExpectCredentials(false, "", "");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());
+    EXPECT_THAT(settings.GetAllSettings("Servers2"), IsEmpty());
+    desktop.boxes.clear();
+    Click("cmdDeleteServer");
+    EXPECT_THAT(desktop.boxes, IsEmpty());
+}
+
+TEST_F(ServersTest, TheFirstStartAsksForAServer)
+{
+    for (const std::string& name : settings.GetAllSettings("Servers"))
+        settings.DeleteSetting("Servers", name);
+    desktop.answers = {MessageAnswer::Ok, MessageAnswer::Cancel};
+    const auto cancel = [] { PressKey(Qt::Key_Escape); };
+    WhenUp("frmNewsServer", [=] {
+        cancel();
+        WhenUp("frmNewsServer", cancel);
+    });
+    Launch();
+    EXPECT_EQ(desktop.programEnds, 1);
+    EXPECT_FALSE(IsVisible("frmTamarack"));
+    EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Error", "Error"));
+    EXPECT_EQ(desktop.boxes[0].text, "You must enter a news server!");
+    EXPECT_THAT(settings.GetAllSettings("Startup"), ElementsAre("1")); // the fixture's
+
+    // A server of this name is lost among the settings' own, so that the next start asks again.
+    for (int start = 0; start < 2; ++start) {
+        WhenUp("frmNewsServer", [] {
+            EXPECT_TRUE(IsVisible("frmBanner"));
+            EXPECT_EQ(TextOf("txtNewsServer"), "news.example.com");
+            TypeInto("txtNewsServer", "Default");
+            Click("cmdSave");
+        });
+        Start();
+        EXPECT_EQ(TextOf("cboNewsServer"), "Default");
+    }
 }

@@ -1,5 +1,7 @@
 #include "program-test/ProgramTest.h"
 
+#include <QTimer>
+
 #include <filesystem>
 
 namespace fs = std::filesystem;
@@ -12,7 +14,7 @@ ProgramTest::ProgramTest()
     MakeFile(ProgramFile("!@#!." + serverName), "\"\"\r\n");
 }
 
-void ProgramTest::Start()
+void ProgramTest::Launch()
 {
     program.reset();
     desktop.boxes.clear();
@@ -20,6 +22,21 @@ void ProgramTest::Start()
     // The banner's two seconds are for people.
     program->Form().Timer2.SetInterval(std::chrono::milliseconds(1));
     program->Start();
+}
+
+void ProgramTest::WhenUp(const std::string& window, const std::function<void()>& what)
+{
+    QTimer::singleShot(1, [=] {
+        if (QWidget* up = WindowNamed(window); up != nullptr && up->isVisible())
+            what();
+        else
+            WhenUp(window, what);
+    });
+}
+
+void ProgramTest::Start()
+{
+    Launch();
     ASSERT_TRUE(Until([] { return IsVisible("frmTamarack"); }));
     QWidget* const window = WindowNamed("frmTamarack");
     QObject::connect(window, &QWidget::windowTitleChanged, window, [this](const QString& title) {

@@ -24,6 +24,12 @@ protected:
     void Start();
     void Start(const std::vector<std::string>& groups, std::uint16_t port);
 
+    // The same, wherever the start leads to.
+    void Launch();
+
+    // Has something done as soon as a window is up; for a modal one, which holds the caller.
+    static void WhenUp(const std::string& window, const std::function<void()>& what);
+
     // Presses "Find Now" and comes back when the search is over. `captions` are then those of this search.
     void Search();
 

@@ -1,8 +1,6 @@
 #include "platform/Application.h"
 #include "support/TemporaryFolder.h"
 
-#include <QApplication>
-
 #include <cstdlib>
 #include <gtest/gtest.h>
 
@@ -18,6 +16,5 @@ int main(int argc, char** argv)
 
     testing::InitGoogleTest(&argc, argv);
     Application application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
     return RUN_ALL_TESTS();
 }
