@@ -78,6 +78,7 @@ protected:
         Settings settings(places.settingsFile);
         settings.SaveSetting("Servers", host, "1");
         settings.SaveSetting("Startup", "1", destination);
+        MakeFile(places.appDir + "!@#!." + host, "\"\"\r\n");
         MakeFile(destination + "here before", "kept");
     }
 
@@ -235,6 +236,7 @@ TEST_F(WholeProgramTest, StopInTheMiddleAndSearchOn)
 
     // The next start knows how far the search came.
     const std::size_t before = log->Exchanges().size();
+    program.reset();
     program = StartProgram();
     Search();
     std::vector<std::string> commands;
@@ -265,6 +267,7 @@ TEST_F(WholeProgramTest, PasswordDemanded)
     settings.SaveSetting("Servers2", host + ".user", "ann");
     settings.SaveSetting("Servers2", host + ".pass", "upwind");
     const std::size_t before = log->Exchanges().size();
+    program.reset();
     program = StartProgram();
     EXPECT_TRUE(IsChecked("chkUserName"));
     EXPECT_EQ(TextOf("txtUserName"), "ann");

@@ -36,7 +36,7 @@ protected:
         Click("cmdAddNewsServer");
     }
 
-    static void PressKey(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
+    static void PressKey(Qt::Key key) { QTest::keyClick(&Find<QWidget>("txtNewsServer"), key); }
 
     std::string Kept(const std::string& key) { return settings.GetSetting("Servers2", key); }
 };
@@ -132,8 +132,8 @@ TEST_F(ServersTest, AddingAServer)
 
     Add([] {
         EXPECT_EQ(CaptionOf("frmNewsServer"), "Add News Server");
-        Until([] { return Find<QLineEdit>("txtNewsServer").hasSelectedText(); });
-        QTest::keyClicks(QApplication::focusWidget(), " n/w ");
+        EXPECT_TRUE(Until([] { return Find<QLineEdit>("txtNewsServer").hasSelectedText(); }));
+        QTest::keyClicks(&Find<QWidget>("txtNewsServer"), " n/w ");
         Click("cmdSave");
         EXPECT_EQ(TextOf("txtNewsServer"), " n/w ");
         TypeInto("txtNewsServer", std::string(251, 'n'));
