@@ -10,7 +10,9 @@ struct frmSetPointer : Form {
     frmSetPointer()
         : Form("frmSetPointer", "Set Article Pointer", {.clientWidth = 3930, .clientHeight = 1020})
     {
-        cmdOk[1].SetShortcut("Esc");
+        Text2.SetAccessibleName("Group");
+        Text1.SetAccessibleName("Article number");
+        SetDialogButtons(cmdOk[0], cmdOk[1]);
         Text1.SetFocus();
     }
 

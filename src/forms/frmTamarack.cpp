@@ -23,6 +23,14 @@ frmTamarack::frmTamarack()
     lblUserName.SetBuddy(txtUserName);
     lblPassword.SetBuddy(txtPassword);
     lblNewsGroups.SetBuddy(txtNewsGroups);
+    txtSelectDir.SetAccessibleName("Destination");
+    txtKB.SetAccessibleName("Total Lines");
+    txtLimitPictures.SetAccessibleName("Limit the Number of Pictures to");
+    txtMaxToDownload.SetAccessibleName("Maximum Files to Download");
+    txtManual.SetAccessibleName("Group to add");
+    lstSelectedGroups.SetAccessibleName("Selected Groups");
+    lstFilteredGroups.SetAccessibleName("Filtered Groups");
+    lstAllGroups.SetAccessibleName("All Groups");
 
     cmdFindNow.SetToolTip("Search the selected groups for new articles");
     cmdFindNow.SetShortcut("Alt+N");

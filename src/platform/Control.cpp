@@ -66,6 +66,8 @@ void Control::Move(const Place& newPlace)
 
 void Control::SetToolTip(std::string_view text) { widget->setToolTip(ToDisplay(text)); }
 
+void Control::SetAccessibleName(std::string_view text) { widget->setAccessibleName(ToDisplay(text)); }
+
 void Control::SetFocus() { widget->setFocus(); }
 
 void Control::PrecedesInTabOrder(Control& next) { QWidget::setTabOrder(widget, next.widget); }

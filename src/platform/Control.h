@@ -56,6 +56,8 @@ public:
     void Move(const Place& newPlace);
 
     void SetToolTip(std::string_view text);
+    // What assistive tools call the control, where no label or caption of its own tells.
+    void SetAccessibleName(std::string_view text);
     void SetFocus();
 
     // The keyboard focus goes from this control to the next one by Tab.

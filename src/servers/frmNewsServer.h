@@ -11,6 +11,7 @@ struct frmNewsServer : Form {
         : Form("frmNewsServer", "Add News Server", {.clientWidth = 5160, .clientHeight = 3375})
     {
         lblNewsServerName.SetBuddy(txtNewsServer);
+        txtText1.SetAccessibleName("Help");
         cmdFreeList.SetToolTip("How to find a news server");
         SetDialogButtons(cmdSave, cmdCancel);
         txtNewsServer.SetFocus();

@@ -18,6 +18,7 @@
 #include <QRadioButton>
 #include <QSet>
 #include <QTabWidget>
+#include <QTest>
 
 namespace {
 
@@ -162,6 +163,36 @@ TEST_F(MainFormTest, NothingIsCutOffOrOverlaps)
                         << name.toStdString() << " and " << sibling->objectName().toStdString();
                 }
             }
+        }
+    }
+}
+
+// Tab goes round everything that takes input, and assistive tools have a name for each.
+TEST_F(MainFormTest, TheKeyboardReachesEveryControl)
+{
+    Show();
+    QWidget& window = *WindowNamed("frmTamarack");
+    window.activateWindow();
+    for (int tab = 0; tab < 6; ++tab) {
+        SelectTab("SSTMain", std::min(tab, 3));
+        if (tab >= 3)
+            SelectTab("SSTab1", tab - 3);
+        QSet<QWidget*> reached;
+        window.setFocus();
+        for (int press = 0; press < 30; ++press) {
+            QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
+            reached.insert(window.focusWidget());
+        }
+        for (QWidget* widget : window.findChildren<QWidget*>()) {
+            const std::string name = widget->objectName().toStdString();
+            const bool takesInput = (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr
+                && widget->isVisible() && widget->isEnabled() && !name.starts_with("qt_") && !name.empty();
+            // Of a group of options, the selected one; the arrow keys lead to the others.
+            if (!takesInput || name == "chkAllCriteria" || name == "chkAllArticles")
+                continue;
+            EXPECT_TRUE(reached.contains(widget)) << name;
+            const auto* button = qobject_cast<QAbstractButton*>(widget);
+            EXPECT_FALSE(widget->accessibleName().isEmpty() && (button == nullptr || button->text().isEmpty())) << name;
         }
     }
 }
