@@ -1,5 +1,7 @@
 #include "forms/Placing.h"
 
+#include "platform/Picture.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -15,15 +17,25 @@ std::int32_t WholeLength(double length)
 
 }
 
-FittedSize Fit(float aspect, double areaWidth, double areaHeight)
+FittedSize Fit(float aspect, double areaWidth, double areaHeight, double margin)
 {
-    FittedSize size{WholeLength(areaWidth), 0};
+    FittedSize size{WholeLength(areaWidth - margin), 0};
     size.height = WholeLength(size.width / static_cast<double>(aspect));
-    if (areaHeight < size.height) {
-        size.width = WholeLength(size.width - (size.height - areaHeight) * static_cast<double>(aspect));
-        size.height = WholeLength(areaHeight);
+    if (areaHeight - margin < size.height) {
+        size.width = WholeLength(size.width - (size.height - areaHeight - margin) * static_cast<double>(aspect));
+        size.height = WholeLength(areaHeight - margin);
     }
     return size;
+}
+
+std::optional<FittedSize> FitPicture(const Picture& picture, const Control& area, double margin)
+{
+    if (picture.Height() == 0)
+        return std::nullopt;
+    const float aspect = static_cast<float>(static_cast<double>(picture.Width()) / picture.Height());
+    if (aspect == 0)
+        return std::nullopt;
+    return Fit(aspect, area.Width(), area.Height(), margin);
 }
 
 void CentreInContainer(Control& object, const Control& container)

@@ -3,6 +3,9 @@
 #include "platform/Control.h"
 
 #include <cstdint>
+#include <optional>
+
+class Picture;
 
 // The size that a picture of a given aspect gets in an area, both in twips: as wide as the area, and if it is then too
 // high, as high as the area. Whole numbers, halves rounded to the even one.
@@ -11,8 +14,12 @@ struct FittedSize {
     std::int32_t height;
 };
 
-// `aspect` is width / height, not 0.
-FittedSize Fit(float aspect, double areaWidth, double areaHeight);
+// `aspect` is width / height, not 0. `margin` is kept free in both directions; where the height decides, the width
+// comes out wider than the aspect wants, by twice the margin times the aspect.
+FittedSize Fit(float aspect, double areaWidth, double areaHeight, double margin = 0);
+
+// The same for a picture and the control that it is to lie in. Nothing if there is no picture.
+std::optional<FittedSize> FitPicture(const Picture& picture, const Control& area, double margin = 0);
 
 // Puts the object into the middle of its container. Nothing is rounded.
 void CentreInContainer(Control& object, const Control& container);

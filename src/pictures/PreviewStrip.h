@@ -1,6 +1,7 @@
 #pragma once
 
 #include "forms/frmTamarack.h"
+#include "pictures/Viewer.h"
 
 #include <string>
 
@@ -8,7 +9,7 @@
 // right, and the oldest drops out; its file stays.
 class PreviewStrip {
 public:
-    explicit PreviewStrip(frmTamarack& mainForm);
+    PreviewStrip(frmTamarack& mainForm, Viewer& viewer);
 
     // Shows the picture that Picture1 has just read from this file. Does nothing if Picture1 holds none.
     void ShowPic(const std::string& fileName);
@@ -16,6 +17,10 @@ public:
 private:
     void MoveSlot(int from, int to);
     void mnuInteractiveDownload_Click();
+    void image2_DblClick(int index);
+    void cmdClear_Click(int index);
+    void cmdDelete_Click(int index);
 
     frmTamarack& MainForm;
+    Viewer& viewer;
 };

@@ -140,6 +140,8 @@ std::error_code MakeDirectory(const std::string& path)
     return mkdir(path.c_str(), 0777) == 0 ? std::error_code() : LastError();
 }
 
+std::string_view BareName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
+
 std::string CurrentDirectory()
 {
     std::error_code error;

@@ -31,6 +31,9 @@ bool DirExists(const std::string& path);
 // leads to it does not exist.
 [[nodiscard]] std::error_code MakeDirectory(const std::string& path);
 
+// What stands behind the last separator.
+std::string_view BareName(std::string_view path);
+
 // The current directory with a separator at its end.
 std::string CurrentDirectory();
 

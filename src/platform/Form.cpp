@@ -3,6 +3,7 @@
 #include "platform/Buttons.h"
 #include "platform/Cursors.h"
 #include "platform/DisplayText.h"
+#include "platform/MouseReporting.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -14,10 +15,11 @@
 #include <QWidget>
 
 // Lays out a menu bar above the client area by hand: a layout would move the controls, whose places are given.
-class Form::Window : public QWidget {
+class Form::Window : public MouseReporting<QWidget> {
 public:
     explicit Window(Form& ownerForm)
-        : form(ownerForm)
+        : MouseReporting<QWidget>(ownerForm)
+        , form(ownerForm)
         , client(this)
     {
     }
@@ -55,12 +57,12 @@ public:
     {
         const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
         auto* focused = qobject_cast<QPushButton*>(focusWidget());
-        QAbstractButton* pressed = event->key() == Qt::Key_Escape ? cancelButton
-            : !enter || acceptButton == nullptr                   ? nullptr
-            : focused != nullptr                                  ? focused
-                                                                  : acceptButton;
-        if (pressed != nullptr)
-            pressed->click();
+        QAbstractButton* meant = event->key() == Qt::Key_Escape ? cancelButton
+            : !enter || acceptButton == nullptr                 ? nullptr
+            : focused != nullptr                                ? focused
+                                                                : acceptButton;
+        if (meant != nullptr)
+            meant->click();
         else
             QWidget::keyPressEvent(event);
     }
@@ -104,13 +106,27 @@ double Form::Left() const { return Twips::FromPixels(window->x()); }
 
 double Form::Top() const { return Twips::FromPixels(window->y()); }
 
-double Form::Width() const { return Twips::FromPixels(window->frameGeometry().width()); }
+double Form::Width() const { return ScaleWidth() + designedBorders; }
 
-double Form::Height() const { return ScaleHeight() + designedChrome; }
+double Form::Height() const { return ScaleHeight() + Chrome(); }
+
+double Form::Chrome() const { return menuBar != nullptr ? designedTitle + designedMenuBar : designedTitle; }
+
+void Form::SetLeft(double left) { window->move(Twips::ToPixels(left), window->y()); }
+
+void Form::SetTop(double top) { window->move(window->x(), Twips::ToPixels(top)); }
+
+void Form::SetWidth(double width)
+{
+    clientHeight = ScaleHeight();
+    clientWidth = width - designedBorders;
+    Layout();
+}
 
 void Form::SetHeight(double height)
 {
-    clientHeight = height - designedChrome;
+    clientWidth = ScaleWidth();
+    clientHeight = height - Chrome();
     Layout();
 }
 
@@ -129,6 +145,13 @@ WindowState Form::State() const
     if (window->isMinimized())
         return WindowState::Minimised;
     return window->isMaximized() ? WindowState::Maximised : WindowState::Normal;
+}
+
+void Form::SetState(WindowState state)
+{
+    window->setWindowState(state == WindowState::Normal ? Qt::WindowNoState
+            : state == WindowState::Minimised           ? Qt::WindowMinimized
+                                                        : Qt::WindowMaximized);
 }
 
 bool Form::Visible() const { return window->isVisible(); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Control.h"
+#include "platform/MouseEvents.h"
 #include "platform/MousePointer.h"
 
 #include <memory>
@@ -15,11 +16,13 @@ enum class WindowState { Normal = 0, Minimised = 1, Maximised = 2 };
 // A window of its own. Its controls are members of a class derived from it; their places count from the corner of the
 // client area, below the menu bar. Beyond what a window does, it stays alive when its user closes it and raises
 // `Unload` instead: what happens then is for the form's behaviour to say.
-class Form : public Container {
+class Form : public Container, public MouseEvents {
 public:
-    // `Height` counts the title, the menu bar and the borders of the original design, this much more than the client
-    // area, whatever the desktop puts around a window.
-    static constexpr double designedChrome = 660;
+    // `Width` and `Height` count the borders, the title and the menu bar of the original design, this much more than
+    // the client area, whatever the desktop puts around a window.
+    static constexpr double designedBorders = 120;
+    static constexpr double designedTitle = 375;
+    static constexpr double designedMenuBar = 285;
 
     struct Design {
         double clientWidth;
@@ -40,6 +43,9 @@ public:
     double Top() const;
     double Width() const;
     double Height() const;
+    void SetLeft(double left);
+    void SetTop(double top);
+    void SetWidth(double width);
     void SetHeight(double height);
 
     // The client area, in twips.
@@ -47,6 +53,7 @@ public:
     double ScaleHeight() const;
 
     WindowState State() const;
+    void SetState(WindowState state);
 
     bool Visible() const;
     void SetVisible(bool visible);
@@ -75,6 +82,7 @@ private:
     class Window;
 
     QMenuBar& MenuBar();
+    double Chrome() const;
     void Layout();
 
     std::unique_ptr<Window> window;

@@ -1,24 +1,12 @@
 #include "platform/Frame.h"
 
 #include "platform/DisplayText.h"
+#include "platform/MouseReporting.h"
 
 #include <QFrame>
 #include <QGroupBox>
 
 namespace {
-
-class PanelFrame : public QFrame {
-public:
-    explicit PanelFrame(::Panel& ownerPanel)
-        : panel(ownerPanel)
-    {
-    }
-
-    void mouseDoubleClickEvent(QMouseEvent*) override { Raise(panel.DblClick); }
-
-private:
-    ::Panel& panel;
-};
 
 QFrame::Shape Shape(PanelEdge edge, const Place& place)
 {
@@ -37,10 +25,16 @@ Frame::Frame(Container& container, std::string_view name, std::string_view capti
 }
 
 Panel::Panel(Container& container, std::string_view name, const Place& place, PanelEdge edge)
-    : Control(container, new PanelFrame(*this), name, place)
+    : Control(container, new MouseReporting<QFrame>(*this), name, place)
 {
     auto* frame = static_cast<QFrame*>(widget);
     frame->setFrameShape(Shape(edge, place));
     frame->setFrameShadow(edge == PanelEdge::Sunken ? QFrame::Sunken : QFrame::Plain);
     content = widget;
+}
+
+void Panel::SetHighlighted(bool highlighted)
+{
+    widget->setBackgroundRole(highlighted ? QPalette::Highlight : QPalette::NoRole);
+    widget->setAutoFillBackground(highlighted);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Control.h"
+#include "platform/MouseEvents.h"
 
 // A box with a caption around other controls. Places inside it count from its outer corner.
 class Frame : public Control, public Container {
@@ -11,9 +12,10 @@ public:
 enum class PanelEdge { None, Line, Sunken };
 
 // A plain area that holds other controls, or a thin divider.
-class Panel : public Control, public Container {
+class Panel : public Control, public Container, public MouseEvents {
 public:
     Panel(Container& container, std::string_view name, const Place& place, PanelEdge edge = PanelEdge::None);
 
-    std::function<void()> DblClick;
+    // In the desktop's colour for what is selected, or in that of the window.
+    void SetHighlighted(bool highlighted);
 };

@@ -1,31 +1,17 @@
 #include "platform/ImageControl.h"
 
+#include "platform/MouseReporting.h"
+
 #include <QImage>
 #include <QLabel>
 #include <QPixmap>
 
-namespace {
-
-class ImageLabel : public QLabel {
-public:
-    explicit ImageLabel(ImageControl& ownerControl)
-        : control(ownerControl)
-    {
-        setScaledContents(true);
-        setMinimumSize(1, 1);
-    }
-
-    void mouseDoubleClickEvent(QMouseEvent*) override { Raise(control.DblClick); }
-
-private:
-    ImageControl& control;
-};
-
-}
-
 ImageControl::ImageControl(Container& container, std::string_view name, const Place& place)
-    : Control(container, new ImageLabel(*this), name, place)
+    : Control(container, new MouseReporting<QLabel>(*this), name, place)
 {
+    auto* label = static_cast<QLabel*>(widget);
+    label->setScaledContents(true);
+    label->setMinimumSize(1, 1);
 }
 
 void ImageControl::SetPicture(const class Picture& newPicture)

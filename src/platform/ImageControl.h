@@ -1,20 +1,20 @@
 #pragma once
 
 #include "platform/Control.h"
+#include "platform/MouseEvents.h"
 #include "platform/Picture.h"
 
 // Shows its picture stretched over all of its place, whatever the picture's own shape, or nothing.
-class ImageControl : public Control {
+class ImageControl : public Control, public MouseEvents {
 public:
     ImageControl(Container& container, std::string_view name, const Place& place);
 
     const class Picture& Picture() const { return picture; }
     void SetPicture(const class Picture& newPicture);
+    void ClearPicture() { SetPicture({}); }
 
     // Reads a picture file and shows it. False, with nothing changed, if the file cannot be read as a picture.
     [[nodiscard]] bool Load(const std::string& path);
-
-    std::function<void()> DblClick;
 
 private:
     class Picture picture;

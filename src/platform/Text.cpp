@@ -14,6 +14,12 @@ char LowerCase(char character)
 
 bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
+template <class Number> std::string Shortest(Number value)
+{
+    char digits[512]; // the largest and the smallest number have some 330
+    return {digits, std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed).ptr};
+}
+
 }
 
 std::string_view Trim(std::string_view text)
@@ -55,6 +61,10 @@ std::optional<std::int32_t> WholeNumber(std::string_view text)
         return {};
     return static_cast<std::int32_t>(value);
 }
+
+std::string DecimalText(float value) { return Shortest(value); }
+
+std::string DecimalText(double value) { return Shortest(value); }
 
 std::size_t FindIgnoringCase(std::string_view text, std::string_view part, std::size_t from)
 {

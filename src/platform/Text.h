@@ -18,6 +18,10 @@ double Val(std::string_view text);
 // Val(), rounded to the nearest whole number, halves to the even one. Nothing if it does not fit into 32 bits.
 std::optional<std::int32_t> WholeNumber(std::string_view text);
 
+// The shortest decimal number, without an exponent, that is read back as the same value.
+std::string DecimalText(float value);
+std::string DecimalText(double value);
+
 // The position of the first `part` in `text` at or after `from`, letters that differ only in ASCII case being equal.
 // std::string_view::npos if there is none. An empty part is found at once in a text that is not empty.
 std::size_t FindIgnoringCase(std::string_view text, std::string_view part, std::size_t from = 0);

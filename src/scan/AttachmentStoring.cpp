@@ -23,10 +23,12 @@ std::string ArticleInHand::Caption(std::string_view doing, const std::string& gr
     return caption.append(" -- ").append(group);
 }
 
-AttachmentStoring::AttachmentStoring(frmTamarack& mainForm, NewsSession& session, PreviewStrip& newPreviews)
+AttachmentStoring::AttachmentStoring(
+    frmTamarack& mainForm, NewsSession& session, PreviewStrip& newPreviews, Viewer& newViewer)
     : MainForm(mainForm)
     , Session(session)
     , previews(newPreviews)
+    , viewer(newViewer)
 {
 }
 
@@ -87,10 +89,14 @@ bool AttachmentStoring::MakeGroupDirectory(const std::string& directory)
 
 void AttachmentStoring::Show(const std::string& imageFile)
 {
-    if (!MainForm.mnuInteractiveDownload.Checked())
+    if (!viewer.ViewerAutoUpdate && !MainForm.mnuInteractiveDownload.Checked())
         return;
     MainForm.Picture1.SetPicture({});
+    MainForm.Picture1.Tag = imageFile;
     (void)MainForm.Picture1.Load(imageFile);
-    previews.ShowPic(imageFile);
+    if (MainForm.mnuInteractiveDownload.Checked())
+        previews.ShowPic(imageFile);
     DoEvents();
+    if (viewer.ViewerAutoUpdate)
+        viewer.cmdViewCurrent_Click();
 }

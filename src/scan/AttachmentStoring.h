@@ -21,7 +21,7 @@ enum class AfterStoring { GoOn, GroupLimitReached };
 // group's sub directory. A step that fails is skipped; no failure is shown, and none ends the run.
 class AttachmentStoring {
 public:
-    AttachmentStoring(frmTamarack& mainForm, NewsSession& session, PreviewStrip& previews);
+    AttachmentStoring(frmTamarack& mainForm, NewsSession& session, PreviewStrip& previews, Viewer& viewer);
 
     // Decodes and stores what the body holds, shows and counts it, and tests the limits. The limit of the whole run
     // sets StopFlag.
@@ -39,4 +39,5 @@ private:
     frmTamarack& MainForm;
     NewsSession& Session;
     PreviewStrip& previews;
+    Viewer& viewer;
 };

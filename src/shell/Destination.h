@@ -13,9 +13,6 @@ public:
 
 private:
     void cmdSelectDir_Click();
-    void Form_Load(frmSelectDrive& form);
-    void Dir1_Click(frmSelectDrive& form);
-    void Drive1_Change(frmSelectDrive& form);
     void CmdExit_Click(frmSelectDrive& form);
 
     frmTamarack& MainForm;

@@ -4,6 +4,7 @@
 #include "catalogue/GroupStore.h"
 #include "catalogue/Picking.h"
 #include "catalogue/PointerActions.h"
+#include "pictures/SlideShow.h"
 #include "platform/Files.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
@@ -47,7 +48,9 @@ private:
     Credentials credentials;
     NewServer newServer;
     ServerList serverList;
+    Viewer viewer;
     PreviewStrip previewStrip;
+    SlideShow slideShow;
     SearchCriteria criteria;
     ArticleMatching matching;
     AttachmentStoring store;

@@ -185,10 +185,12 @@ TEST(GroupScanListTest, RowsRemovedDuringASearch)
     TestDesktop desktop;
     frmTamarack MainForm;
     NewsSession session(MainForm, desktop);
-    PreviewStrip previews(MainForm);
+    Settings settings(folder.File("settings.ini"));
+    Viewer viewer(MainForm, settings);
+    PreviewStrip previews(MainForm, viewer);
     SearchCriteria criteria(MainForm, desktop);
     ArticleMatching matching(MainForm, session, criteria);
-    AttachmentStoring store(MainForm, session, previews);
+    AttachmentStoring store(MainForm, session, previews, viewer);
     GroupScan scan(MainForm, session, desktop, matching, store);
     const FindNow findNow(MainForm, session, desktop, scan);
     session.AppDir = folder.Path();

@@ -1,0 +1,41 @@
+#include "forms/DirectoryWalk.h"
+
+#include "platform/Events.h"
+#include "platform/Files.h"
+
+DirectoryWalk::DirectoryWalk(frmTamarack& mainForm, Desktop& newDesktop, DriveList& drives, DirectoryList& directories)
+    : MainForm(mainForm)
+    , desktop(newDesktop)
+    , Drive1(drives)
+    , Dir1(directories)
+{
+    Dir1.Click = [this] { Dir1_Click(); };
+}
+
+void DirectoryWalk::Begin(const std::string& path)
+{
+    if (!Dir1.SetPath(path))
+        (void)Dir1.SetPath(CurrentDirectory());
+    // A change of the volume by its user leads to the top of it; this one must not.
+    Drive1.Change = nullptr;
+    Drive1.SetDrive(Dir1.Path());
+    Drive1.Change = [this] { Drive1_Change(); };
+}
+
+void DirectoryWalk::Dir1_Click()
+{
+    if (!Dir1.SetPath(Dir1.List(Dir1.ListIndex())))
+        desktop.MsgBox("You need to select a different folder", "Error");
+}
+
+void DirectoryWalk::Drive1_Change()
+{
+    MainForm.SetMousePointer(MousePointer::Hourglass);
+    DoEvents();
+    if (!Dir1.SetPath(Drive1.Drive())) {
+        desktop.MsgBox("You need to put a disk in the drive", "Error");
+        Drive1.SetDrive("C");
+    }
+    MainForm.SetMousePointer(MousePointer::Default);
+    DoEvents();
+}

@@ -1,0 +1,321 @@
+#include "pictures/SlideShow.h"
+
+#include "forms/Placing.h"
+#include "pictures/frmSlideShow.h"
+#include "platform/Events.h"
+#include "platform/Files.h"
+#include "platform/Screen.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr std::string_view section = "SlideShow";
+constexpr int panes = 6;
+constexpr int tipsTopic = 1180;
+
+// The panels of the status bar.
+constexpr int imagePanel = 1;
+constexpr int panePanel = 2;
+constexpr int namePanel = 3;
+
+}
+
+SlideShow::SlideShow(frmTamarack& mainForm, Settings& newSettings, Desktop& newDesktop, Viewer& newViewer)
+    : MainForm(mainForm)
+    , settings(newSettings)
+    , desktop(newDesktop)
+    , viewer(newViewer)
+{
+    MainForm.mnuSlideShow.Click = [this] { mnuSlideShow_Click(); };
+}
+
+SlideShow::~SlideShow() = default;
+
+void SlideShow::mnuSlideShow_Click()
+{
+    if (MainForm.mnuSlideShow.Checked()) {
+        MainForm.mnuSlideShow.SetChecked(false);
+        Form_Unload();
+    } else {
+        MainForm.mnuSlideShow.SetChecked(true);
+        Loaded().SetVisible(true);
+    }
+}
+
+frmSlideShow& SlideShow::Loaded()
+{
+    if (!form) {
+        form = std::make_unique<frmSlideShow>();
+        walk = std::make_unique<DirectoryWalk>(MainForm, desktop, form->Drive1, form->Dir1);
+        Bind();
+    }
+    if (!loaded) {
+        loaded = true;
+        Form_Load();
+    }
+    return *form;
+}
+
+void SlideShow::Bind()
+{
+    form->Unload = [this] { Form_Unload(); };
+    form->mnuExit.Click = [this] { Form_Unload(); };
+    form->mnuStart.Click = [this] { Command1_Click(0); };
+    form->mnuPause.Click = [this] { Command1_Click(5); };
+    form->mnuStop.Click = [this] { Command1_Click(1); };
+    form->mnuTips.Click = [this] { Raise(HelpContext, tipsTopic); };
+    for (int index = 0; index < 8; ++index)
+        form->Command1[index].Click = [this, index] { Command1_Click(index); };
+    for (int index = 0; index < panes; ++index) {
+        for (MouseEvents* area :
+            std::initializer_list<MouseEvents*>{&form->SSPanel1[index], &form->PreviewImage[index]}) {
+            area->Click = [this, index] { PreviewImage_Click(index); };
+            area->DblClick = [this, index] { PreviewImage_DblClick(index); };
+        }
+        form->PreviewImage[index].MouseMove
+            = [this, index] { form->StatusBar1.Panels(namePanel).SetText(form->PreviewImage[index].Tag); };
+    }
+    form->lstFiles.DblClick = [this] { lstFiles_DblClick(); };
+    form->lstFiles.PathChange = [this] { ShowTotal(); };
+    form->Dir1.Change = [this] { Dir1_Change(); };
+    form->txtDelay.Change = [this] { txtDelay_Change(); };
+    // With a short delay the next tick may come while the pictures of this one are still being shown.
+    form->Timer1.Tick = [this] {
+        if (!ticking)
+            Timer1_Timer();
+    };
+}
+
+void SlideShow::Form_Load()
+{
+    form->SetHeight(frmSlideShow::designedHeight);
+    NextPane = 0;
+    SelectedPane = 0;
+    ImageNumber = 0;
+    for (int index = 0; index < panes; ++index) {
+        form->PreviewImage[index].SetPicture({});
+        form->PreviewImage[index].Move(frmSlideShow::designedImage[index]);
+        form->PreviewImage[index].Tag.clear();
+        form->SSPanel1[index].SetHighlighted(false);
+        form->SSPanel1[index].Tag.clear();
+    }
+    form->StatusBar1.Panels(panePanel).SetText("Stopped");
+    form->StatusBar1.Panels(namePanel).SetText("");
+    walk->Begin(MainForm.txtSelectDir.Text());
+    // Also if the directory is the one that the window showed last.
+    Dir1_Change();
+    ShowTotal();
+
+    if (const std::string stored = settings.GetSetting(section, "1"); !stored.empty()) {
+        const double left = Val(stored);
+        form->SetLeft(left > 0 && left < Screen::Width() - form->Width() / 2 ? left : 1);
+    }
+    if (const std::string stored = settings.GetSetting(section, "2"); !stored.empty()) {
+        const double top = Val(stored);
+        form->SetTop(top > 0 && top < Screen::Height() - form->Height() / 2 ? top : 0);
+    }
+    form->chkOptions.SetValue(WholeNumber(settings.GetSetting(section, "3")).value_or(0));
+    const std::string delay = settings.GetSetting(section, "4");
+    form->txtDelay.SetText(
+        delay.empty() ? std::string(frmSlideShow::designedDelay) : DecimalText(std::abs(Val(delay))));
+}
+
+void SlideShow::Form_Unload()
+{
+    if (!loaded)
+        return;
+    settings.SaveSetting(section, "1", DecimalText(static_cast<float>(form->Left())));
+    settings.SaveSetting(section, "2", DecimalText(static_cast<float>(form->Top())));
+    settings.SaveSetting(section, "3", std::to_string(form->chkOptions.Value()));
+    settings.SaveSetting(section, "4", form->txtDelay.Text());
+    MainForm.mnuSlideShow.SetChecked(false);
+    form->Timer1.SetEnabled(false);
+    loaded = false;
+    form->SetVisible(false);
+}
+
+// One tick: the next file into the next pane. Whatever the user does in its yields holds at once, so that a stop there
+// makes it show the first file.
+void SlideShow::Timer1_Timer()
+{
+    ticking = true;
+    struct End {
+        bool& flag;
+        ~End() { flag = false; }
+    } end{ticking};
+    TakeDelay();
+    DoEvents();
+    if (!loaded)
+        return;
+    ++ImageNumber;
+    const std::string count = std::to_string(form->lstFiles.ListCount());
+    form->StatusBar1.Panels(imagePanel).SetText("Displaying " + std::to_string(ImageNumber) + " of " + count);
+    if (ImageNumber > form->lstFiles.ListCount()) {
+        if (form->chkOptions.Value() == 1)
+            ImageNumber = 0;
+        else
+            Command1_Click(1);
+        return;
+    }
+    form->StatusBar1.Panels(panePanel).SetText("Pane: " + std::to_string(NextPane));
+    const std::string name = form->lstFiles.List(ImageNumber - 1);
+    CurrentFile = form->Dir1.Path();
+    if (!CurrentFile.ends_with('/'))
+        CurrentFile += '/';
+    CurrentFile += name;
+    // A file that is no picture leaves the pane to the next one.
+    if (!form->Picture1.Load(CurrentFile))
+        return;
+    const Picture& picture = form->Picture1.Picture();
+    ImageControl& image = form->PreviewImage[NextPane];
+    Panel& panel = form->SSPanel1[NextPane];
+    image.SetPicture({});
+    constexpr double margin = 10;
+    if (const auto size = FitPicture(picture, form->SSPanel1[0], margin)) {
+        image.SetWidth(size->width);
+        image.SetHeight(size->height);
+    }
+    CentreInContainer(image, panel);
+    image.SetPicture(picture);
+    image.Tag = name;
+    panel.Tag = CurrentFile;
+    if (viewer.ViewerAutoUpdate)
+        viewer.DisplayImage(image, image.Tag, panel.Tag);
+    NextPane = (NextPane + 1) % panes;
+}
+
+// The field's number, whatever else it holds, becomes the time to the next tick.
+void SlideShow::TakeDelay()
+{
+    constexpr double longest = std::numeric_limits<std::int32_t>::max();
+    const double delay = std::abs(Val(form->txtDelay.Text()));
+    form->Timer1.SetInterval(
+        std::chrono::milliseconds(static_cast<std::int32_t>(std::nearbyint(std::min(delay, longest)))));
+    form->txtDelay.SetText(DecimalText(delay));
+}
+
+void SlideShow::Command1_Click(int index)
+{
+    switch (index) {
+    case 0:
+        StartShow();
+        break;
+    case 1:
+        StopShow();
+        break;
+    case 2:
+        if (SelectedPane > nobody)
+            DeleteFileOfPane();
+        break;
+    case 3:
+        if (SelectedPane > nobody)
+            PreviewImage_DblClick(SelectedPane);
+        break;
+    case 4:
+        if (SelectedPane > nobody)
+            ClearPane(SelectedPane);
+        break;
+    case 5:
+        form->Timer1.SetEnabled(false);
+        form->StatusBar1.Panels(panePanel).SetText("Paused");
+        break;
+    case 7:
+        form->lstFiles.Refresh();
+        break;
+    default:
+        break;
+    }
+}
+
+void SlideShow::StartShow()
+{
+    form->StatusBar1.Panels(panePanel).SetText("Starting");
+    if (form->lstFiles.ListCount() < 1) {
+        form->StatusBar1.Panels(namePanel).SetText("No Images");
+        form->StatusBar1.Panels(panePanel).SetText("Stopped");
+        return;
+    }
+    TakeDelay();
+    form->Timer1.SetEnabled(true);
+}
+
+void SlideShow::StopShow()
+{
+    form->Timer1.SetEnabled(false);
+    ImageNumber = 0;
+    ShowTotal();
+    form->StatusBar1.Panels(panePanel).SetText("Stopped");
+}
+
+void SlideShow::DeleteFileOfPane()
+{
+    (void)DeleteFile(form->SSPanel1[SelectedPane].Tag);
+    form->lstFiles.Refresh();
+    ShowTotal();
+    ClearPane(SelectedPane);
+}
+
+// The names stay with the pane, so that Delete still finds the file.
+void SlideShow::ClearPane(int index)
+{
+    form->PreviewImage[index].SetPicture({});
+    PreviewImage_Click(index);
+}
+
+void SlideShow::PreviewImage_Click(int index)
+{
+    if (index == SelectedPane) {
+        form->SSPanel1[index].SetHighlighted(false);
+        SelectedPane = nobody;
+        return;
+    }
+    form->SSPanel1[index].SetHighlighted(true);
+    if (SelectedPane > nobody)
+        form->SSPanel1[SelectedPane].SetHighlighted(false);
+    SelectedPane = index;
+}
+
+void SlideShow::PreviewImage_DblClick(int index)
+{
+    const ImageControl& image = form->PreviewImage[index];
+    if (image.Height() == 0 || image.Width() / image.Height() == 0)
+        return;
+    viewer.DisplayImage(image, image.Tag, form->SSPanel1[index].Tag);
+    viewer.BringToFront();
+    MainForm.mnuSizeableViewer.SetChecked(true);
+}
+
+void SlideShow::lstFiles_DblClick()
+{
+    // Beside the rows.
+    if (form->lstFiles.ListIndex() < 0)
+        return;
+    ImageNumber = form->lstFiles.ListIndex();
+    form->Timer1.SetEnabled(false);
+    Timer1_Timer();
+}
+
+void SlideShow::txtDelay_Change()
+{
+    if (Val(form->txtDelay.Text()) < 1)
+        form->txtDelay.SetText("1");
+}
+
+void SlideShow::Dir1_Change()
+{
+    MainForm.SetMousePointer(MousePointer::Hourglass);
+    DoEvents();
+    if (!form->lstFiles.SetPath(form->Dir1.Path()))
+        desktop.MsgBox("You need to select a different folder", "Error");
+    MainForm.SetMousePointer(MousePointer::Default);
+    DoEvents();
+}
+
+void SlideShow::ShowTotal()
+{
+    form->StatusBar1.Panels(imagePanel).SetText("Total: " + std::to_string(form->lstFiles.ListCount()));
+}

@@ -1,0 +1,186 @@
+#include "pictures/Viewer.h"
+
+#include "forms/Placing.h"
+#include "pictures/frmShowPicture.h"
+#include "platform/Events.h"
+#include "platform/Files.h"
+#include "platform/Screen.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::string_view section = "PictureView";
+
+}
+
+Viewer::Viewer(frmTamarack& mainForm, Settings& newSettings)
+    : MainForm(mainForm)
+    , settings(newSettings)
+{
+    MainForm.mnuSizeableViewer.Click = [this] { mnuSizeableViewer_Click(); };
+}
+
+Viewer::~Viewer() = default;
+
+frmShowPicture& Viewer::Loaded()
+{
+    if (!form) {
+        form = std::make_unique<frmShowPicture>();
+        form->cmdViewCurrent.Click = [this] { cmdViewCurrent_Click(); };
+        form->Command1.Click = [this] { Command1_Click(); };
+        form->Command2.Click = [this] { Command2_Click(); };
+        form->Check1.Click = [this] { Check1_Click(); };
+        form->Resize = [this] { Form_Resize(); };
+        form->Unload = [this] { Form_Unload(); };
+        for (MouseEvents* area : std::initializer_list<MouseEvents*>{form.get(), &form->SSPanel1, &form->Image1})
+            area->MouseDown = [this](int button, int keys) { MouseDown(button, keys); };
+    }
+    if (!loaded) {
+        loaded = true;
+        Form_Load();
+    }
+    return *form;
+}
+
+void Viewer::Form_Load()
+{
+    form->SetCaption(frmShowPicture::emptyCaption);
+    form->Check1.SetValue(0);
+    form->Image1.SetPicture({});
+    form->Image1.Tag.clear();
+    const double width = Screen::Width();
+    const double height = Screen::Height();
+    Restore("1", 2925, -width, width, &Form::SetLeft);
+    Restore("2", 2265, -height, height, &Form::SetTop);
+    Restore("3", frmShowPicture::designedWidth, frmShowPicture::leastSize, width, &Form::SetWidth);
+    Restore("4", frmShowPicture::designedHeight, frmShowPicture::leastSize, height, &Form::SetHeight);
+    Form_Resize();
+}
+
+// What is far out of range can only be damage.
+void Viewer::Restore(std::string_view key, double design, double least, double most, void (Form::*set)(double))
+{
+    const std::string stored = settings.GetSetting(section, key);
+    (*form.*set)(stored.empty() ? design : std::clamp(Val(stored), least, most));
+}
+
+void Viewer::Form_Unload()
+{
+    if (!loaded)
+        return;
+    ViewerAutoUpdate = false;
+    MainForm.mnuSizeableViewer.SetChecked(false);
+    settings.SaveSetting(section, "1", DecimalText(static_cast<float>(form->Left())));
+    settings.SaveSetting(section, "2", DecimalText(static_cast<float>(form->Top())));
+    settings.SaveSetting(section, "3", DecimalText(static_cast<float>(form->Width())));
+    settings.SaveSetting(section, "4", DecimalText(static_cast<float>(form->Height())));
+    loaded = false;
+    form->SetVisible(false);
+}
+
+void Viewer::Form_Resize()
+{
+    if (form->State() == WindowState::Normal) {
+        constexpr double roomBelow = 500;
+        if (form->Height() + form->Top() > Screen::Height())
+            form->SetTop(Screen::Height() - form->Height() - roomBelow);
+        if (form->Top() < 0)
+            form->SetTop(0);
+        if (form->Width() + form->Left() > Screen::Width())
+            form->SetLeft(Screen::Width() - form->Width());
+        if (form->Left() < 0)
+            form->SetLeft(0);
+    }
+    const double width = form->ScaleWidth() - 60;
+    const double height = form->ScaleHeight() - 600;
+    if (width > 10 && height > 10) {
+        form->SSPanel1.SetWidth(width);
+        form->SSPanel1.SetHeight(height);
+    }
+}
+
+void Viewer::DisplayImage(const ImageControl& source, std::string_view displayName, const std::string& path)
+{
+    const auto size = FitPicture(source.Picture(), Loaded().SSPanel1);
+    if (!size)
+        return;
+    Blank(*size);
+    CentreInContainer(form->Image1, form->SSPanel1);
+    form->SetCaption(displayName);
+    form->Image1.Tag = path;
+    (void)form->Image1.Load(path);
+    form->Image1.SetVisible(true);
+    form->SetVisible(true);
+    DoEvents();
+}
+
+void Viewer::cmdViewCurrent_Click()
+{
+    const Picture& current = MainForm.Picture1.Picture();
+    const auto size = FitPicture(current, Loaded().SSPanel1);
+    if (!size)
+        return;
+    Blank(*size);
+    form->Image1.SetPicture(current);
+    CentreInContainer(form->Image1, form->SSPanel1);
+    form->Image1.SetVisible(true);
+    form->SetCaption(BareName(MainForm.Picture1.Tag));
+    form->Image1.Tag = MainForm.Picture1.Tag;
+    form->SetVisible(true);
+    DoEvents();
+}
+
+void Viewer::Blank(const FittedSize& size)
+{
+    form->Image1.SetPicture({});
+    form->Image1.SetWidth(size.width);
+    form->Image1.SetHeight(size.height);
+    form->Image1.SetVisible(false);
+}
+
+void Viewer::BringToFront()
+{
+    frmShowPicture& window = Loaded();
+    if (window.State() == WindowState::Minimised)
+        window.SetState(WindowState::Normal);
+    window.SetVisible(true);
+    window.BringToFront();
+}
+
+void Viewer::Check1_Click() { ViewerAutoUpdate = form->Check1.Value() == 1; }
+
+void Viewer::Command1_Click()
+{
+    form->Image1.SetPicture({});
+    form->Image1.SetVisible(false);
+    form->Image1.SetVisible(true);
+    form->SetCaption("");
+}
+
+void Viewer::Command2_Click()
+{
+    (void)DeleteFile(form->Image1.Tag);
+    form->Image1.ClearPicture();
+    form->SetCaption("");
+}
+
+void Viewer::MouseDown(int button, int keys)
+{
+    if (button != MouseEvents::rightButton || keys != MouseEvents::ctrlKey)
+        return;
+    Raise(DebugGesture);
+    Form_Unload();
+}
+
+void Viewer::mnuSizeableViewer_Click()
+{
+    if (MainForm.mnuSizeableViewer.Checked()) {
+        MainForm.mnuSizeableViewer.SetChecked(false);
+        Form_Unload();
+    } else {
+        MainForm.mnuSizeableViewer.SetChecked(true);
+        Loaded().SetVisible(true);
+    }
+}

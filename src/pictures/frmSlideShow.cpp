@@ -1,0 +1,22 @@
+#include "pictures/frmSlideShow.h"
+
+frmSlideShow::frmSlideShow()
+    : Form("frmSlideShow", "Slide Show", {.clientWidth = 6450, .clientHeight = 6645})
+{
+    Command1[6].SetEnabled(false);
+    for (int pane = 0; pane < 6; ++pane)
+        PreviewImage[pane].SetToolTip("Pane " + std::to_string(pane));
+    Label1[0].SetBuddy(txtDelay);
+    Drive1.SetAccessibleName("Drives");
+    Dir1.SetAccessibleName("Directories");
+    lstFiles.SetAccessibleName("Pictures");
+
+    // As they lie on the window.
+    lstFiles.PrecedesInTabOrder(chkOptions);
+    Control* previous = &chkOptions;
+    for (Control* next : std::initializer_list<Control*>{&Command1[7], &txtDelay, &Command1[0], &Command1[5],
+             &Command1[1], &Command1[2], &Command1[3], &Command1[4]}) {
+        previous->PrecedesInTabOrder(*next);
+        previous = next;
+    }
+}

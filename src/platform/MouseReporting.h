@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/Control.h"
+#include "platform/MouseEvents.h"
+
+#include <QMouseEvent>
+
+// A widget that reports what the mouse does on it. Nothing is passed on to the widget around it, which would report it
+// once more.
+template <class Widget> class MouseReporting : public Widget {
+public:
+    template <class... Arguments>
+    explicit MouseReporting(MouseEvents& mouseEvents, Arguments&&... arguments)
+        : Widget(std::forward<Arguments>(arguments)...)
+        , events(mouseEvents)
+    {
+        this->setMouseTracking(true);
+    }
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override
+    {
+        pressed = event->button() == Qt::LeftButton;
+        const int button = pressed               ? MouseEvents::leftButton
+            : event->button() == Qt::RightButton ? MouseEvents::rightButton
+                                                 : MouseEvents::middleButton;
+        const Qt::KeyboardModifiers held = event->modifiers();
+        Raise(events.MouseDown, button,
+            (held & Qt::ShiftModifier ? MouseEvents::shiftKey : 0)
+                + (held & Qt::ControlModifier ? MouseEvents::ctrlKey : 0)
+                + (held & Qt::AltModifier ? MouseEvents::altKey : 0));
+    }
+
+    void mouseReleaseEvent(QMouseEvent* event) override
+    {
+        const bool clicked = pressed && event->button() == Qt::LeftButton && this->rect().contains(event->pos());
+        pressed = false;
+        if (clicked)
+            Raise(events.Click);
+    }
+
+    void mouseDoubleClickEvent(QMouseEvent* event) override
+    {
+        if (event->button() == Qt::LeftButton)
+            Raise(events.DblClick);
+        else
+            mousePressEvent(event);
+    }
+
+    void mouseMoveEvent(QMouseEvent*) override { Raise(events.MouseMove); }
+
+private:
+    MouseEvents& events;
+    bool pressed = false;
+};

@@ -1,0 +1,181 @@
+#include "program-test/ProgramTest.h"
+
+#include "platform/Files.h"
+#include "sample/SamplePictures.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+#include <filesystem>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class SlideShowTest : public ProgramTest {
+protected:
+    SlideShowTest() { settings.SaveSetting("SlideShow", "4", "-10"); }
+
+    // Eight pictures, what is none, and what does not belong into the list.
+    void Open(int pictures = 8)
+    {
+        for (int number = 1; number <= pictures; ++number)
+            MakeFile(destination + "p" + std::to_string(number) + (number % 2 ? ".jpg" : ".GIF"),
+                DrawPicture(Scene::Kites, number == 2 ? 90 : 40, 40, static_cast<unsigned>(number), "JPEG"));
+        MakeFile(destination + "p2a.bmp", "no picture");
+        MakeFile(destination + ".p3.jpg", "hidden");
+        MakeFile(destination + "p3.png", "another kind");
+        Start();
+        ChooseMenu("mnuSlideShow");
+        EXPECT_EQ(Image(), "Total: " + std::to_string(pictures + 1));
+    }
+
+    static std::string Image() { return PanelText("frmSlideShow/StatusBar1", 1); }
+    static std::string Pane() { return PanelText("frmSlideShow/StatusBar1", 2); }
+    static std::string Button(int index) { return "frmSlideShow/Command1(" + std::to_string(index) + ")"; }
+
+    static QWidget& PaneImage(int pane) { return Find<QWidget>("PreviewImage(" + std::to_string(pane) + ")"); }
+    static QWidget& PaneFrame(int pane) { return Find<QWidget>("frmSlideShow/SSPanel1(" + std::to_string(pane) + ")"); }
+
+    static bool ShowsPicture(int pane)
+    {
+        return !static_cast<QLabel&>(PaneImage(pane)).pixmap(Qt::ReturnByValue).isNull();
+    }
+    static bool IsHighlighted(int pane) { return PaneFrame(pane).backgroundRole() == QPalette::Highlight; }
+
+    // The name of the file in a pane, as the third panel tells it.
+    static std::string NameIn(int pane)
+    {
+        QTest::mouseMove(&PaneImage(pane), QPoint(2, 2));
+        QTest::mouseMove(&PaneImage(pane), PaneImage(pane).rect().center());
+        return PanelText("frmSlideShow/StatusBar1", 3);
+    }
+};
+
+}
+
+TEST_F(SlideShowTest, SixPanesInACircle)
+{
+    Open();
+    EXPECT_EQ(TextOf("txtDelay"), "10");
+    EXPECT_EQ(Pane(), "Stopped");
+    EXPECT_THAT(RowsOf("lstFiles"),
+        ElementsAre("p1.jpg", "p2.GIF", "p2a.bmp", "p3.jpg", "p4.GIF", "p5.jpg", "p6.GIF", "p7.jpg", "p8.GIF"));
+    Click(Button(0));
+    EXPECT_EQ(Pane(), "Starting");
+    ASSERT_TRUE(Until([] { return Pane() == "Stopped"; }));
+    EXPECT_EQ(Image(), "Total: 9");
+    // The file that is no picture took no pane.
+    std::vector<std::string> names;
+    for (int pane = 0; pane < 6; ++pane) {
+        EXPECT_TRUE(ShowsPicture(pane));
+        EXPECT_TRUE(PaneFrame(pane).rect().contains(PaneImage(pane).geometry())) << pane;
+        names.push_back(NameIn(pane));
+    }
+    EXPECT_THAT(names, ElementsAre("p7.jpg", "p8.GIF", "p3.jpg", "p4.GIF", "p5.jpg", "p6.GIF"));
+
+    // Once more from the first file, from the pane where the circle had come to; round and round.
+    Check("chkOptions(0)", true);
+    ChooseMenu("frmSlideShow/mnuStart");
+    ASSERT_TRUE(Until([] { return Image() == "Displaying 10 of 9"; }));
+    EXPECT_EQ(NameIn(2), "p7.jpg");
+    ASSERT_TRUE(Until([] { return Image() == "Displaying 2 of 9"; }));
+    ChooseMenu("frmSlideShow/mnuPause");
+    EXPECT_EQ(Pane(), "Paused");
+    const std::string paused = Image();
+    QTest::qWait(50);
+    EXPECT_EQ(Image(), paused);
+    Click(Button(0));
+    ASSERT_TRUE(Until([&] { return Image() == "Displaying 4 of 9"; }));
+    ChooseMenu("frmSlideShow/mnuStop");
+    EXPECT_EQ(Image(), "Total: 9");
+    EXPECT_EQ(Pane(), "Stopped");
+
+    // A double click shows that file, and a start goes on behind it.
+    DoubleClickRow("lstFiles", 4);
+    EXPECT_EQ(Image(), "Displaying 5 of 9");
+    Click(Button(0));
+    ASSERT_TRUE(Until([] { return Image() == "Displaying 6 of 9"; }));
+    ChooseMenu("frmSlideShow/mnuExit");
+    EXPECT_FALSE(IsVisible("frmSlideShow"));
+    EXPECT_EQ(settings.GetSetting("SlideShow", "3") + settings.GetSetting("SlideShow", "4"), "110");
+    ChooseMenu("mnuSlideShow");
+    EXPECT_TRUE(IsChecked("chkOptions(0)"));
+    EXPECT_FALSE(ShowsPicture(0));
+    ChooseMenu("mnuSlideShow");
+    EXPECT_FALSE(IsVisible("frmSlideShow"));
+}
+
+TEST_F(SlideShowTest, ThePictureOfAPane)
+{
+    Open(3);
+    DoubleClickRow("lstFiles", 0);
+    DoubleClickRow("lstFiles", 1);
+    DoubleClickRow("lstFiles", 3);
+
+    // At first pane 0 is selected without a highlight, so that a click ends the selection.
+    Click(Button(3));
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "p1.jpg");
+    QTest::mouseClick(&PaneFrame(0), Qt::LeftButton, {}, {2, 2});
+    EXPECT_FALSE(IsHighlighted(0));
+    Click(Button(2));
+    Click(Button(4));
+    EXPECT_TRUE(ShowsPicture(0));
+    QTest::mouseClick(&PaneImage(1), Qt::LeftButton);
+    EXPECT_TRUE(IsHighlighted(1));
+    QTest::mouseClick(&PaneImage(2), Qt::LeftButton);
+    EXPECT_FALSE(IsHighlighted(1));
+    EXPECT_TRUE(IsHighlighted(2));
+    Click(Button(3));
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "p3.jpg");
+    // Cleared, it keeps its names: the viewer comes up and does not change.
+    Click(Button(4));
+    EXPECT_FALSE(ShowsPicture(2));
+    EXPECT_FALSE(IsHighlighted(2));
+    EXPECT_EQ(NameIn(2), "p3.jpg");
+    EXPECT_TRUE(FileExists(destination + "p3.jpg"));
+
+    // A double click is a click too.
+    QTest::mouseClick(&PaneImage(1), Qt::LeftButton);
+    QTest::mouseDClick(&PaneImage(1), Qt::LeftButton);
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "p2.GIF");
+    EXPECT_TRUE(IsHighlighted(1));
+    Click(Button(2));
+    EXPECT_FALSE(FileExists(destination + "p2.GIF"));
+    EXPECT_FALSE(ShowsPicture(1));
+    EXPECT_EQ(Image(), "Total: 3");
+
+    // With its check box on, the viewer follows.
+    Check("Check1", true);
+    DoubleClickRow("lstFiles", 2);
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "p3.jpg");
+    EXPECT_THAT(desktop.boxes, IsEmpty());
+}
+
+TEST_F(SlideShowTest, ListAndDelay)
+{
+    std::filesystem::create_directories(destination + "none");
+    Open(1);
+    ClickRow("Dir1", CurrentRow("Dir1") + 1);
+    EXPECT_EQ(Image(), "Total: 0");
+    Click(Button(0));
+    EXPECT_EQ(PanelText("frmSlideShow/StatusBar1", 3), "No Images");
+    EXPECT_EQ(Pane(), "Stopped");
+    MakeFile(destination + "none/new.ICO", "");
+    EXPECT_THAT(RowsOf("lstFiles"), IsEmpty());
+    Click(Button(7));
+    EXPECT_THAT(RowsOf("lstFiles"), ElementsAre("new.ICO"));
+    EXPECT_EQ(Image(), "Total: 0");
+
+    for (const auto& [typed, shown] :
+        {std::pair("0", "1"), {"-5", "1"}, {"x", "1"}, {"0.5", "1"}, {"12.5", "12.5"}, {"70000 ms", "70000 ms"}}) {
+        Find<QLineEdit>("txtDelay").setText(typed);
+        EXPECT_EQ(TextOf("txtDelay"), shown) << typed;
+    }
+    Click(Button(0));
+    EXPECT_EQ(TextOf("txtDelay"), "70000");
+    Click(Button(1));
+    Step("UpDown1", 1);
+    EXPECT_EQ(TextOf("txtDelay"), "35000");
+}

@@ -1,0 +1,157 @@
+#include "program-test/ProgramTest.h"
+
+#include "platform/Events.h"
+#include "platform/Files.h"
+#include "sample/Encoders.h"
+#include "sample/SamplePictures.h"
+
+#include <QLabel>
+#include <QScreen>
+#include <QTest>
+
+using testing::ElementsAre;
+
+namespace {
+
+class ViewerTest : public ProgramTest {
+protected:
+    // Lets three pictures arrive in the strip: a square one in the left slot, then a high one, then a wide one.
+    void FillStrip()
+    {
+        std::vector<std::string> bodies;
+        for (const auto& [name, width] : {std::pair("wide.jpg", 80), {"high.jpg", 20}, {"square.jpg", 40}})
+            bodies.push_back(Uuencode(DrawPicture(Scene::Kites, width, 40, 1, "JPEG"), name));
+        server.SetGroups({GroupOf("alt.kites", 1, bodies)});
+        Start({"alt.kites"}, server.Port());
+        ChooseMenu("mnuInteractiveDownload");
+        Search();
+    }
+
+    std::string Stored(const std::string& name) const { return destination + "alt.kites/" + name; }
+
+    static bool ShowsPicture(const char* image) { return !Find<QLabel>(image).pixmap(Qt::ReturnByValue).isNull(); }
+
+    static double Shape()
+    {
+        const QWidget& image = Find<QWidget>("frmShowPicture/Image1");
+        EXPECT_NEAR(image.geometry().center().x(), image.parentWidget()->rect().center().x(), 1);
+        EXPECT_NEAR(image.geometry().center().y(), image.parentWidget()->rect().center().y(), 1);
+        return static_cast<double>(image.width()) / image.height();
+    }
+
+    SampleServer server{{}};
+};
+
+}
+
+TEST_F(ViewerTest, ASlotIsViewedClearedAndDeleted)
+{
+    FillStrip();
+    EXPECT_FALSE(IsVisible("frmShowPicture"));
+    Click("frmTamarack/Command2(1)");
+    EXPECT_TRUE(IsVisible("frmShowPicture"));
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "high.jpg");
+    EXPECT_NEAR(Shape(), 0.5, 0.01);
+    QTest::mouseDClick(&Find<QWidget>("Image2(2)"), Qt::LeftButton);
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "wide.jpg");
+    EXPECT_NEAR(Shape(), 2, 0.02);
+
+    // The viewer's own buttons: the picture that is shown goes, and its file; the slot keeps showing it.
+    Click("frmShowPicture/Command1");
+    EXPECT_FALSE(ShowsPicture("frmShowPicture/Image1"));
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "");
+    EXPECT_TRUE(FileExists(Stored("wide.jpg")));
+    Click("frmShowPicture/Command2");
+    EXPECT_FALSE(FileExists(Stored("wide.jpg")));
+    EXPECT_TRUE(ShowsPicture("Image2(2)"));
+    // Viewed again, its file is gone: an empty viewer under its name.
+    Click("frmTamarack/Command2(2)");
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "wide.jpg");
+    EXPECT_FALSE(ShowsPicture("frmShowPicture/Image1"));
+
+    // A cleared slot opens the viewer on what it holds already; Delete still finds the file.
+    Click("frmTamarack/Command2(0)");
+    Click("cmdClear(0)");
+    EXPECT_EQ(TextOf("Label2(0)"), "");
+    EXPECT_FALSE(ShowsPicture("Image2(0)"));
+    WindowNamed("frmShowPicture")->close();
+    Click("frmTamarack/Command2(0)");
+    EXPECT_TRUE(IsVisible("frmShowPicture"));
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "<Filename Here>");
+    Click("cmdDelete(0)");
+    EXPECT_FALSE(FileExists(Stored("square.jpg")));
+    Click("cmdDelete(1)");
+    EXPECT_FALSE(ShowsPicture("Image2(1)"));
+    EXPECT_THAT(FilesBelow(destination), testing::IsEmpty());
+}
+
+TEST_F(ViewerTest, FollowsTheSearch)
+{
+    server.SetGroups({GroupOf("alt.kites", 1,
+        {Uuencode(DrawPicture(Scene::Kites, 80, 40, 1, "JPEG"), "wide.jpg"), Uuencode("no picture", "odd.jpg"),
+            Uuencode(DrawPicture(Scene::Kites, 40, 40, 1, "JPEG"), "square.jpg")})});
+    Start({"alt.kites"}, server.Port());
+    ChooseMenu("mnuSizeableViewer");
+    Check("Check1", true);
+    std::vector<std::string> shown;
+    QObject::connect(WindowNamed("frmShowPicture"), &QWidget::windowTitleChanged, qApp,
+        [&](const QString& title) { shown.push_back(title.toStdString()); });
+    Search();
+    EXPECT_THAT(shown, ElementsAre("wide.jpg", "square.jpg"));
+    EXPECT_NEAR(Shape(), 1, 0.01);
+    EXPECT_TRUE(ShowsPicture("frmShowPicture/Image1"));
+
+    Click("frmShowPicture/Command1");
+    Click("cmdViewCurrent");
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "square.jpg");
+    Click("frmShowPicture/Command2");
+    EXPECT_THAT(FilesBelow(destination), ElementsAre("alt.kites/odd.jpg", "alt.kites/wide.jpg"));
+
+    // Closed by the menu, it lets go of the search.
+    ChooseMenu("mnuSizeableViewer");
+    EXPECT_FALSE(IsVisible("frmShowPicture"));
+    Forget();
+    Search();
+    EXPECT_FALSE(IsVisible("frmShowPicture"));
+    ChooseMenu("mnuSizeableViewer");
+    EXPECT_FALSE(IsChecked("Check1"));
+}
+
+TEST_F(ViewerTest, KeepsItsPlaceOnTheScreen)
+{
+    const auto stored = [this](const char* key) { return std::stod(settings.GetSetting("PictureView", key)); };
+    Start();
+    ChooseMenu("mnuSizeableViewer");
+    QWidget& window = *WindowNamed("frmShowPicture");
+    window.setGeometry(70, 60, 500, 400);
+    QWidget& panel = Find<QWidget>("frmShowPicture/SSPanel1");
+    EXPECT_LE(panel.geometry().bottom(), 400);
+    EXPECT_NEAR(panel.width(), 496, 2);
+    window.resize(500, 40); // too low for the panel to follow
+    EXPECT_NEAR(panel.width(), 496, 2);
+    window.setGeometry(70, 60, 500, 400);
+    window.close();
+    EXPECT_NEAR(stored("3") / stored("4"), 508.0 / 425, 0.01);
+    ChooseMenu("mnuSizeableViewer");
+    EXPECT_EQ(window.geometry(), QRect(70, 60, 500, 400));
+
+    // Over the edges of the screen (of 800 by 800 pixels), and back on the next resize.
+    const QSize screen = QApplication::primaryScreen()->size();
+    window.move(screen.width() - 100, screen.height() - 100);
+    window.resize(501, 401);
+    DoEvents();
+    EXPECT_LE(window.x() + 501, screen.width());
+    EXPECT_LT(window.y() + 401, screen.height());
+    EXPECT_GE(window.y(), 0);
+    ChooseMenu("mnuSizeableViewer");
+    EXPECT_FALSE(IsVisible("frmShowPicture"));
+
+    for (const char* value : {"1e99", "-1e99", "x", ""}) {
+        for (const char* key : {"1", "2", "3", "4"})
+            settings.SaveSetting("PictureView", key, value);
+        ChooseMenu("mnuSizeableViewer");
+        EXPECT_TRUE(QRect(QPoint(), screen).intersects(window.geometry())) << value;
+        EXPECT_TRUE(QRect(QPoint(), screen).size().expandedTo(window.size()) == screen) << value;
+        ChooseMenu("mnuSizeableViewer");
+    }
+}
