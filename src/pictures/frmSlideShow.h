@@ -33,12 +33,12 @@ struct frmSlideShow : Form {
     DirectoryList Dir1{*this, "Dir1", {45, 420, 3330, 1665}};
     FileList lstFiles{*this, "lstFiles", {3390, 75, 3060, 2820}, "*.wmf;*.emf;*.jpg;*.gif;*.bmp;*.ico"};
     // The blank one is a backdrop for the check box and the button beside it.
-    CommandButton Command1[8] = {{*this, "Command1(0)", "Start", {5505, 3930, 870, 330}},
-        {*this, "Command1(1)", "Stop", {5505, 4680, 870, 330}},
-        {*this, "Command1(2)", "Delete", {5505, 5055, 870, 330}},
-        {*this, "Command1(3)", "Viewer", {5505, 5430, 870, 330}},
-        {*this, "Command1(4)", "Clear", {5505, 5805, 870, 330}},
-        {*this, "Command1(5)", "Pause", {5505, 4305, 870, 330}}, {*this, "Command1(6)", "", {45, 2145, 3330, 720}},
+    CommandButton Command1[8] = {{*this, "Command1(0)", "Start", {5505, 4035, 870, 330}},
+        {*this, "Command1(1)", "Stop", {5505, 4765, 870, 330}},
+        {*this, "Command1(2)", "Delete", {5505, 5130, 870, 330}},
+        {*this, "Command1(3)", "Viewer", {5505, 5495, 870, 330}},
+        {*this, "Command1(4)", "Clear", {5505, 5860, 870, 330}},
+        {*this, "Command1(5)", "Pause", {5505, 4400, 870, 330}}, {*this, "Command1(6)", "", {45, 2145, 3330, 720}},
         {*this, "Command1(7)", "Refresh File List", {1890, 2295, 1350, 375}}};
     CheckBox chkOptions{*this, "chkOptions(0)", "Loop continuously", {135, 2295, 1710, 375}};
 
@@ -55,10 +55,10 @@ struct frmSlideShow : Form {
             {SSPanel1[2], "PreviewImage(2)", designedImage[2]}, {SSPanel1[3], "PreviewImage(3)", designedImage[3]},
             {SSPanel1[4], "PreviewImage(4)", designedImage[4]}, {SSPanel1[5], "PreviewImage(5)", designedImage[5]}};
 
-    Label Label1[2] = {{*this, "Label1(0)", "Slide Delay", {5475, 2925, 930, 255}, Alignment::Centre},
-        {*this, "Label1(1)", "Milli-Seconds", {5430, 3555, 1005, 255}, Alignment::Centre}};
-    TextBox txtDelay{*this, "txtDelay", {5505, 3210, 660, 315}, {.text = designedDelay}};
-    Stepper UpDown1{*this, "UpDown1", txtDelay, {6180, 3210, 195, 315}, {.minimum = 10, .maximum = 35000, .step = 1}};
+    Label Label1[2] = {{*this, "Label1(0)", "Slide Delay", {5430, 2910, 1005, 420}, Alignment::Centre},
+        {*this, "Label1(1)", "Milli-Seconds", {5430, 3615, 1005, 420}, Alignment::Centre}};
+    TextBox txtDelay{*this, "txtDelay", {5505, 3330, 660, 285}, {.text = designedDelay}};
+    Stepper UpDown1{*this, "UpDown1", txtDelay, {6180, 3330, 195, 285}, {.minimum = 10, .maximum = 35000, .step = 1}};
     Panel Frame1[2] = {{*this, "Frame1(0)", {0, 15, 6795, 30}, PanelEdge::Sunken},
         {*this, "Frame1(1)", {0, 6255, 6795, 30}, PanelEdge::Sunken}};
     StatusBar StatusBar1{*this, "StatusBar1", {0, 6300, 6450, 345},
