@@ -23,8 +23,11 @@ void ImageControl::SetPicture(const class Picture& newPicture)
         return;
     }
     // Scaled here once and smoothly, rather than by the label at every paint and coarsely.
-    label->setPixmap(QPixmap::fromImage(
-        picture.image->scaled(label->size().expandedTo({1, 1}), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)));
+    const qreal ratio = label->devicePixelRatioF();
+    const QSize size = (QSizeF(label->size()) * ratio).toSize().expandedTo({1, 1});
+    QPixmap scaled = QPixmap::fromImage(picture.image->scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    scaled.setDevicePixelRatio(ratio);
+    label->setPixmap(scaled);
 }
 
 bool ImageControl::Load(const std::string& path)
