@@ -46,9 +46,10 @@ bool UnattendedSearch::Run()
 
     const bool asPosted = CompareStoredFiles();
     const bool tabsTaken = TakePicturesOfTabs();
+    const bool picturesShown = ShowPictures();
     if (desktop.boxes > 0)
         std::printf("There were %d message boxes where there should be none.\n", desktop.boxes);
-    return asPosted && pictureTaken && tabsTaken && desktop.boxes == 0;
+    return asPosted && pictureTaken && tabsTaken && picturesShown && desktop.boxes == 0;
 }
 
 bool UnattendedSearch::CompareStoredFiles() const
@@ -80,11 +81,11 @@ bool UnattendedSearch::CompareStoredFiles() const
     return others == 0 && expected.empty();
 }
 
-bool UnattendedSearch::TakePicture(const std::string& name) const
+bool UnattendedSearch::TakePicture(const std::string& name, const std::string& window) const
 {
     const std::string path = screenshots + name + ".png";
     desktop.PaintWindows();
-    const bool taken = Screenshot(path);
+    const bool taken = Screenshot(path, window);
     std::printf("%s %s\n", taken ? "screenshot" : "CANNOT WRITE", path.c_str());
     return taken;
 }
@@ -103,5 +104,31 @@ bool UnattendedSearch::TakePicturesOfTabs() const
         SelectTab("SSTab1", tab);
         taken = TakePicture(groupTabs[tab]) && taken;
     }
+    return taken;
+}
+
+// The newest picture in the viewer, and a slide show of one group that has come round to its first pane.
+bool UnattendedSearch::ShowPictures() const
+{
+    Click("frmTamarack/Command2(0)");
+    bool taken = TakePicture("8-viewer", "frmShowPicture");
+
+    ChooseMenu("mnuSlideShow");
+    const std::vector<std::string> rows = RowsOf("Dir1");
+    ClickRow(
+        "Dir1", static_cast<int>(std::find(rows.begin(), rows.end(), postings.groupsToSearch.front()) - rows.begin()));
+    TypeInto("frmSlideShow/txtDelay", "20");
+    Check("chkOptions(0)", true);
+    Click("frmSlideShow/Command1(0)");
+    int shown = 0;
+    std::string last;
+    taken = Until([&] {
+        const std::string pane = PanelText("frmSlideShow/StatusBar1", 2);
+        shown += pane != last && pane.starts_with("Pane: ");
+        last = pane;
+        return shown > 6;
+    }) && taken;
+    taken = TakePicture("9-slide-show", "frmSlideShow") && taken;
+    Click("frmSlideShow/Command1(1)");
     return taken;
 }

@@ -19,8 +19,9 @@ public:
 
 private:
     bool CompareStoredFiles() const;
-    bool TakePicture(const std::string& name) const;
+    bool TakePicture(const std::string& name, const std::string& window = "frmTamarack") const;
     bool TakePicturesOfTabs() const;
+    bool ShowPictures() const;
 
     const DemoFolder& folder;
     const SamplePostings& postings;
