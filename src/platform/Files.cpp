@@ -111,6 +111,16 @@ std::error_code WriteFile(const std::string& path, std::string_view content, std
     return error ? error : closeError;
 }
 
+std::error_code AppendToFile(const std::string& path, std::string_view text)
+{
+    Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+    if (file.Get() < 0)
+        return LastError();
+    const std::error_code error = WriteAll(file.Get(), text);
+    const std::error_code closeError = file.Close();
+    return error ? error : closeError;
+}
+
 std::error_code DeleteFile(const std::string& path)
 {
     return unlink(path.c_str()) == 0 ? std::error_code() : LastError();

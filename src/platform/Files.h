@@ -22,6 +22,9 @@ bool DirExists(const std::string& path);
 // A new file with this content, in place of what was there, a link included.
 [[nodiscard]] std::error_code WriteFile(const std::string& path, std::string_view content, std::string_view more = {});
 
+// Writes behind the end of a file, which is made, for its owner alone, if it is not there.
+[[nodiscard]] std::error_code AppendToFile(const std::string& path, std::string_view text);
+
 [[nodiscard]] std::error_code DeleteFile(const std::string& path);
 
 // Replaces a file of the new name; also from one disk to another.

@@ -124,3 +124,17 @@ const std::string& NewsSession::WaitForText()
     }
     return LastBody;
 }
+
+void NewsSession::CmdManual(const std::string& line)
+{
+    (void)TcpConnect();
+    if (!Send(CommandKind::Manual, line))
+        return;
+    while (ReplyState == ReplyState::Awaiting) {
+        if (StopFlag) {
+            TcpDisconnect();
+            break;
+        }
+        WaitForEvents();
+    }
+}

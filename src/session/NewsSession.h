@@ -76,6 +76,10 @@ public:
     // The group list arrives through GroupListArrived.
     void CmdList();
 
+    // Sends a line as the user typed it, over a connection that is opened if there is none. The reply is not looked at;
+    // it shows where all traffic shows.
+    void CmdManual(const std::string& line);
+
     // The server's list of groups has come in whole; it is the multi-line text as it was sent.
     std::function<void(const std::string& text)> GroupListArrived;
 

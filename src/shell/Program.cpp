@@ -10,6 +10,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     , lock(places.appDir + "tamarack.lock")
     , settings(places.settingsFile)
     , Session(MainForm, desktop)
+    , debugWindow(Session, desktop)
     , mainSettings(MainForm, settings)
     , selectedGroups(MainForm, Session)
     , groupStore(MainForm, Session, desktop)
@@ -33,6 +34,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     MainForm.Unload = [this] { Form_Unload(); };
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };
+    viewer.DebugGesture = [this] { debugWindow.Open(); };
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
 }
 

@@ -4,6 +4,7 @@
 #include "catalogue/GroupStore.h"
 #include "catalogue/Picking.h"
 #include "catalogue/PointerActions.h"
+#include "diagnostics/DebugWindow.h"
 #include "pictures/SlideShow.h"
 #include "platform/Files.h"
 #include "scan/FindNow.h"
@@ -25,7 +26,7 @@ public:
     // Ends the program as its user would, at any moment.
     void End();
 
-    // For those who work the program from outside: the demo and the tests.
+    // For those who work the program from outside: the tests.
     frmTamarack& Form() { return MainForm; }
 
 private:
@@ -39,6 +40,7 @@ private:
     Settings settings;
     frmTamarack MainForm;
     NewsSession Session;
+    DebugWindow debugWindow;
     MainSettings mainSettings;
     SelectedGroups selectedGroups;
     GroupStore groupStore;

@@ -1,0 +1,79 @@
+#include "diagnostics/DebugWindow.h"
+
+#include "diagnostics/frmDebug.h"
+#include "platform/Files.h"
+
+DebugWindow::DebugWindow(NewsSession& session, Desktop& newDesktop)
+    : Session(session)
+    , desktop(newDesktop)
+{
+    Session.DebugLog = [this](const std::string& text) { DebugLog(text); };
+}
+
+DebugWindow::~DebugWindow() = default;
+
+void DebugWindow::Open()
+{
+    if (!form) {
+        form = std::make_unique<frmDebug>();
+        form->Resize = [this] { Form_Resize(); };
+        form->Unload = [this] { Form_Unload(); };
+        form->cmdCmd[0].Click = [this] { cmdCmd_Click(0); };
+        form->cmdCmd[1].Click = [this] { cmdCmd_Click(1); };
+        form->cmdReset.Click = [this] { cmdReset_Click(); };
+    }
+    if (!Session.DebugOn)
+        Form_Load();
+    Session.DebugOn = true;
+    form->SetVisible(true);
+    form->BringToFront();
+}
+
+void DebugWindow::Form_Load()
+{
+    form->DebugWindow.Clear();
+    form->TxtManual.SetText("");
+    form->txtLogFile.SetText(Session.AppDir + "debug.log");
+}
+
+void DebugWindow::Form_Unload()
+{
+    Session.DebugOn = false;
+    form->SetVisible(false);
+}
+
+void DebugWindow::Form_Resize()
+{
+    const double width = form->ScaleWidth();
+    const double height = form->ScaleHeight();
+    if (width - 60 <= 10 || height - 500 <= 10)
+        return;
+    form->DebugWindow.SetWidth(width - 60);
+    form->DebugWindow.SetHeight(height - 900);
+    form->txtLogFile.SetWidth(width - 60);
+    for (CommandButton* button : {&form->cmdCmd[0], &form->cmdCmd[1], &form->cmdReset})
+        button->SetTop(height - 350);
+    form->TxtManual.SetTop(height - 300);
+}
+
+void DebugWindow::DebugLog(const std::string& text)
+{
+    constexpr int longest = 32000;
+    constexpr int cut = 10000;
+    if (form->DebugWindow.Length() > longest)
+        form->DebugWindow.Cut(1, cut);
+    form->DebugWindow.Append(text);
+    const std::string logFile = form->txtLogFile.Text();
+    const std::error_code error = AppendToFile(logFile, text);
+    // What comes in while the box is up must not put another one on top of it.
+    if (!error || complaining)
+        return;
+    complaining = true;
+    desktop.MsgBox("Tamarack\r\n" + logFile + ": " + error.message(), "Access Error");
+    complaining = false;
+}
+
+void DebugWindow::cmdCmd_Click(int index) { Session.CmdManual(index == 0 ? "help" : form->TxtManual.Text()); }
+
+// The next line makes a new one.
+void DebugWindow::cmdReset_Click() { (void)DeleteFile(form->txtLogFile.Text()); }
