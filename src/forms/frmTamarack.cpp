@@ -57,4 +57,23 @@ frmTamarack::frmTamarack()
     MyUpDown[0].PrecedesInTabOrder(MyUpDown[1]);
     MyUpDown[1].PrecedesInTabOrder(MyUpDown[3]);
     MyUpDown[3].PrecedesInTabOrder(cmdClearAll);
+
+    struct Topic {
+        int number;
+        std::initializer_list<Control*> controls;
+    };
+    for (const Topic& topic : {Topic{140, {&txtNamed}}, Topic{150, {&Frame2}}, Topic{160, {&cmdSelectDir}},
+             Topic{260, {&cboNewsServer}}, Topic{270, {&txtPort}}, Topic{280, {&chkUserName}},
+             Topic{290, {&txtUserName}}, Topic{300, {&txtPassword}}, Topic{330, {&cmdRefresh, &cmdRefreshDisk}},
+             Topic{340, {&lstAllGroups}}, Topic{380, {&lstFilteredGroups}}, Topic{400, {&lstSelectedGroups}},
+             Topic{430, {&Command1}}, Topic{440, {&cmdFindNow}}, Topic{500, {&cboSizeIs, &txtKB, &SpinButton1}},
+             Topic{510, {&chkLimitPictures, &txtLimitPictures, &udLimitPictures}},
+             Topic{520, {&chkMaximumFiles, &txtMaxToDownload, &udMaxToDownload}}, Topic{540, {&cmdDeleteServer}},
+             Topic{550, {&cmdAddNewsServer}}, Topic{560, {&txtManual, &txtNewsGroups}}, Topic{570, {&cmdAndFilter}},
+             Topic{580, {&cmdOrFilter}}, Topic{590, {&cmdSavePicks}},
+             Topic{600, {&Command3, &cmdClearAll, &MyUpDown[0], &MyUpDown[1], &MyUpDown[2], &MyUpDown[3]}},
+             Topic{610, {&Command4, &cmdResetGroup, &cmdClearSelected}}}) {
+        for (Control* control : topic.controls)
+            control->SetHelpTopic(topic.number);
+    }
 }

@@ -41,12 +41,18 @@ void NoteSignal(int)
 
 }
 
+const std::string_view Application::version = TAMARACK_VERSION;
+const int Application::major = TAMARACK_VERSION_MAJOR;
+const int Application::minor = TAMARACK_VERSION_MINOR;
+const std::string_view Application::companyName = "Tamarack developers";
+
 Application::Application(int& argc, char** argv)
     : application(std::make_unique<QApplication>(argc, argv))
 {
     QApplication::setApplicationName(QStringLiteral("Tamarack"));
     QApplication::setOrganizationName(QStringLiteral("Tamarack"));
     QApplication::setDesktopFileName(QStringLiteral("tamarack"));
+    QApplication::setApplicationVersion(QStringLiteral(TAMARACK_VERSION));
     QApplication::setWindowIcon(WindowIcon());
     // The program ends when its main form is unloaded, not when nothing is on the screen for a moment.
     QApplication::setQuitOnLastWindowClosed(false);

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string_view>
 
 class QApplication;
 class QSocketNotifier;
@@ -9,6 +10,12 @@ class QSocketNotifier;
 // The toolkit's start and its event loop. There is one, it is made before every form, and it outlives them.
 class Application {
 public:
+    // The version data, such as 2.7.0.24, and the first two of its numbers.
+    static const std::string_view version;
+    static const int major;
+    static const int minor;
+    static const std::string_view companyName;
+
     // Removes the toolkit's own options from the command line.
     Application(int& argc, char** argv);
     ~Application();

@@ -1,6 +1,7 @@
 #include "platform/Control.h"
 
 #include "platform/DisplayText.h"
+#include "platform/HelpTopic.h"
 
 #include <QEvent>
 #include <QWidget>
@@ -67,6 +68,8 @@ void Control::Move(const Place& newPlace)
 void Control::SetToolTip(std::string_view text) { widget->setToolTip(ToDisplay(text)); }
 
 void Control::SetAccessibleName(std::string_view text) { widget->setAccessibleName(ToDisplay(text)); }
+
+void Control::SetHelpTopic(int number) { widget->setProperty(helpTopicProperty, number); }
 
 void Control::SetFocus() { widget->setFocus(); }
 

@@ -58,6 +58,8 @@ public:
     void SetToolTip(std::string_view text);
     // What assistive tools call the control, where no label or caption of its own tells.
     void SetAccessibleName(std::string_view text);
+    // What the F1 key shows the help on while the control has the focus; see Form::HelpKey.
+    void SetHelpTopic(int number);
     void SetFocus();
 
     // The keyboard focus goes from this control to the next one by Tab.

@@ -3,6 +3,7 @@
 #include "platform/Buttons.h"
 #include "platform/Cursors.h"
 #include "platform/DisplayText.h"
+#include "platform/HelpTopic.h"
 #include "platform/MouseReporting.h"
 
 #include <QApplication>
@@ -53,8 +54,21 @@ public:
             modalLoop->quit();
     }
 
+    int HelpTopic() const
+    {
+        for (const QWidget* widget = focusWidget(); widget != nullptr; widget = widget->parentWidget()) {
+            if (const QVariant topic = widget->property(helpTopicProperty); topic.isValid())
+                return topic.toInt();
+        }
+        return 0;
+    }
+
     void keyPressEvent(QKeyEvent* event) override
     {
+        if (event->key() == Qt::Key_F1 && form.HelpKey) {
+            Raise(form.HelpKey, HelpTopic());
+            return;
+        }
         const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
         auto* focused = qobject_cast<QPushButton*>(focusWidget());
         QAbstractButton* meant = event->key() == Qt::Key_Escape ? cancelButton

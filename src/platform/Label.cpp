@@ -2,6 +2,7 @@
 
 #include "platform/DisplayText.h"
 
+#include <QApplication>
 #include <QLabel>
 
 Label::Label(
@@ -20,6 +21,14 @@ Label::Label(
 std::string Label::Caption() const { return FromDisplay(static_cast<QLabel*>(widget)->text()); }
 
 void Label::SetCaption(std::string_view caption) { static_cast<QLabel*>(widget)->setText(ToDisplay(caption)); }
+
+void Label::SetFont(std::string_view family, double factor)
+{
+    QFont font = QApplication::font();
+    font.setFamilies({ToDisplay(family), QStringLiteral("serif")});
+    font.setPointSizeF(font.pointSizeF() * factor);
+    widget->setFont(font);
+}
 
 void Label::SetBuddy(Control& control)
 {

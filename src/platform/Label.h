@@ -14,6 +14,9 @@ public:
     std::string Caption() const;
     void SetCaption(std::string_view caption);
 
+    // Another family of letters, `factor` times as large as those of the desktop.
+    void SetFont(std::string_view family, double factor);
+
     // The label's mnemonic ("&" in its caption) leads to this control, and assistive tools call it by the label.
     void SetBuddy(Control& control);
 };

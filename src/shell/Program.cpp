@@ -7,10 +7,13 @@ using namespace std::chrono_literals;
 
 Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     : desktop(newDesktop)
+    , resources(places.resources)
     , lock(places.appDir + "tamarack.lock")
     , settings(places.settingsFile)
     , Session(MainForm, desktop)
     , debugWindow(Session, desktop)
+    , help(desktop)
+    , about(MainForm)
     , mainSettings(MainForm, settings)
     , selectedGroups(MainForm, Session)
     , groupStore(MainForm, Session, desktop)
@@ -18,7 +21,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     , picking(MainForm)
     , pointerActions(MainForm, Session, desktop)
     , credentials(MainForm, settings)
-    , newServer(MainForm, Session, settings, desktop, AddressOfFile(places.resources + "help/find-a-server.html"))
+    , newServer(MainForm, Session, settings, desktop, AddressOfFile(resources + "help/find-a-server.html"))
     , serverList(MainForm, Session, settings, desktop, credentials, newServer, selectedGroups, groupStore)
     , viewer(MainForm, settings)
     , previewStrip(MainForm, viewer)
@@ -35,6 +38,8 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };
     viewer.DebugGesture = [this] { debugWindow.Open(); };
+    slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
+    MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
 }
 
@@ -64,6 +69,7 @@ void Program::Form_Load()
     Session.SearchPos = 1;
     mainSettings.RestoreAutoLoad();
     MainForm.SetHeight(frmTamarack::heightWithoutPreviews);
+    help.HelpInit(MainForm, resources);
     if (!LoadBehindBanner()) {
         desktop.EndProgram();
         return;
@@ -114,6 +120,7 @@ void Program::Form_Unload()
     mainSettings.Save();
     serverList.SaveDefault();
     selectedGroups.SaveSelectedGroups();
+    help.HelpQuit();
     MainForm.TCP1.Close();
     desktop.EndProgram();
 }

@@ -4,6 +4,8 @@
 #include "catalogue/GroupStore.h"
 #include "catalogue/Picking.h"
 #include "catalogue/PointerActions.h"
+#include "diagnostics/About.h"
+#include "diagnostics/ContextIDs.h"
 #include "diagnostics/DebugWindow.h"
 #include "pictures/SlideShow.h"
 #include "platform/Files.h"
@@ -36,11 +38,14 @@ private:
     void Timer2_Timer();
 
     Desktop& desktop;
+    const std::string resources;
     LockFile lock;
     Settings settings;
     frmTamarack MainForm;
     NewsSession Session;
     DebugWindow debugWindow;
+    ContextIDs help;
+    About about;
     MainSettings mainSettings;
     SelectedGroups selectedGroups;
     GroupStore groupStore;

@@ -1,0 +1,123 @@
+#include "diagnostics/ContextIDs.h"
+
+#include "diagnostics/frmHelp.h"
+
+#include <algorithm>
+
+namespace {
+
+// Between the controls and the edges of the window, in twips.
+constexpr double margin = 60;
+
+}
+
+ContextIDs::ContextIDs(Desktop& newDesktop)
+    : desktop(newDesktop)
+{
+}
+
+ContextIDs::~ContextIDs() = default;
+
+void ContextIDs::HelpInit(frmTamarack& mainForm, const std::string& directory)
+{
+    HelpFile = directory + (directory.ends_with('/') ? "" : "/") + "Tamarack.hlp";
+    mainForm.HelpKey = [this](int topic) {
+        if (topic != 0)
+            HelpContext(topic);
+        else
+            HelpContents();
+    };
+}
+
+void ContextIDs::HelpContext(int number)
+{
+    if (!Show())
+        return;
+    if (form->Pages.ShowTopic(number))
+        form->lblTopic.SetCaption(HelpFile + "  " + std::to_string(number));
+    else
+        HelpContents();
+}
+
+void ContextIDs::HelpContents()
+{
+    if (!Show())
+        return;
+    form->Pages.ShowContents();
+    form->lblTopic.SetCaption(HelpFile);
+}
+
+// With the window goes what its engine keeps on disk.
+void ContextIDs::HelpQuit() { form.reset(); }
+
+// Each opening of the window reads the file anew, since it may have been put right.
+bool ContextIDs::Show()
+{
+    if (!form) {
+        form = std::make_unique<frmHelp>();
+        Bind();
+    }
+    if (!form->Visible()) {
+        if (!form->Pages.Open(HelpFile)) {
+            desktop.MsgBox("The help file cannot be opened:\r\n" + HelpFile
+                    + "\r\nIt is missing or damaged. Installing the program again brings it back.",
+                "Help");
+            return false;
+        }
+        form->lstFound.Clear();
+        form->lstFound.SetVisible(false);
+        form->txtSearch.SetText("");
+        Form_Resize();
+        form->SetVisible(true);
+    }
+    form->BringToFront();
+    return true;
+}
+
+void ContextIDs::Bind()
+{
+    form->Resize = [this] { Form_Resize(); };
+    form->cmdContents.Click = [this] { HelpContents(); };
+    form->cmdBack.Click = [this] { form->Pages.GoBack(); };
+    form->cmdSearch.Click = [this] { cmdSearch_Click(); };
+    form->cmdClose.Click = [this] { form->SetVisible(false); };
+    form->lstFound.Click = [this] { lstFound_Click(); };
+}
+
+void ContextIDs::Form_Resize()
+{
+    const double width = form->ScaleWidth() - 2 * margin;
+    const double height = form->ScaleHeight();
+    const double labelHeight = form->lblTopic.Height();
+    const double top
+        = form->lstFound.Visible() ? form->lstFound.Top() + form->lstFound.Height() + margin : form->lstFound.Top();
+    if (width < 1000 || height < top + 1000)
+        return;
+    form->cmdClose.SetLeft(
+        std::max(margin + width - form->cmdClose.Width(), form->cmdSearch.Left() + form->cmdSearch.Width() + margin));
+    form->lstFound.SetWidth(width);
+    form->lblTopic.Move({margin, height - labelHeight - margin / 2, width, labelHeight});
+    form->Pages.Move({margin, top, width, height - top - labelHeight - margin});
+}
+
+void ContextIDs::cmdSearch_Click()
+{
+    const std::string text = form->txtSearch.Text();
+    form->lstFound.Clear();
+    for (const HelpPages::Page& page : form->Pages.Search(text))
+        form->lstFound.AddItem(page.title);
+    if (form->lstFound.ListCount() == 0)
+        form->lstFound.AddItem("No page holds \"" + text + "\".");
+    form->lstFound.SetVisible(true);
+    Form_Resize();
+}
+
+void ContextIDs::lstFound_Click()
+{
+    const int row = form->lstFound.ListIndex();
+    const auto pages = form->Pages.Search(form->txtSearch.Text());
+    if (row < 0 || row >= static_cast<int>(pages.size()))
+        return;
+    form->Pages.Show(pages[static_cast<std::size_t>(row)]);
+    form->lblTopic.SetCaption(HelpFile);
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/Buttons.h"
+#include "platform/Form.h"
+#include "platform/Frame.h"
+#include "platform/ImageControl.h"
+#include "platform/Label.h"
+
+// What this is, and who made it.
+struct frmAbout : Form {
+    frmAbout()
+        : Form("frmAbout", "About ", {.clientWidth = 4800, .clientHeight = 6150})
+    {
+        Label1[3].SetFont("Times New Roman", 2.2);
+        SetDialogButtons(Command1, Command1);
+    }
+
+    ImageControl Image1{*this, "Image1", {150, 150, 4500, 3000}};
+    Label Label1[4] = {{*this, "Label1(0)", "", {150, 4185, 4500, 270}, Alignment::Centre},
+        {*this, "Label1(1)",
+            "This is free software under the MIT licence: use it, pass it on, and change it as you like. It comes "
+            "without any warranty.",
+            {150, 4605, 4500, 780}, Alignment::Centre},
+        {*this, "Label1(2)", "Version 0.1b", {150, 3900, 4500, 270}, Alignment::Centre},
+        {*this, "Label1(3)", "The Tamarack", {150, 3225, 4500, 630}, Alignment::Centre}};
+    Panel Frame1{*this, "Frame1", {150, 4500, 4500, 30}, PanelEdge::Sunken};
+    CommandButton Command1{*this, "Command1", "OK", {1860, 5580, 1080, 375}};
+};

@@ -1,0 +1,120 @@
+#include "program-test/ProgramTest.h"
+
+#include <QLabel>
+#include <QTabWidget>
+#include <QTest>
+#include <QTextBrowser>
+#include <filesystem>
+
+using testing::EndsWith;
+using testing::HasSubstr;
+
+namespace {
+
+class HelpTest : public ProgramTest {
+protected:
+    // Gives a control the focus and presses F1; the label of the help then tells the topic.
+    static std::string TopicOf(const char* control)
+    {
+        QWidget& widget = Find<QWidget>(std::string("frmTamarack/") + control);
+        for (QWidget* child = &widget; child->parentWidget(); child = child->parentWidget()) {
+            for (QWidget* above = child->parentWidget(); above; above = above->parentWidget()) {
+                if (auto* tabs = qobject_cast<QTabWidget*>(above); tabs && tabs->indexOf(child) >= 0)
+                    tabs->setCurrentWidget(child);
+            }
+        }
+        widget.setEnabled(true);
+        widget.setFocus();
+        QTest::keyClick(&widget, Qt::Key_F1);
+        const std::string label = TextOf("frmHelp/lblTopic");
+        return label.substr(label.find("Tamarack.hlp"));
+    }
+
+    static std::string Page() { return Find<QTextBrowser>("page").documentTitle().toStdString(); }
+};
+
+}
+
+TEST_F(HelpTest, EachControlHasItsTopic)
+{
+    Start();
+    ChooseMenu("mnuHelpTopics");
+    EXPECT_TRUE(IsVisible("frmHelp"));
+    EXPECT_EQ(Page(), "What Tamarack does");
+    struct Row {
+        const char* topic;
+        std::vector<const char*> controls;
+        const char* page;
+    };
+    const char* const groups = "News Groups";
+    for (const Row& row : {Row{"140", {"txtNamed"}, "Name & Location"}, Row{"150", {"chkGIFFiles"}, "Name & Location"},
+             Row{"160", {"cmdSelectDir"}, "Name & Location"}, Row{"260", {"cboNewsServer"}, "Server Setup"},
+             Row{"270", {"txtPort"}, "Server Setup"}, Row{"280", {"chkUserName"}, "Server Setup"},
+             Row{"290", {"txtUserName"}, "Server Setup"}, Row{"300", {"txtPassword"}, "Server Setup"},
+             Row{"330", {"cmdRefresh", "cmdRefreshDisk"}, groups}, Row{"340", {"lstAllGroups"}, groups},
+             Row{"380", {"lstFilteredGroups"}, groups}, Row{"400", {"lstSelectedGroups"}, groups},
+             Row{"430", {"Command1"}, "Find Now, Stop Action, Exit"},
+             Row{"440", {"cmdFindNow"}, "Find Now, Stop Action, Exit"},
+             Row{"500", {"cboSizeIs", "txtKB", "SpinButton1"}, "Advanced Filtering"},
+             Row{"510", {"chkLimitPictures", "txtLimitPictures", "udLimitPictures"}, "Advanced Filtering"},
+             Row{"520", {"chkMaximumFiles", "txtMaxToDownload", "udMaxToDownload"}, "Advanced Filtering"},
+             Row{"540", {"cmdDeleteServer"}, "Server Setup"}, Row{"550", {"cmdAddNewsServer"}, "Server Setup"},
+             Row{"560", {"txtManual", "txtNewsGroups"}, groups}, Row{"570", {"cmdAndFilter"}, groups},
+             Row{"580", {"cmdOrFilter"}, groups}, Row{"590", {"cmdSavePicks"}, groups},
+             Row{"600", {"Command3", "cmdClearAll", "MyUpDown(0)", "MyUpDown(3)"}, groups},
+             Row{"610", {"Command4", "cmdResetGroup", "cmdClearSelected"}, groups}}) {
+        for (const char* control : row.controls) {
+            EXPECT_EQ(TopicOf(control), std::string("Tamarack.hlp  ") + row.topic) << control;
+            EXPECT_EQ(Page(), row.page) << control;
+        }
+    }
+    EXPECT_EQ(TopicOf("cmdStop"), "Tamarack.hlp");
+    EXPECT_EQ(Page(), "What Tamarack does");
+
+    ChooseMenu("mnuSlideShow");
+    ChooseMenu("mnuTips");
+    EXPECT_THAT(TextOf("frmHelp/lblTopic"), EndsWith("Tamarack.hlp  1180"));
+    EXPECT_EQ(Page(), "The slide show");
+    Click("cmdBack");
+    EXPECT_EQ(Page(), "What Tamarack does");
+    TypeInto("txtSearch", "RETENTION");
+    Click("cmdSearch");
+    EXPECT_THAT(RowsOf("lstFound"), testing::ElementsAre("How to find a news server"));
+    ClickRow("lstFound", 0);
+    EXPECT_EQ(Page(), "How to find a news server");
+    Click("frmTamarack/Command1");
+    EXPECT_EQ(WindowNamed("frmHelp"), nullptr);
+}
+
+TEST_F(HelpTest, TroubleIsTold)
+{
+    Start();
+    const std::string helpFile = folder.File("resources/Tamarack.hlp");
+    for (const char* content : std::initializer_list<const char*>{"", "no help", nullptr}) {
+        if (content != nullptr)
+            MakeFile(helpFile, content);
+        else
+            std::filesystem::remove(helpFile);
+        ContextIDs help(desktop);
+        help.HelpInit(program->Form(), folder.File("resources"));
+        desktop.boxes.clear();
+        help.HelpContext(1180);
+        help.HelpContents();
+        ASSERT_EQ(desktop.boxes.size(), 2U);
+        EXPECT_THAT(desktop.boxes[0].text, HasSubstr(helpFile));
+    }
+}
+
+TEST_F(HelpTest, AboutTellsTheVersion)
+{
+    Start();
+    WhenUp("frmAbout", [] {
+        EXPECT_EQ(CaptionOf("frmAbout"), "About ");
+        EXPECT_EQ(TextOf("frmAbout/Label1(2)"), "Version 2.7");
+        EXPECT_EQ(TextOf("frmAbout/Label1(3)"), "The Tamarack");
+        EXPECT_FALSE(Find<QLabel>("frmAbout/Image1").pixmap(Qt::ReturnByValue).isNull());
+        QTest::keyClick(&Find<QWidget>("frmAbout/Command1"), Qt::Key_Escape);
+    });
+    ChooseMenu("mnuAbout");
+    EXPECT_FALSE(IsVisible("frmAbout"));
+}
