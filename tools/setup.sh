@@ -3,8 +3,8 @@
 
 buildPackages=(g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev qt6-tools-dev qt6-documentation-tools libdeflate-dev pkg-config libwmf-dev libemf2svg-dev)
 # What the program needs beside the libraries that it is linked with.
-windowPackages=(fonts-dejavu-core qt6-image-formats-plugins)
-testPackages=(libgtest-dev libgmock-dev clang-format-14)
+windowPackages=(fonts-dejavu-core qt6-image-formats-plugins libqt6sql6-sqlite)
+testPackages=(libgtest-dev libgmock-dev clang-format-14 dpkg-dev file appstream desktop-file-utils)
 benchPackages=(libbenchmark-dev libuu-dev)
 newsServerPackages=(inn2)
 # The news server demands something that sends mail; the smallest will do, but never in place of one that is there.

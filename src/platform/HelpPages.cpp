@@ -45,6 +45,11 @@ struct HelpPages::Parts {
     {
         browser->setObjectName(QStringLiteral("page"));
         browser->setAccessibleName(QStringLiteral("Help page"));
+        // The usual blue of links cannot be read on a dark ground.
+        const QPalette palette = browser->palette();
+        if (palette.color(QPalette::Base).lightness() < 128)
+            browser->document()->setDefaultStyleSheet(
+                QStringLiteral("a { color: %1 }").arg(palette.color(QPalette::Highlight).lighter(150).name()));
     }
     ~Parts()
     {

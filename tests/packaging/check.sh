@@ -1,0 +1,64 @@
+#!/usr/bin/env bash
+# check.sh BUILD CPACK: makes the Debian package of a build and looks into it; then starts the program from it, which must
+# keep its files in the user's own directories and end in good order. With root's rights it is installed for that and
+# removed again, unless a Tamarack is installed here already; otherwise it is only unpacked.
+set -euo pipefail
+build="$1"
+cpack="$2"
+packaging="$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/../../packaging"
+folder="$(mktemp -d)"
+installed=
+cleanup() {
+    [[ -z $installed ]] || dpkg --purge tamarack >/dev/null
+    rm -rf "$folder"
+}
+trap cleanup EXIT
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+desktop-file-validate "$packaging/tamarack.desktop"
+appstreamcli validate --no-net "$packaging/org.tamarack.Tamarack.metainfo.xml" >"$folder/log" || { cat "$folder/log"; exit 1; }
+
+"$cpack" --config "$build/CPackConfig.cmake" -B "$folder/packages" >"$folder/log" 2>&1 || { cat "$folder/log"; exit 1; }
+package="$(echo "$folder"/packages/*.deb)"
+dpkg-deb --fsys-tarfile "$package" | tar -t | sort >"$folder/contents"
+for file in bin/tamarack libexec/tamarack/tamarack-metafile share/tamarack/Tamarack.hlp \
+    share/tamarack/help/find-a-server.html share/applications/tamarack.desktop share/doc/tamarack/copyright \
+    share/icons/hicolor/scalable/apps/tamarack.svg share/man/man1/tamarack.1.gz \
+    share/metainfo/org.tamarack.Tamarack.metainfo.xml; do
+    grep -qx "./usr/$file" "$folder/contents" || fail "The package lacks $file."
+done
+depends="$(dpkg-deb -f "$package" Depends)"
+for library in libqt6widgets6 libqt6help6 libwmf libemf2svg libqt6sql6-sqlite; do
+    [[ $depends == *$library* ]] || fail "The package does not depend on $library: $depends"
+done
+[[ "$(dpkg-deb -f "$package" Version)" == 2.7.0.24 ]] || fail "The package has another version."
+
+if ((EUID == 0)) && ! dpkg-query -W tamarack >/dev/null 2>&1 && dpkg -i "$package" >"$folder/log" 2>&1; then
+    installed=yes
+    program=/usr/bin/tamarack
+else
+    # Perhaps half of it, where something that it depends on is missing.
+    ((EUID != 0)) || dpkg --purge tamarack >/dev/null 2>&1 || true
+    dpkg-deb -x "$package" "$folder/root"
+    program="$folder/root/usr/bin/tamarack"
+fi
+[[ "$("$program" --version)" == "tamarack 2.7.0.24" ]] || fail "The program tells another version."
+
+export HOME="$folder/home" XDG_CONFIG_HOME="$folder/home/.config" XDG_DATA_HOME="$folder/home/.local/share"
+mkdir -p "$XDG_CONFIG_HOME/Tamarack"
+printf '[Servers]\nnews.example.com=1\n' >"$XDG_CONFIG_HOME/Tamarack/Tamarack.ini"
+mkdir -p "$XDG_DATA_HOME/Tamarack"
+printf '""\r\n' >"$XDG_DATA_HOME/Tamarack/!@#!.news.example.com"
+"$program" 2>"$folder/errors" &
+process=$!
+# Behind its banner it shows itself; then it can be ended.
+sleep 4
+kill -TERM "$process" 2>/dev/null || fail "The program has ended by itself: $(cat "$folder/errors")"
+wait "$process" || fail "The program ended with $?: $(cat "$folder/errors")"
+grep -q '^Default=news.example.com' "$XDG_CONFIG_HOME/Tamarack/Tamarack.ini" || fail "The settings were not kept."
+[[ -e "$XDG_DATA_HOME/Tamarack/#!@!.news.example.com" ]] || fail "The selected groups were not kept."
+[[ -z "$installed" ]] || { dpkg --purge tamarack >/dev/null; installed=; [[ ! -e $program ]] || fail "It is not gone."; }
