@@ -185,7 +185,7 @@ void Form::ShowModal()
 
 void Form::CentreOnScreen() { window->MoveMiddleTo(QApplication::primaryScreen()->geometry().center()); }
 
-void Form::CentreOver(const Form& other) { window->MoveMiddleTo(other.window->frameGeometry().center()); }
+void Form::CentreOnForm(const Form& other) { window->MoveMiddleTo(other.window->frameGeometry().center()); }
 
 void Form::SetDialogButtons(CommandButton& accept, CommandButton& cancel)
 {

@@ -63,7 +63,7 @@ public:
 
     // Puts the middle of the window to the middle of the screen, or of another window.
     void CentreOnScreen();
-    void CentreOver(const Form& other);
+    void CentreOnForm(const Form& other);
 
     // Enter presses the first from every control that does not want the key for itself, and Escape the second.
     void SetDialogButtons(CommandButton& accept, CommandButton& cancel);

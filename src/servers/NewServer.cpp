@@ -44,7 +44,7 @@ void NewServer::Show()
 
 void NewServer::Form_Load(frmNewsServer& form)
 {
-    form.CentreOver(MainForm);
+    form.CentreOnForm(MainForm);
     form.txtText1.SetText(
         "Please enter your news server address.  "
         "It is usually the word news, a dot, the name of your provider, a dot and a top-level domain: "

@@ -14,7 +14,7 @@ void Destination::cmdSelectDir_Click()
 {
     frmSelectDrive form;
     DirectoryWalk walk(MainForm, desktop, form.Drive1, form.Dir1);
-    form.CentreOver(MainForm);
+    form.CentreOnForm(MainForm);
     walk.Begin(MainForm.txtSelectDir.Text());
     form.CmdExit.Click = [&] { CmdExit_Click(form); };
     form.cmdCancel.Click = [&] { form.SetVisible(false); };
