@@ -99,7 +99,7 @@ Picture::Picture(QImage pixels, const QSize& size)
 Picture Picture::FromFile(const std::string& path)
 {
     QFile file(QFile::decodeName(path.c_str()));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (!file.open(QIODevice::ReadOnly))
         return {};
     const QByteArray head = file.peek(metafileHeadLength);
     return IsMetafile({head.data(), static_cast<std::size_t>(head.size())}) ? ReadMetafile(file) : Read(file);
