@@ -1,0 +1,64 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+// What goes wrong on the way from the server to the client, and at which byte of what the server sends.
+struct Fault {
+    enum class Kind {
+        None,
+        Split, // the rest of what has come so far follows a moment later
+        Close,
+        Reset,
+        Stall, // nothing comes any more, and the connection stays open
+        Insert, // these bytes come in between, `times` over; then as Stall if `thenStall`
+    };
+
+    Kind kind = Kind::None;
+    std::uint64_t at = 0;
+    std::string bytes = {};
+    std::size_t times = 1;
+    bool thenStall = false;
+};
+
+// Stands between a client and a server on 127.0.0.1 and lets each connection go through with one fault. It runs in a
+// thread of its own and takes one connection at a time.
+class FaultProxy {
+public:
+    explicit FaultProxy(std::uint16_t serverPort);
+    ~FaultProxy();
+    FaultProxy(const FaultProxy&) = delete;
+    FaultProxy& operator=(const FaultProxy&) = delete;
+
+    // Of four digits, for the program's port field.
+    std::uint16_t Port() const { return port; }
+
+    // For the connections from now on.
+    void SetFault(const Fault& fault);
+
+    bool HasStruck() const { return struck; } // since SetFault
+    std::uint64_t BytesPassed() const { return passed; } // from the server, on the last connection
+
+    // True if the connection without a fault had that byte in a status line, but not as its first.
+    bool IsInStatusLine(std::uint64_t at) const { return inStatusLine.at(at); }
+
+private:
+    void Run();
+    void Serve(int client);
+    bool PassOn(int client, std::string_view bytes, const Fault& now);
+
+    const std::uint16_t serverPort;
+    int listener;
+    std::uint16_t port;
+    std::mutex mutex;
+    Fault fault;
+    std::atomic<bool> struck = false;
+    std::atomic<std::uint64_t> passed = 0;
+    std::vector<bool> inStatusLine; // written while no fault is set, and read while one is
+    std::atomic<bool> stopping = false;
+    std::thread thread;
+};
