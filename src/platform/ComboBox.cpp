@@ -23,7 +23,7 @@ void ComboBox::AddItem(std::string_view text)
     const int current = combo->currentIndex();
     const QSignalBlocker quiet(combo);
     rows.emplace_back(text);
-    combo->addItem(ToDisplay(text));
+    combo->addItem(ToShow(text));
     combo->setCurrentIndex(current);
 }
 

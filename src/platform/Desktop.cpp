@@ -47,8 +47,8 @@ MessageAnswer Desktop::MsgBox(std::string_view text, std::string_view title, Mes
 {
     QMessageBox box(QApplication::activeWindow());
     box.setTextFormat(Qt::PlainText);
-    box.setText(ToDisplay(text).replace(QLatin1String("\r\n"), QLatin1String("\n")));
-    box.setWindowTitle(ToDisplay(title));
+    box.setText(ToShow(text).replace(QLatin1String("\r\n"), QLatin1String("\n")));
+    box.setWindowTitle(ToShow(title));
     box.setStandardButtons(StandardButtons(buttons));
     if (buttons == MessageButtons::YesNo)
         box.setEscapeButton(QMessageBox::No);

@@ -65,7 +65,7 @@ public:
     void AddRow(std::string_view name, int depth, bool open)
     {
         auto* row = new QListWidgetItem(
-            style()->standardIcon(open ? QStyle::SP_DirOpenIcon : QStyle::SP_DirClosedIcon), ToDisplay(name), this);
+            style()->standardIcon(open ? QStyle::SP_DirOpenIcon : QStyle::SP_DirClosedIcon), ToShow(name), this);
         row->setData(depthRole, depth);
     }
 

@@ -11,6 +11,14 @@ constexpr std::array<char16_t, 32> windows1252HighControls{0x20AC, 0xFFFD, 0x201
     0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0xFFFD, 0x017D, 0xFFFD, 0xFFFD, 0x2018, 0x2019, 0x201C, 0x201D,
     0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0xFFFD, 0x017E, 0x0178};
 
+bool Misleads(char16_t character)
+{
+    return (character < 0x20 && character != u'\n' && character != u'\r') || (character >= 0x7f && character < 0xa0)
+        || character == 0x061c || (character >= 0x200b && character <= 0x200f)
+        || (character >= 0x2028 && character <= 0x202e) || (character >= 0x2060 && character <= 0x206f)
+        || character == 0xfeff;
+}
+
 }
 
 QString ToDisplay(std::string_view bytes)
@@ -29,3 +37,13 @@ QString ToDisplay(std::string_view bytes)
 }
 
 std::string FromDisplay(const QString& text) { return text.toStdString(); }
+
+QString ToShow(std::string_view bytes)
+{
+    QString text = ToDisplay(bytes);
+    for (QChar& character : text) {
+        if (Misleads(character.unicode()))
+            character = QChar::ReplacementCharacter;
+    }
+    return text;
+}

@@ -11,3 +11,7 @@ QString ToDisplay(std::string_view bytes);
 
 // What the user typed, as UTF-8.
 std::string FromDisplay(const QString& text);
+
+// The same for what is only looked at. Controls and direction marks, with which a name could pass for another or break
+// up the line that it stands in, show as the replacement character; line ends stay.
+QString ToShow(std::string_view bytes);

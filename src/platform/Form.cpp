@@ -114,7 +114,7 @@ Form::~Form() = default;
 
 std::string Form::Caption() const { return FromDisplay(window->windowTitle()); }
 
-void Form::SetCaption(std::string_view caption) { window->setWindowTitle(ToDisplay(caption)); }
+void Form::SetCaption(std::string_view caption) { window->setWindowTitle(ToShow(caption)); }
 
 double Form::Left() const { return Twips::FromPixels(window->x()); }
 

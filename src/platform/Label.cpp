@@ -20,7 +20,7 @@ Label::Label(
 
 std::string Label::Caption() const { return FromDisplay(static_cast<QLabel*>(widget)->text()); }
 
-void Label::SetCaption(std::string_view caption) { static_cast<QLabel*>(widget)->setText(ToDisplay(caption)); }
+void Label::SetCaption(std::string_view caption) { static_cast<QLabel*>(widget)->setText(ToShow(caption)); }
 
 void Label::SetFont(std::string_view family, double factor)
 {

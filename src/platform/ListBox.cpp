@@ -35,7 +35,7 @@ public:
     {
         if (role != Qt::DisplayRole || !index.isValid())
             return {};
-        return ToDisplay(rows.at(static_cast<std::size_t>(index.row())));
+        return ToShow(rows.at(static_cast<std::size_t>(index.row())));
     }
 
     void Add(std::string_view text)
@@ -217,7 +217,7 @@ private:
         QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override
         {
             constexpr int margin = 4;
-            return {option.fontMetrics.horizontalAdvance(ToDisplay(rows.longest)) + 2 * margin,
+            return {option.fontMetrics.horizontalAdvance(ToShow(rows.longest)) + 2 * margin,
                 option.fontMetrics.height() + 2};
         }
 

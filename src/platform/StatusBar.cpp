@@ -70,7 +70,7 @@ StatusPanel::StatusPanel(QWidget* bar)
 
 std::string StatusPanel::Text() const { return FromDisplay(field->text()); }
 
-void StatusPanel::SetText(std::string_view text) { field->Show(ToDisplay(text)); }
+void StatusPanel::SetText(std::string_view text) { field->Show(ToShow(text)); }
 
 void StatusPanel::SetStyle(PanelStyle style) { field->ShowStyle(style); }
 

@@ -1,0 +1,107 @@
+#include "program-test/ProgramTest.h"
+
+#include "sample/Encoders.h"
+
+#include <QLabel>
+
+#include <filesystem>
+#include <random>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Names that try to leave the directory, to overwrite, to follow links, to pass for others: each part of these with
+// each other one, and some by chance.
+std::vector<std::string> HostileNames()
+{
+    const std::vector<std::string> parts{"../", "..", "/etc/", "~/", "./", "..\\", "C:\\", "//", "%2e%2e%2f", "-rf ",
+        "link/", "link", "|touch gone", "$(touch gone)", "\xe2\x80\xaegpj.exe", "\x1b[2J", "\x7f\x01", "\xc0\xaf",
+        "\xff\xfe", "<b>", "&amp;", "article2.uue", "CON", " ", ".", "'", "\"", "%s%n", "*?", "!@#!.127.0.0.1"};
+    std::vector<std::string> names;
+    std::mt19937 random(7);
+    while (names.size() < 200) {
+        std::string name;
+        for (std::size_t count = 1 + names.size() % 3; count > 0; --count)
+            name += parts[random() % parts.size()];
+        names.push_back(name + (names.size() % 2 ? ".jpg" : ""));
+    }
+    return names;
+}
+
+class HostileNamesTest : public ProgramTest {
+protected:
+    HostileNamesTest()
+    {
+        MakeFile(folder.File("outside"), "precious");
+        MakeFile(destination + "kept.jpg", "old");
+        fs::create_directory(folder.File("elsewhere"));
+        fs::create_symlink(folder.File("outside"), destination + "link");
+    }
+
+    // All that there is but the destination and the program's own files.
+    void ExpectNothingOutsideChanged()
+    {
+        EXPECT_EQ(ContentOf(folder.File("outside")), "precious");
+        EXPECT_EQ(ContentOf(destination + "kept.jpg"), "old");
+        EXPECT_TRUE(fs::is_empty(folder.File("elsewhere")));
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder.Path()))
+            EXPECT_THAT(entry.path().filename().string(),
+                testing::AnyOf("outside", "elsewhere", "pictures", "program", "settings.ini"));
+    }
+};
+
+}
+
+TEST_F(HostileNamesTest, OfAttachments)
+{
+    fs::create_directory_symlink(folder.File("elsewhere"), destination + "link.jpg");
+    std::vector<std::string> bodies{Uuencode("new", "kept.jpg")};
+    for (const std::string& name : HostileNames())
+        bodies.push_back(Uuencode("hostile", name));
+    SampleServer server({GroupOf("alt.kites", 1, bodies)});
+    Start({"alt.kites"}, server.Port());
+    Check("chkGroupSubDir", false);
+    Check("chkAllArticles", true);
+    ChooseMenu("mnuInteractiveDownload");
+    Search();
+    ExpectNothingOutsideChanged();
+    int stored = 0;
+    for (const fs::directory_entry& entry : fs::directory_iterator(destination)) {
+        const std::string name = entry.path().filename().string();
+        EXPECT_FALSE(name.starts_with('.')) << name;
+        EXPECT_TRUE(std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }))
+            << name;
+        stored += fs::is_regular_file(fs::symlink_status(entry.path())) && ContentOf(entry.path()) == "hostile";
+    }
+    // Equal attachments of one name share one file.
+    EXPECT_GT(stored, 30);
+}
+
+TEST_F(HostileNamesTest, OfGroups)
+{
+    std::vector<std::string> names;
+    SampleGroups groups;
+    for (const std::string& name : HostileNames()) {
+        // A name is one word on the wire.
+        std::string word;
+        std::copy_if(name.begin(), name.end(), std::back_inserter(word),
+            [](unsigned char c) { return c > ' ' && c != 0x7f && c != ',' && c != '"'; });
+        if (word.empty() || std::find(names.begin(), names.end(), word) != names.end())
+            continue;
+        names.push_back(word);
+        groups.push_back(GroupOf(word, 1, {Uuencode("hostile", "kite.jpg")}));
+    }
+    SampleServer server(groups);
+    Start(names, server.Port());
+    Search();
+    ExpectNothingOutsideChanged();
+    EXPECT_EQ(ContentOf(PointerFile()).size() % 84, 0U);
+    for (const std::string& row : RowsOf("lstSelectedGroups"))
+        EXPECT_EQ(row.find("\xe2\x80\xae"), std::string::npos);
+    for (const std::string& caption : captions)
+        EXPECT_EQ(caption.find("\xe2\x80\xae"), std::string::npos);
+    // What is kept are the bytes.
+    Click("Command1");
+    EXPECT_THAT(ContentOf(SelectedFile()), testing::HasSubstr("\xe2\x80\xaegpj.exe"));
+}
