@@ -5,6 +5,7 @@ buildPackages=(g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev qt6-tools-d
 # What the program needs beside the libraries that it is linked with.
 windowPackages=(fonts-dejavu-core qt6-image-formats-plugins libqt6sql6-sqlite)
 testPackages=(libgtest-dev libgmock-dev clang-format-14 dpkg-dev file appstream desktop-file-utils)
+fuzzPackages=(clang-14 libclang-rt-14-dev)
 benchPackages=(libbenchmark-dev libuu-dev)
 newsServerPackages=(inn2)
 # The news server demands something that sends mail; the smallest will do, but never in place of one that is there.

@@ -1,0 +1,23 @@
+#include "support/TemporaryFolder.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
+
+// Runs a target on each file of the directories that it is given.
+int main(int argc, char** argv)
+{
+    int inputs = 0;
+    for (int at = 1; at < argc; ++at) {
+        const std::string directory = std::string(argv[at]) + "/";
+        for (const std::string& name : FilesBelow(directory)) {
+            const std::string input = ContentOf(directory + name);
+            LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
+            ++inputs;
+        }
+    }
+    std::printf("%d inputs\n", inputs);
+    return inputs > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
