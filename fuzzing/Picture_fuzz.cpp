@@ -12,7 +12,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     static char name[] = "picture_fuzz";
     static char* argv[] = {name, nullptr};
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    static const Application application(argc, argv);
+    // Never destroyed: the end of the process is not what is tried here.
+    static const Application& application = *new Application(argc, argv);
+    (void)application;
     static const TemporaryFolder folder;
     const std::string path = folder.File("picture");
     MakeFile(path, {reinterpret_cast<const char*>(bytes), size});

@@ -22,6 +22,8 @@ struct Client {
     {
         listener.listen(QHostAddress::LocalHost, 0);
         QObject::connect(&listener, &QTcpServer::newConnection, &listener, [this] {
+            if (server != nullptr)
+                server->deleteLater();
             server = listener.nextPendingConnection();
             server->write("200 hello\r\n");
         });
@@ -87,8 +89,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     static char name[] = "receiver_fuzz";
     static char* argv[] = {name, nullptr};
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    static const Application application(argc, argv);
-    static Client client;
+    // Never destroyed: the end of the process is not what is tried here.
+    static const Application& application = *new Application(argc, argv);
+    (void)application;
+    static Client& client = *new Client;
     client.Run({reinterpret_cast<const char*>(bytes), size});
     return 0;
 }
