@@ -1,0 +1,136 @@
+#include "program-test/ProgramTest.h"
+
+#include "sample/Encoders.h"
+
+#include <QTimer>
+
+#include <filesystem>
+#include <random>
+#include <sys/mount.h>
+
+namespace fs = std::filesystem;
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class DiskTest : public ProgramTest {
+protected:
+    ~DiskTest() override
+    {
+        if (mounted)
+            umount2(destination.c_str(), MNT_DETACH);
+    }
+
+    // A disk of its own for the destination. False where the user may not mount.
+    bool MountDestination(const char* size)
+    {
+        mounted = mount("tmpfs", destination.c_str(), "tmpfs", 0, size) == 0;
+        return mounted;
+    }
+
+    static std::string Attachment(char filling, std::size_t size) { return std::string(size, filling); }
+
+    bool mounted = false;
+};
+
+}
+
+TEST_F(DiskTest, AFullDestinationKeepsWhatIsWhole)
+{
+    if (!MountDestination("size=200k"))
+        GTEST_SKIP() << "The test of a full disk is passed over: mounting one takes root.";
+    std::vector<std::string> bodies;
+    for (const char filling : {'a', 'b', 'c', 'd'})
+        bodies.push_back(Uuencode(Attachment(filling, 50000), std::string(1, filling) + ".jpg"));
+    bodies.push_back(Uuencode("small", "small.jpg"));
+    SampleServer server({GroupOf("alt.kites", 1, bodies)});
+    Start({"alt.kites"}, server.Port());
+    Check("chkGroupSubDir", false);
+    Search();
+    const std::vector<std::string> stored = FilesBelow(destination);
+    EXPECT_THAT(stored,
+        testing::AllOf(
+            testing::Contains("a.jpg"), testing::Contains("small.jpg"), testing::Not(testing::Contains("d.jpg"))));
+    for (const std::string& name : stored)
+        EXPECT_EQ(ContentOf(destination + name), name == "small.jpg" ? "small" : Attachment(name[0], 50000));
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: " + std::to_string(stored.size()));
+    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(6, "alt.kites"));
+    EXPECT_THAT(desktop.boxes, IsEmpty());
+}
+
+TEST_F(DiskTest, ADestinationThatCannotBeWrittenOrGoes)
+{
+    SampleServer server({GroupOf("alt.kites", 1, {Uuencode("red", "red.jpg"), Uuencode("blue", "blue.jpg")})});
+    Start({"alt.kites"}, server.Port());
+    if (MountDestination("size=200k")) {
+        MakeFile(destination + "kept.jpg", "old");
+        ASSERT_EQ(mount("tmpfs", destination.c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, "size=200k"), 0);
+        Search();
+        EXPECT_THAT(FilesBelow(destination), ElementsAre("kept.jpg"));
+        EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 0");
+        ASSERT_EQ(umount(destination.c_str()), 0);
+        mounted = false;
+    }
+    Forget();
+    atCaption["Finished decoding 2 of 3 -- alt.kites"] = [this] { fs::remove_all(destination); };
+    Search();
+    EXPECT_FALSE(fs::exists(destination));
+    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(3, "alt.kites"));
+    Click("cmdFindNow");
+    EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
+}
+
+TEST_F(DiskTest, DamagedFilesOfTheProgram)
+{
+    SampleServer server({GroupOf("alt.kites", 1, {Uuencode("red", "red.jpg")})});
+    std::mt19937 random(3);
+    std::string noise;
+    while (noise.size() < 5000)
+        noise += static_cast<char>(random());
+    const std::string kept[]
+        = {PointerFile(), SelectedFile(), ProgramFile("!@#!." + serverName), folder.File("settings.ini")};
+    for (const std::string& file : kept) {
+        for (const std::string& content :
+            {noise, noise.substr(0, 83), std::string("\""), std::string(), std::string("directory")}) {
+            SCOPED_TRACE(file + " " + content.substr(0, 9) + " " + std::to_string(content.size()));
+            program.reset();
+            for (const std::string& each : kept)
+                fs::remove_all(each);
+            MakeFile(ProgramFile("!@#!." + serverName), "\"\"\r\n");
+            MakeFile(folder.File("settings.ini"), "[Servers]\n127.0.0.1=1\n");
+            fs::remove_all(file);
+            if (content == "directory")
+                fs::create_directories(file);
+            else
+                MakeFile(file, content);
+            MakeFile(destination + "kept.jpg", "old");
+            // Without settings there is no server, and the start asks for one.
+            bool asked = false;
+            QTimer patience;
+            QObject::connect(&patience, &QTimer::timeout, [&asked] {
+                if (!asked && IsVisible("frmNewsServer")) {
+                    asked = true;
+                    TypeInto("txtNewsServer", serverName);
+                    Click("cmdSave");
+                }
+            });
+            patience.start(1);
+            Start();
+            TypeInto("txtPort", std::to_string(server.Port()));
+            patience.stop();
+            program->Form().txtSelectDir.SetText(destination);
+            Click("cmdClearAll");
+            TypeInto("txtManual", "alt.kites");
+            Click("Command3");
+            desktop.boxes.clear();
+            Search();
+            EXPECT_THAT(desktop.boxes, IsEmpty());
+            EXPECT_EQ(ContentOf(destination + "kept.jpg"), "old");
+            EXPECT_EQ(ContentOf(destination + "alt.kites/red.jpg"), "red");
+            Click("Command1");
+            fs::remove_all(destination);
+        }
+    }
+}

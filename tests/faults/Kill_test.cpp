@@ -1,0 +1,116 @@
+#include "program-test/ProgramTest.h"
+
+#include "sample/Encoders.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QTest>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const char* const folderVariable = "TAMARACK_KILL_FOLDER";
+const char* const portVariable = "TAMARACK_KILL_PORT";
+
+constexpr int articles = 400;
+
+std::string Attachment(int number)
+{
+    return std::string(static_cast<std::size_t>(2000 + number), static_cast<char>('a' + number % 26));
+}
+
+}
+
+// What is killed: the whole program in a process of its own, searching and refreshing without end.
+TEST(Kill, DISABLED_Victim)
+{
+    const char* const folder = std::getenv(folderVariable);
+    ASSERT_NE(folder, nullptr);
+    TestDesktop desktop;
+    Program program(desktop, ProgramPlaces{std::string(folder) + "/program/", std::string(folder) + "/settings.ini"});
+    program.Form().Timer2.SetInterval(std::chrono::milliseconds(1));
+    program.Start();
+    TypeInto("txtPort", std::getenv(portVariable));
+    while (true) {
+        Click("cmdFindNow");
+        Click("cmdRefresh");
+        // Keeps what an end of the program keeps.
+        Click("Command1");
+        std::puts("round");
+        std::fflush(stdout);
+    }
+}
+
+TEST(Kill, AtAnyMomentLeavesWholeFiles)
+{
+    const char* const wanted = std::getenv("TAMARACK_KILLS");
+    const int kills = wanted != nullptr ? std::atoi(wanted) : 12;
+    const TemporaryFolder folder;
+    const std::string server = "127.0.0.1";
+    const std::string program = folder.File("program/");
+    const std::string destination = folder.File("pictures/");
+    const std::string pointers = program + "@!!#." + server;
+    std::vector<std::string> bodies;
+    for (int number = 2; number <= articles; ++number)
+        bodies.push_back(Uuencode(Attachment(number), "k" + std::to_string(number) + ".jpg"));
+    SampleServer newsServer({GroupOf("alt.kites", 1, bodies)});
+    fs::create_directories(destination);
+    MakeFile(program + "!@#!." + server, "\"alt.kites 400 1 y\"\r\n");
+    MakeFile(program + "#!@!." + server, "alt.kites\r\n");
+    {
+        Settings settings(folder.File("settings.ini"));
+        settings.SaveSetting("Servers", server, "1");
+        settings.SaveSetting("Startup", "1", destination);
+        settings.SaveSetting("Startup", "6", "kept");
+    }
+    std::mt19937 random(static_cast<unsigned>(kills));
+    int last = 0;
+    for (int kill = 0; kill < kills; ++kill) {
+        SCOPED_TRACE(kill);
+        if (last >= articles) { // and from the first article again
+            fs::remove(pointers);
+            fs::remove_all(destination);
+            fs::create_directories(destination);
+            last = 0;
+        }
+        QProcess victim;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(folderVariable, QString::fromStdString(folder.File("")));
+        environment.insert(portVariable, QString::number(newsServer.Port()));
+        victim.setProcessEnvironment(environment);
+        victim.start(QCoreApplication::applicationFilePath(),
+            {"--gtest_also_run_disabled_tests", "--gtest_filter=Kill.DISABLED_Victim"});
+        const std::size_t before = newsServer.CommandCount("group");
+        ASSERT_TRUE(Until([&] { return newsServer.CommandCount("group") > before; })); // this start works
+        QTest::qWait(static_cast<int>(random() % 60));
+        victim.kill();
+        ASSERT_TRUE(victim.waitForFinished());
+
+        const std::string record = ContentOf(pointers);
+        ASSERT_EQ(record.size() % 84, 0U);
+        int pointer = 0;
+        if (!record.empty()) {
+            pointer = static_cast<unsigned char>(record[0]) | static_cast<unsigned char>(record[1]) << 8;
+            EXPECT_EQ(record, PointerRecord(pointer, "alt.kites"));
+        }
+        EXPECT_GE(pointer, last);
+        EXPECT_LE(pointer, articles);
+        last = pointer;
+        for (const std::string& name : FilesBelow(destination + "alt.kites/")) {
+            if (name.starts_with('.'))
+                continue; // one that was being written
+            const int number = std::atoi(name.c_str() + 1);
+            EXPECT_EQ(ContentOf(destination + "alt.kites/" + name), Attachment(number)) << name;
+            EXPECT_LE(number, pointer);
+        }
+        EXPECT_TRUE(ContentOf(program + "!@#!." + server).ends_with("\"\r\n"));
+        EXPECT_EQ(ContentOf(program + "#!@!." + server), "alt.kites\r\n");
+        EXPECT_EQ(Settings(folder.File("settings.ini")).GetSetting("Startup", "6"), "kept");
+    }
+}
