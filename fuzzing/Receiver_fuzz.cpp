@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -22,8 +23,6 @@ struct Client {
     {
         listener.listen(QHostAddress::LocalHost, 0);
         QObject::connect(&listener, &QTcpServer::newConnection, &listener, [this] {
-            if (server != nullptr)
-                server->deleteLater();
             server = listener.nextPendingConnection();
             server->write("200 hello\r\n");
         });
@@ -56,6 +55,7 @@ struct Client {
         Session.TcpDisconnect();
         Session.StopFlag = false;
         DoEvents();
+        delete std::exchange(server, nullptr);
     }
 
     void Feed()
