@@ -64,16 +64,15 @@ void DebugWindow::DebugLog(const std::string& text)
         form->DebugWindow.Cut(1, cut);
     form->DebugWindow.Append(text);
     const std::string logFile = form->txtLogFile.Text();
-    const std::error_code error = AppendToFile(logFile, text);
-    // What comes in while the box is up must not put another one on top of it.
-    if (!error || complaining)
-        return;
-    complaining = true;
-    desktop.MsgBox("Tamarack\r\n" + logFile + ": " + error.message(), "Access Error");
-    complaining = false;
+    if (const std::error_code error = AppendToFile(logFile, text))
+        desktop.MsgBox("Tamarack\r\n" + logFile + ": " + error.message(), "Access Error");
 }
 
-void DebugWindow::cmdCmd_Click(int index) { Session.CmdManual(index == 0 ? "help" : form->TxtManual.Text()); }
+void DebugWindow::cmdCmd_Click(int index)
+{
+    (void)Session.TcpConnect();
+    Session.CmdManual(index == 0 ? "help" : form->TxtManual.Text());
+}
 
 // The next line makes a new one.
 void DebugWindow::cmdReset_Click() { (void)DeleteFile(form->txtLogFile.Text()); }

@@ -29,5 +29,4 @@ private:
     NewsSession& Session;
     Desktop& desktop;
     std::unique_ptr<frmDebug> form;
-    bool complaining = false;
 };

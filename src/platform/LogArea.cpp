@@ -37,9 +37,18 @@ void LogArea::Append(std::string_view text)
     auto* edit = static_cast<QPlainTextEdit*>(widget);
     QTextCursor cursor(edit->document());
     cursor.movePosition(QTextCursor::End);
-    cursor.insertText(ToDisplay(text).replace(QLatin1String("\r\n"), QLatin1String("\n")));
+    // A line end may come in two pieces.
+    QString shown = ToDisplay(text);
+    if (endedInCr && shown.startsWith(u'\n'))
+        shown.remove(0, 1);
+    endedInCr = shown.endsWith(u'\r');
+    cursor.insertText(shown.replace(QLatin1String("\r\n"), QLatin1String("\n")));
     edit->setTextCursor(cursor);
     edit->ensureCursorVisible();
 }
 
-void LogArea::Clear() { static_cast<QPlainTextEdit*>(widget)->clear(); }
+void LogArea::Clear()
+{
+    static_cast<QPlainTextEdit*>(widget)->clear();
+    endedInCr = false;
+}

@@ -14,4 +14,7 @@ public:
     void Cut(int from, int count);
     void Append(std::string_view text);
     void Clear();
+
+private:
+    bool endedInCr = false;
 };

@@ -47,6 +47,21 @@ public:
         setsockopt(static_cast<int>(tcp.socketDescriptor()), IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on);
     }
 
+    void PostArrival()
+    {
+        if (arrivalPosted)
+            return;
+        arrivalPosted = true;
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                arrivalPosted = false;
+                if (tcp.bytesAvailable() > 0)
+                    Raise(owner.DataArrival);
+            },
+            Qt::QueuedConnection);
+    }
+
     QTcpSocket tcp;
 
 private:
@@ -75,21 +90,6 @@ private:
     {
         QMetaObject::invokeMethod(
             this, [this, state] { owner.Enter(state); }, Qt::QueuedConnection);
-    }
-
-    void PostArrival()
-    {
-        if (arrivalPosted)
-            return;
-        arrivalPosted = true;
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                arrivalPosted = false;
-                if (tcp.bytesAvailable() > 0)
-                    Raise(owner.DataArrival);
-            },
-            Qt::QueuedConnection);
     }
 
     void PostClosed()
@@ -169,6 +169,12 @@ std::string Socket::GetData()
     if (state == SocketState::Connected)
         connection->AcknowledgeAtOnce();
     return bytes;
+}
+
+void Socket::AnnounceWaiting()
+{
+    if (connection && connection->tcp.bytesAvailable() > 0)
+        connection->PostArrival();
 }
 
 void Socket::Enter(SocketState newState)

@@ -46,6 +46,9 @@ public:
     // All bytes that wait.
     std::string GetData();
 
+    // Raises DataArrival once more if bytes wait, for a handler that let them wait.
+    void AnnounceWaiting();
+
     // Raised at every change of `State`.
     std::function<void()> StateChanged;
     // The other side has closed the connection. What it had sent before has been handed over.

@@ -127,7 +127,6 @@ const std::string& NewsSession::WaitForText()
 
 void NewsSession::CmdManual(const std::string& line)
 {
-    (void)TcpConnect();
     if (!Send(CommandKind::Manual, line))
         return;
     while (ReplyState == ReplyState::Awaiting) {

@@ -113,6 +113,9 @@ bool NewsSession::Authenticate(::CommandKind kind, const std::string& line)
 // The watchdog of the head command. All of it runs inside the wait of CmdHead, which goes on when it is done.
 void NewsSession::Timer1_Timer()
 {
+    // A connection is not exchanged under a receiver that is still busy with the last one; the next tick comes.
+    if (logging)
+        return;
     MainForm.Timer1.SetEnabled(false);
     HeadTimedOut = true;
     TcpDisconnect();
@@ -156,8 +159,12 @@ void NewsSession::ShowStatus(std::string_view status) { MainForm.StatusBar1.Pane
 
 void NewsSession::Log(const std::string& text)
 {
-    if (DebugOn && DebugLog)
-        DebugLog(text);
+    if (!DebugOn || !DebugLog)
+        return;
+    logging = true;
+    DebugLog(text);
+    logging = false;
+    MainForm.TCP1.AnnounceWaiting();
 }
 
 void NewsSession::LogStep(std::string_view step)

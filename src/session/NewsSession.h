@@ -76,8 +76,8 @@ public:
     // The group list arrives through GroupListArrived.
     void CmdList();
 
-    // Sends a line as the user typed it, over a connection that is opened if there is none. The reply is not looked at;
-    // it shows where all traffic shows.
+    // Sends a line as the user typed it, if there is a connection. The reply is not looked at; it shows where all
+    // traffic shows.
     void CmdManual(const std::string& line);
 
     // The server's list of groups has come in whole; it is the multi-line text as it was sent.
@@ -93,6 +93,7 @@ public:
     std::string ReplyText; // one finished multi-line reply; empty outside the receiver
     std::string LastBody; // the last head or body; not cleared when a command is sent
     ReceiveBuffer RecvBuffer;
+    std::size_t LongestReply = ReceiveBuffer::longest; // a server that sends more is left, as if by a stop
     std::size_t SearchPos = 1; // where in RecvBuffer the search for the terminator goes on
     std::int32_t PacketCount = 0; // packets of a group list
     bool HeadTimedOut = false;
@@ -133,4 +134,7 @@ private:
 
     frmTamarack& MainForm;
     Desktop& desktop;
+    bool logging = false; // which may take a message box to an end
+    bool delivering = false; // a group list
+    int openLogins = 0; // demanded by the server and still under way
 };

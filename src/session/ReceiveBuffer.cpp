@@ -17,7 +17,7 @@ std::string InPlentyOfRoom(std::string_view held, std::size_t needed)
     constexpr std::size_t leastRoom = 32 << 20;
     constexpr std::size_t pageSize = 4096;
     std::string text;
-    text.reserve(std::max(leastRoom, 4 * needed));
+    text.reserve(std::max(needed, std::min(std::max(leastRoom, 4 * needed), ReceiveBuffer::longest)));
     void* firstPage = text.data();
     std::size_t room = text.capacity();
     if (std::align(pageSize, pageSize, firstPage, room) != nullptr)

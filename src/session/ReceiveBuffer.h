@@ -9,6 +9,9 @@
 // 1-based.
 class ReceiveBuffer {
 public:
+    // More than any article or list of groups has, in bytes.
+    static constexpr std::size_t longest = std::size_t{512} << 20;
+
     void Append(std::string_view bytes);
     void Clear();
 

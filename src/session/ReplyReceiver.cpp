@@ -18,6 +18,9 @@ namespace {
 
 constexpr std::string_view terminator = "\r\n.\r\n";
 
+// A server that goes on demanding a login in the middle of this many is one that cannot be logged in to.
+constexpr int mostOpenLogins = 8;
+
 // What stands behind the first blank; all of it if there is none.
 std::string_view BehindBlank(std::string_view text)
 {
@@ -43,13 +46,25 @@ void ReadNumber(std::string_view text, std::int32_t& number)
 
 void NewsSession::tcp1_DataArrival()
 {
+    // Packets keep their order: what comes in while one is written to the log waits until that is done.
+    if (logging)
+        return;
     ReplyText.clear();
     std::string packet = MainForm.TCP1.GetData();
     Log(packet);
     if (ReplyState == ReplyState::Awaiting)
         JudgeStatusLine(packet);
+    if (packet.size() > LongestReply - RecvBuffer.Length()) {
+        TcpDisconnect();
+        StopFlag = true;
+        ShowStatus("Status: Reply Too Long");
+        return;
+    }
     RecvBuffer.Append(packet);
-    TakeFinishedReplies();
+    // A list that is being handed over lets events through. The run that hands it over takes what they bring, so that a
+    // server without end cannot pile up one run on another.
+    if (!delivering)
+        TakeFinishedReplies();
     ReplyText.clear();
 }
 
@@ -64,10 +79,12 @@ void NewsSession::JudgeStatusLine(std::string& packet)
         StopFlag = true;
     } else if (begins("423") || begins("430")) {
         ReplyState = ReplyState::Taken;
-    } else if (begins("480") && haveUserName) {
-        // Both wait in turn, and this receiver runs again inside their waits.
+    } else if (begins("480") && haveUserName && openLogins < mostOpenLogins) {
+        // Both wait in turn, and this receiver runs again inside their waits. A server may answer 480 to them too.
+        ++openLogins;
         (void)CmdAuthUser();
         (void)CmdAuthPass();
+        --openLogins;
         ReplyState = ReplyState::Finished;
     } else if (begins("480")) {
         ReplyState = ReplyState::Finished;
@@ -141,8 +158,10 @@ void NewsSession::Deliver()
     case CommandKind::List: {
         // Filling the list lets events through, and with them this receiver, which clears ReplyText.
         const std::string groupText = std::move(ReplyText);
+        delivering = true;
         if (GroupListArrived)
             GroupListArrived(groupText);
+        delivering = false;
         break;
     }
     case CommandKind::Group:

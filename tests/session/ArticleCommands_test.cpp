@@ -158,12 +158,15 @@ TEST(ArticleCommandsTest, AuthenticationInTheMiddleOfACommand)
         std::string script;
         const char* expected;
     };
+    std::string endless; // a server that wants to be logged in to before its own login
+    for (int login = 0; login < 8; ++login)
+        endless += user + "S: 480\n";
     for (const Row& row : {Row{"next", user + "S: 381\n" + password + "S: 281", "true/connected"},
              Row{"head 7", user + "S: 381\n" + password + "S: 281", "text/connected"},
              Row{"body 7", user + "S: 281\n" + password + "S: 482", "old\r\ntext/connected"},
              Row{"stat 7", user + "S: 502\n" + password + "S: 281", "true 7/connected"},
              Row{"next", user + "S: 381\n" + password + "S: 502", "true/connected stop"},
-             Row{"group x", user + "X: pause stop", "true/closed stop"},
+             Row{"group x", user + "X: pause stop", "true/closed stop"}, Row{"next", endless, "true/closed"},
              Row{"next", user + "S: 381\n" + password + "X: pause stop", "true/closed stop"},
              Row{"next", user + "S: 480\n" + user + "S: 381\n" + password + "S: 281\n" + password + "S: 281",
                  "true/connected"}})

@@ -1,5 +1,7 @@
 #include "ScriptedSession.h"
 
+#include <QTest>
+
 #include <random>
 
 namespace {
@@ -130,6 +132,54 @@ TEST(ReplyReceiverTest, TerminatorsWhereverTheyLie)
         EXPECT_EQ(client.Session.RecvBuffer.Text(), row.buffer);
         EXPECT_EQ(client.Session.SearchPos, row.searchPos);
     }
+}
+
+TEST(ReplyReceiverTest, NothingOvertakesWhatIsBeingLoggedOrHandedOver)
+{
+    ScriptedSession client(R"(
+        C: body 7
+        S: 222
+        S: one
+        X: packet
+        S: two
+        S: .
+        C: list
+        S: 215
+        S: a 1 1 y
+        S: .
+        X: packet
+        S: b 1 1 y
+        S: .
+        C: body 8
+        S: 502 no
+    )");
+    const auto letEventsThrough = [] { QTest::qWait(20); };
+    client.Session.DebugLog = [&](const std::string&) { letEventsThrough(); };
+    client.Session.DebugOn = true;
+    std::vector<std::string> lists;
+    client.Session.GroupListArrived = [&](const std::string& text) {
+        const std::size_t before = lists.size();
+        letEventsThrough();
+        EXPECT_EQ(lists.size(), before);
+        lists.push_back(text);
+    };
+    ASSERT_TRUE(client.Session.TcpConnect());
+    EXPECT_EQ(client.Run("body 7"), "one\r\ntwo");
+    EXPECT_EQ(client.Run("list"), "old\r\ntext");
+    EXPECT_THAT(lists, testing::ElementsAre("\r\na 1 1 y", "\r\nb 1 1 y"));
+    EXPECT_EQ(client.Run("body 8"), "");
+    EXPECT_EQ(client.Outcome(), "closed stop");
+}
+
+TEST(ReplyReceiverTest, AReplyThatIsTooLongEndsTheSession)
+{
+    ScriptedSession client("C: body 7\nS: 222\nS: some text\nX: packet\nS: and more of it");
+    client.Session.LongestReply = 20;
+    ASSERT_TRUE(client.Session.TcpConnect());
+    EXPECT_EQ(client.Run("body 7"), "");
+    EXPECT_EQ(client.Outcome(), "closed stop");
+    EXPECT_EQ(client.Status(), "Status: Reply Too Long");
+    EXPECT_EQ(client.Session.RecvBuffer.Length(), 0U);
 }
 
 // The buffer against a plain string, over a few thousand steps of any size.
