@@ -53,6 +53,7 @@ void AttachmentDecoder::SetDecodeFilename(const std::string& path)
     const Outcome worst = DecodeBody(lines, store);
 
     storedNames = store.Names();
+    foundNames = store.FoundNames();
     imageFilename = storedNames.empty() ? std::string() : storedNames.front();
     status = storedNames.empty() ? static_cast<int>(worst) : static_cast<int>(storedNames.size());
 }

@@ -22,8 +22,12 @@ public:
     // The bare names of all of them, in their order in the body. Equal attachments of one name share one file.
     const std::vector<std::string>& StoredNames() const { return storedNames; }
 
+    // Those of them whose file had been there before, with the same content.
+    const std::vector<std::string>& FoundNames() const { return foundNames; }
+
 private:
     int status = 0;
     std::string imageFilename;
     std::vector<std::string> storedNames;
+    std::vector<std::string> foundNames;
 };

@@ -137,6 +137,19 @@ std::string SafeFileName(std::string_view name)
     return NumberedFileName(trimmed.empty() ? nameForNothing : trimmed, 1);
 }
 
+std::string PortableFileName(std::string_view safeName)
+{
+    constexpr std::size_t longest = 120;
+    const std::size_t extensionSize = ExtensionSize(safeName);
+    std::string name(Front(safeName.substr(0, safeName.size() - extensionSize), longest - extensionSize));
+    name += safeName.substr(safeName.size() - extensionSize);
+    for (char& character : name) {
+        if (std::string_view("<>:\"|?*").find(character) != std::string_view::npos)
+            character = '_';
+    }
+    return name;
+}
+
 std::string NumberedFileName(std::string_view safeName, std::size_t number)
 {
     const std::string_view extension = safeName.substr(safeName.size() - ExtensionSize(safeName));

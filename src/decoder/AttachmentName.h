@@ -12,6 +12,10 @@ constexpr std::size_t longestFileName = 255;
 // direction of writing are dropped. Bytes that are no valid UTF-8 are read as Windows-1252.
 std::string SafeFileName(std::string_view name);
 
+// The safe name as every file system takes it: the characters that some keep for themselves become "_", and it has at
+// most 120 bytes.
+std::string PortableFileName(std::string_view safeName);
+
 // The name that a file gets where others of its name exist: "red.jpg" for number 1, then "red (2).jpg" and so on. Not
 // longer than longestFileName either.
 std::string NumberedFileName(std::string_view safeName, std::size_t number);

@@ -2,6 +2,7 @@
 
 #include "decoder/AttachmentName.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <memory>
@@ -13,8 +14,10 @@
 
 namespace {
 
-// So many files of one name in a directory are looked at before the attachment counts as one that cannot be written.
-constexpr std::size_t mostFilesOfOneName = 100'000;
+// So many files of one name in a directory are looked at one by one. If there are more, the end of their numbers is
+// looked for in steps.
+constexpr std::size_t fewFilesOfOneName = 100;
+constexpr std::size_t mostFilesOfOneName = 1 << 24;
 
 // How many hidden names may be taken by the remains of programs that were killed.
 constexpr int mostHiddenNames = 1000;
@@ -87,8 +90,8 @@ bool SameBytes(const OpenFile& one, const OpenFile& other)
     }
 }
 
-// Gives a file another name unless that is taken: 0, or the error. Most file systems can do so in one step. The others
-// can give a file two names for a moment.
+// Gives a file another name unless that is taken: 0, or the error. Most file systems can do so in one step. Many others
+// can give a file two names for a moment. On the rest an empty file holds the place.
 int RenameUnlessTaken(const std::string& from, const std::string& to)
 {
 #if defined(RENAME_NOREPLACE)
@@ -97,10 +100,21 @@ int RenameUnlessTaken(const std::string& from, const std::string& to)
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
 #endif
-    if (link(from.c_str(), to.c_str()) != 0)
+    if (link(from.c_str(), to.c_str()) == 0) {
+        (void)unlink(from.c_str()); // the attachment has its name, and that it has another one too does no harm
+        return 0;
+    }
+    if (errno == EEXIST)
         return errno;
-    (void)unlink(from.c_str()); // the attachment has its name, and that it has another one too does no harm
-    return 0;
+    const int place = open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (place < 0)
+        return errno;
+    close(place);
+    if (rename(from.c_str(), to.c_str()) == 0)
+        return 0;
+    const int error = errno;
+    (void)unlink(to.c_str());
+    return error;
 }
 
 }
@@ -148,19 +162,51 @@ bool AttachmentStore::Keep()
     // Some file systems tell only when the file is closed that they could not write it.
     if (!failed)
         failed = close(std::exchange(hidden, -1)) != 0;
-    bool kept = false;
-    for (std::size_t number = 1; !failed && !kept && number <= mostFilesOfOneName; ++number) {
-        const std::string name = NumberedFileName(wantedName, number);
+    const bool kept = !failed && (TakeName(wantedName) || TakeName(PortableFileName(wantedName)));
+    Drop();
+    return kept;
+}
+
+// False if the file system does not take such a name.
+bool AttachmentStore::TakeName(const std::string& safeName)
+{
+    for (std::size_t number = 1; number < mostFilesOfOneName; ++number) {
+        if (number == fewFilesOfOneName)
+            number = FreeNumber(safeName);
+        const std::string name = NumberedFileName(safeName, number);
         const int error = RenameUnlessTaken(hiddenPath, directory + name);
         if (error == 0)
             hiddenPath.clear();
-        failed = error != 0 && error != EEXIST;
-        kept = error == 0 || (error == EEXIST && IsStoredAs(directory + name));
-        if (kept)
-            names.push_back(name);
+        else if (error != EEXIST)
+            return false;
+        else if (!IsStoredAs(directory + name))
+            continue;
+        else if (std::find(names.begin(), names.end(), name) == names.end())
+            foundNames.push_back(name);
+        names.push_back(name);
+        return true;
     }
-    Drop();
-    return kept;
+    return false;
+}
+
+// A number from fewFilesOfOneName on that is free while the one before it is not, as far as can be told from outside.
+std::size_t AttachmentStore::FreeNumber(const std::string& safeName) const
+{
+    const auto taken = [&](std::size_t number) {
+        struct stat file = {};
+        return lstat((directory + NumberedFileName(safeName, number)).c_str(), &file) == 0;
+    };
+    std::size_t low = fewFilesOfOneName - 1;
+    std::size_t high = fewFilesOfOneName;
+    while (high < mostFilesOfOneName && taken(high)) {
+        low = high;
+        high *= 2;
+    }
+    while (high - low > 1) {
+        const std::size_t middle = low + (high - low) / 2;
+        (taken(middle) ? low : high) = middle;
+    }
+    return high;
 }
 
 // Does this file hold the attachment that is to be kept?

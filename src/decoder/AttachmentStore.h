@@ -20,6 +20,9 @@ public:
     // The bare names of the kept attachments, one for each Keep that succeeded.
     const std::vector<std::string>& Names() const { return names; }
 
+    // Those of them whose file was there before.
+    const std::vector<std::string>& FoundNames() const { return foundNames; }
+
     void Open(std::string_view name) override;
     void Write(std::string_view bytes) override;
     [[nodiscard]] bool Keep() override;
@@ -27,11 +30,14 @@ public:
 
 private:
     bool OpenHiddenFile();
+    bool TakeName(const std::string& safeName);
+    std::size_t FreeNumber(const std::string& safeName) const;
     bool IsStoredAs(const std::string& path) const;
 
     std::string directory;
     std::string bodyPath;
     std::vector<std::string> names;
+    std::vector<std::string> foundNames;
 
     std::string wantedName;
     std::string hiddenPath; // empty while there is no hidden file

@@ -132,17 +132,23 @@ std::error_code MoveFile(const std::string& from, const std::string& to)
         return {};
     if (errno != EXDEV)
         return LastError();
-    // The directory lies on another disk. The copy gets its name only when it is whole.
-    const std::string beside = to + ".new";
+    const std::error_code error = CopyFile(from, to);
+    return error ? error : DeleteFile(from);
+}
+
+std::error_code CopyFile(const std::string& from, const std::string& to)
+{
+    // The copy gets its name only when it is whole. Of the name that it has until then there may be what a killed
+    // program left behind.
+    const std::string beside = to.substr(0, to.rfind('/') + 1) + ".copy.part";
+    unlink(beside.c_str());
     std::error_code error;
-    std::filesystem::copy_file(from, beside, std::filesystem::copy_options::overwrite_existing, error);
+    std::filesystem::copy_file(from, beside, error);
     if (!error && std::rename(beside.c_str(), to.c_str()) != 0)
         error = LastError();
-    if (error) {
+    if (error)
         unlink(beside.c_str());
-        return error;
-    }
-    return DeleteFile(from);
+    return error;
 }
 
 std::error_code MakeDirectory(const std::string& path)

@@ -27,8 +27,9 @@ bool DirExists(const std::string& path);
 
 [[nodiscard]] std::error_code DeleteFile(const std::string& path);
 
-// Replaces a file of the new name; also from one disk to another.
+// Both replace a file of the new name, in one step; also from one disk to another.
 [[nodiscard]] std::error_code MoveFile(const std::string& from, const std::string& to);
+[[nodiscard]] std::error_code CopyFile(const std::string& from, const std::string& to);
 
 // std::errc::file_exists if there is something of that name, std::errc::no_such_file_or_directory if the path that
 // leads to it does not exist.

@@ -5,6 +5,8 @@
 #include "platform/Screen.h"
 #include "platform/Text.h"
 
+#include <algorithm>
+
 namespace {
 
 // A group's name comes from a server or a file: it must not lead out of the destination.
@@ -73,12 +75,29 @@ std::string AttachmentStoring::MoveToItsPlace(const std::string& destination)
     if (MainForm.chkGroupSubDir.Value() != 1)
         return destination + name;
     const std::string groupDirectory = destination + Session.CurrentGroup + "/";
-    if (!IsPlainDirectoryName(Session.CurrentGroup) || !MakeGroupDirectory(groupDirectory))
+    if (!IsPlainDirectoryName(Session.CurrentGroup))
         return destination + name;
-    // The newest attachment replaces an older one of its name.
+    // An attachment of the group's own name stands where the directory is to be.
+    const std::string aside = destination + ".attachment.part";
+    const bool inTheWay = IsNew(Session.CurrentGroup) && !MoveFile(destination + Session.CurrentGroup, aside);
+    const bool made = MakeGroupDirectory(groupDirectory);
+    if (inTheWay)
+        (void)MoveFile(aside, (made ? groupDirectory : destination) + Session.CurrentGroup);
+    if (!made)
+        return destination + name;
+    // The newest attachment replaces an older one of its name. A file that lay in the destination before stays there.
     for (const std::string& stored : MainForm.UU.StoredNames())
-        (void)MoveFile(destination + stored, groupDirectory + stored);
+        (void)(IsNew(stored) ? MoveFile : CopyFile)(destination + stored, groupDirectory + stored);
     return groupDirectory + name;
+}
+
+// Did this decode make the file?
+bool AttachmentStoring::IsNew(const std::string& name) const
+{
+    const auto holds = [&name](const std::vector<std::string>& names) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    return holds(MainForm.UU.StoredNames()) && !holds(MainForm.UU.FoundNames());
 }
 
 // False if the path that leads to it does not exist. Any other failure shows when the file is moved.

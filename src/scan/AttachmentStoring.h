@@ -33,6 +33,7 @@ public:
 private:
     void Decode(const ArticleInHand& article, const std::string& temporaryFile, const std::string& body);
     std::string MoveToItsPlace(const std::string& destination);
+    bool IsNew(const std::string& name) const;
     bool MakeGroupDirectory(const std::string& directory);
     void Show(const std::string& imageFile);
 

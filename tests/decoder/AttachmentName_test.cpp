@@ -66,6 +66,13 @@ TEST(AttachmentName, IsABareVisibleNameInUtf8)
     }
 }
 
+TEST(AttachmentName, OfADiskThatIsParticular)
+{
+    EXPECT_EQ(PortableFileName("red.jpg"), "red.jpg");
+    EXPECT_EQ(PortableFileName("10:30 <\"what?\"|*>.jpg"), "10_30 __what_____.jpg");
+    EXPECT_EQ(PortableFileName(Times(100, "\xc3\xa4") + ".jpg"), Times(58, "\xc3\xa4") + ".jpg");
+}
+
 TEST(AttachmentName, TakesANumberBeforeTheExtension)
 {
     EXPECT_EQ(NumberedFileName("red.jpg", 1), "red.jpg");

@@ -3,8 +3,12 @@
 
 #include <csignal>
 #include <filesystem>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 namespace {
 
@@ -32,6 +36,43 @@ TEST_F(StoredFilesTest, NothingExistingIsTouched)
     EXPECT_EQ(Store("red.jpg", "eno"), "red (4).jpg"); // as long as the first
     EXPECT_EQ(Content("red.jpg"), "one");
     EXPECT_EQ(Files().size(), 4U);
+
+    for (int number = 5; number <= 250; ++number)
+        MakeFile(folder.File("red (" + std::to_string(number) + ").jpg"), "");
+    EXPECT_EQ(Store("red.jpg", "many"), "red (251).jpg");
+    EXPECT_EQ(Store("red.jpg", "more"), "red (252).jpg");
+}
+
+// As on many shares: no renaming that spares what is there, and no second name for a file. For good, in this process.
+void ForbidLinks()
+{
+    sock_filter steps[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_renameat2, 3, 0),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_linkat, 2, 0),
+#ifdef SYS_link
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_link, 1, 0),
+#endif
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
+    };
+    const sock_fprog filter{std::size(steps), steps};
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0)
+        std::_Exit(2);
+}
+
+TEST_F(StoredFilesTest, DisksThatKnowNoLinks)
+{
+    const auto storeTwo = [this] {
+        ForbidLinks();
+        Store("red.jpg", "one");
+        Store("red.jpg", "two");
+        std::_Exit(HasFailure() ? 1 : 0);
+    };
+    EXPECT_EXIT(storeTwo(), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(Content("red.jpg"), "one");
+    EXPECT_EQ(Content("red (2).jpg"), "two");
+    EXPECT_EQ(Files().size(), 2U);
 }
 
 TEST_F(StoredFilesTest, TheBodyIsNotReplacedByItsAttachment) { EXPECT_EQ(Store(bodyName, "one"), "article7 (2).uue"); }
