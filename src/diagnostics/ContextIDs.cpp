@@ -16,12 +16,12 @@ ContextIDs::ContextIDs(Desktop& newDesktop)
 {
 }
 
-ContextIDs::~ContextIDs() = default;
+ContextIDs::~ContextIDs() { Form::HelpKey = nullptr; }
 
-void ContextIDs::HelpInit(frmTamarack& mainForm, const std::string& directory)
+void ContextIDs::HelpInit(const std::string& directory)
 {
     HelpFile = directory + (directory.ends_with('/') ? "" : "/") + "Tamarack.hlp";
-    mainForm.HelpKey = [this](int topic) {
+    Form::HelpKey = [this](int topic) {
         if (topic != 0)
             HelpContext(topic);
         else
@@ -44,7 +44,6 @@ void ContextIDs::HelpContents()
     if (!Show())
         return;
     form->Pages.ShowContents();
-    form->lblTopic.SetCaption(HelpFile);
 }
 
 // With the window goes what its engine keeps on disk.
@@ -64,6 +63,7 @@ bool ContextIDs::Show()
                 "Help");
             return false;
         }
+        found.clear();
         form->lstFound.Clear();
         form->lstFound.SetVisible(false);
         form->txtSearch.SetText("");
@@ -82,6 +82,7 @@ void ContextIDs::Bind()
     form->cmdSearch.Click = [this] { cmdSearch_Click(); };
     form->cmdClose.Click = [this] { form->SetVisible(false); };
     form->lstFound.Click = [this] { lstFound_Click(); };
+    form->Pages.PageChange = [this] { form->lblTopic.SetCaption(HelpFile); };
 }
 
 void ContextIDs::Form_Resize()
@@ -104,9 +105,10 @@ void ContextIDs::cmdSearch_Click()
 {
     const std::string text = form->txtSearch.Text();
     form->lstFound.Clear();
-    for (const HelpPages::Page& page : form->Pages.Search(text))
+    found = form->Pages.Search(text);
+    for (const HelpPages::Page& page : found)
         form->lstFound.AddItem(page.title);
-    if (form->lstFound.ListCount() == 0)
+    if (found.empty())
         form->lstFound.AddItem("No page holds \"" + text + "\".");
     form->lstFound.SetVisible(true);
     Form_Resize();
@@ -115,9 +117,6 @@ void ContextIDs::cmdSearch_Click()
 void ContextIDs::lstFound_Click()
 {
     const int row = form->lstFound.ListIndex();
-    const auto pages = form->Pages.Search(form->txtSearch.Text());
-    if (row < 0 || row >= static_cast<int>(pages.size()))
-        return;
-    form->Pages.Show(pages[static_cast<std::size_t>(row)]);
-    form->lblTopic.SetCaption(HelpFile);
+    if (row >= 0 && row < static_cast<int>(found.size()))
+        form->Pages.Show(found[static_cast<std::size_t>(row)]);
 }

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "forms/frmTamarack.h"
 #include "platform/Desktop.h"
+#include "platform/HelpPages.h"
 
 #include <memory>
 #include <string>
+#include <vector>
 
 struct frmHelp;
 
@@ -14,8 +15,8 @@ public:
     explicit ContextIDs(Desktop& desktop);
     ~ContextIDs();
 
-    // Takes the form whose controls have topics for the F1 key, and the directory of the help file.
-    void HelpInit(frmTamarack& mainForm, const std::string& directory);
+    // Takes the directory of the help file, and answers the F1 key from now on.
+    void HelpInit(const std::string& directory);
 
     // Opens the help at a topic, or at its contents. A help file that cannot be opened is told in a message box.
     void HelpContext(int number);
@@ -34,4 +35,5 @@ private:
     Desktop& desktop;
     std::string HelpFile;
     std::unique_ptr<frmHelp> form;
+    std::vector<HelpPages::Page> found; // the rows of lstFound
 };

@@ -56,11 +56,6 @@ Application::Application(int& argc, char** argv)
     QApplication::setWindowIcon(WindowIcon());
     // The program ends when its main form is unloaded, not when nothing is on the screen for a moment.
     QApplication::setQuitOnLastWindowClosed(false);
-    QObject::connect(
-        application.get(), &QApplication::commitDataRequest, application.get(), [this](QSessionManager& manager) {
-            manager.setRestartHint(QSessionManager::RestartNever);
-            Raise(endRequested);
-        });
 }
 
 Application::~Application() = default;

@@ -48,9 +48,10 @@ public:
             hide();
     }
 
-    void hideEvent(QHideEvent*) override
+    // A window that is minimised is not done with.
+    void hideEvent(QHideEvent* event) override
     {
-        if (modalLoop != nullptr)
+        if (modalLoop != nullptr && !event->spontaneous())
             modalLoop->quit();
     }
 
@@ -65,8 +66,8 @@ public:
 
     void keyPressEvent(QKeyEvent* event) override
     {
-        if (event->key() == Qt::Key_F1 && form.HelpKey) {
-            Raise(form.HelpKey, HelpTopic());
+        if (event->key() == Qt::Key_F1 && modalLoop == nullptr) {
+            Raise(HelpKey, HelpTopic());
             return;
         }
         const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
@@ -93,6 +94,8 @@ public:
     QPushButton* cancelButton = nullptr;
     QEventLoop* modalLoop = nullptr;
 };
+
+std::function<void(int)> Form::HelpKey;
 
 Form::Form(std::string_view name, std::string_view caption, const Design& design)
     : window(std::make_unique<Window>(*this))
@@ -196,6 +199,8 @@ void Form::SetDialogButtons(CommandButton& accept, CommandButton& cancel)
 
 void Form::BringToFront()
 {
+    if (State() == WindowState::Minimised)
+        SetState(WindowState::Normal);
     window->raise();
     window->activateWindow();
 }

@@ -76,8 +76,9 @@ public:
     // The user asked for the window to be closed, or the desktop session ends.
     std::function<void()> Unload;
     std::function<void()> Resize;
-    // The F1 key, with the topic of the control that has the focus, or else of what it lies in; 0 if there is none.
-    std::function<void(int topic)> HelpKey;
+    // The F1 key in any window but a modal one, with the topic of the control that has the focus, or else of what it
+    // lies in; 0 if there is none.
+    static std::function<void(int topic)> HelpKey;
 
 private:
     friend class Menu;

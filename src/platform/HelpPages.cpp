@@ -68,6 +68,7 @@ HelpPages::HelpPages(Container& container, std::string_view name, const Place& p
     : Control(container, new QSplitter, name, place)
     , parts(std::make_unique<Parts>(widget))
 {
+    QObject::connect(parts->browser, &QTextBrowser::sourceChanged, widget, [this] { Raise(PageChange); });
 }
 
 HelpPages::~HelpPages() = default;

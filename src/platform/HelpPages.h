@@ -34,6 +34,9 @@ public:
     std::vector<Page> Search(std::string_view text) const;
     void Show(const Page& page);
 
+    // Another page is shown, by whatever way.
+    std::function<void()> PageChange;
+
 private:
     struct Parts;
 

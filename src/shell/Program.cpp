@@ -69,7 +69,7 @@ void Program::Form_Load()
     Session.SearchPos = 1;
     mainSettings.RestoreAutoLoad();
     MainForm.SetHeight(frmTamarack::heightWithoutPreviews);
-    help.HelpInit(MainForm, resources);
+    help.HelpInit(resources);
     if (!LoadBehindBanner()) {
         desktop.EndProgram();
         return;

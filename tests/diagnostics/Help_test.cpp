@@ -75,11 +75,17 @@ TEST_F(HelpTest, EachControlHasItsTopic)
     ChooseMenu("mnuTips");
     EXPECT_THAT(TextOf("frmHelp/lblTopic"), EndsWith("Tamarack.hlp  1180"));
     EXPECT_EQ(Page(), "The slide show");
+    QTest::keyClick(WindowNamed("frmSlideShow"), Qt::Key_F1);
+    EXPECT_EQ(Page(), "What Tamarack does");
+    Click("cmdBack");
+    EXPECT_EQ(Page(), "The slide show");
     Click("cmdBack");
     EXPECT_EQ(Page(), "What Tamarack does");
+    EXPECT_THAT(TextOf("frmHelp/lblTopic"), EndsWith("Tamarack.hlp"));
     TypeInto("txtSearch", "RETENTION");
     Click("cmdSearch");
     EXPECT_THAT(RowsOf("lstFound"), testing::ElementsAre("How to find a news server"));
+    TypeInto("txtSearch", "Backspace"); // not searched for yet
     ClickRow("lstFound", 0);
     EXPECT_EQ(Page(), "How to find a news server");
     Click("frmTamarack/Command1");
@@ -96,7 +102,7 @@ TEST_F(HelpTest, TroubleIsTold)
         else
             std::filesystem::remove(helpFile);
         ContextIDs help(desktop);
-        help.HelpInit(program->Form(), folder.File("resources"));
+        help.HelpInit(folder.File("resources"));
         desktop.boxes.clear();
         help.HelpContext(1180);
         help.HelpContents();
