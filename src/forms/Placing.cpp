@@ -12,20 +12,20 @@ namespace {
 std::int32_t WholeLength(double length)
 {
     constexpr double limit = std::numeric_limits<std::int32_t>::max();
-    return static_cast<std::int32_t>(std::clamp(std::nearbyint(length), -limit, limit));
+    return static_cast<std::int32_t>(std::clamp(length, -limit, limit));
 }
 
 }
 
 FittedSize Fit(float aspect, double areaWidth, double areaHeight, double margin)
 {
-    FittedSize size{WholeLength(areaWidth - margin), 0};
-    size.height = WholeLength(size.width / static_cast<double>(aspect));
-    if (areaHeight - margin < size.height) {
-        size.width = WholeLength(size.width - (size.height - areaHeight - margin) * static_cast<double>(aspect));
-        size.height = WholeLength(areaHeight - margin);
+    double width = std::nearbyint(areaWidth - margin);
+    double height = std::nearbyint(width / static_cast<double>(aspect));
+    if (areaHeight - margin < height) {
+        width = std::nearbyint(width - (height - areaHeight - margin) * static_cast<double>(aspect));
+        height = std::nearbyint(areaHeight - margin);
     }
-    return size;
+    return {WholeLength(width), WholeLength(height)};
 }
 
 std::optional<FittedSize> FitPicture(const Picture& picture, const Control& area, double margin)

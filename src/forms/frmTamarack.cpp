@@ -15,6 +15,8 @@ frmTamarack::frmTamarack()
     Label1.SetVisible(false);
     Frame3.SetVisible(false);
     Image1.SetPicture(Artwork::Banner());
+    for (Label& fileName : Label2)
+        fileName.KeepToOneLine();
 
     Label3.SetBuddy(txtNamed);
     lblSizeIs.SetBuddy(cboSizeIs);

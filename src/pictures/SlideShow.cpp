@@ -81,7 +81,6 @@ void SlideShow::Bind()
     }
     form->lstFiles.DblClick = [this] { lstFiles_DblClick(); };
     form->lstFiles.PathChange = [this] { ShowTotal(); };
-    form->Dir1.Change = [this] { Dir1_Change(); };
     form->txtDelay.Change = [this] { txtDelay_Change(); };
     // With a short delay the next tick may come while the pictures of this one are still being shown.
     form->Timer1.Tick = [this] {
@@ -92,6 +91,7 @@ void SlideShow::Bind()
 
 void SlideShow::Form_Load()
 {
+    form->SetState(WindowState::Normal);
     form->SetHeight(frmSlideShow::designedHeight);
     NextPane = 0;
     SelectedPane = 0;
@@ -105,9 +105,11 @@ void SlideShow::Form_Load()
     }
     form->StatusBar1.Panels(panePanel).SetText("Stopped");
     form->StatusBar1.Panels(namePanel).SetText("");
+    // Nobody may close a window that is still being put together, so that no event is let through here.
+    form->Dir1.Change = nullptr;
     walk->Begin(MainForm.txtSelectDir.Text());
-    // Also if the directory is the one that the window showed last.
-    Dir1_Change();
+    form->Dir1.Change = [this] { Dir1_Change(); };
+    (void)form->lstFiles.SetPath(form->Dir1.Path());
     ShowTotal();
 
     if (const std::string stored = settings.GetSetting(section, "1"); !stored.empty()) {

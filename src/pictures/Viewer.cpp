@@ -46,6 +46,7 @@ frmShowPicture& Viewer::Loaded()
 
 void Viewer::Form_Load()
 {
+    form->SetState(WindowState::Normal);
     form->SetCaption(frmShowPicture::emptyCaption);
     form->Check1.SetValue(0);
     form->Image1.SetPicture({});
@@ -142,11 +143,8 @@ void Viewer::Blank(const FittedSize& size)
 
 void Viewer::BringToFront()
 {
-    frmShowPicture& window = Loaded();
-    if (window.State() == WindowState::Minimised)
-        window.SetState(WindowState::Normal);
-    window.SetVisible(true);
-    window.BringToFront();
+    Loaded().SetVisible(true);
+    form->BringToFront();
 }
 
 void Viewer::Check1_Click() { ViewerAutoUpdate = form->Check1.Value() == 1; }

@@ -4,11 +4,22 @@
 
 #include <QComboBox>
 #include <QSignalBlocker>
+#include <QWheelEvent>
 #include <algorithm>
+
+namespace {
+
+class ChoiceBox : public QComboBox {
+protected:
+    // A wheel that happens to turn above it must not choose another server.
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
+
+}
 
 ComboBox::ComboBox(Container& container, std::string_view name, const Place& place,
     std::initializer_list<std::string_view> initialRows)
-    : Control(container, new QComboBox, name, place)
+    : Control(container, new ChoiceBox, name, place)
 {
     for (const std::string_view row : initialRows)
         AddItem(row);

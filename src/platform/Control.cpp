@@ -4,6 +4,7 @@
 #include "platform/HelpTopic.h"
 
 #include <QEvent>
+#include <QTextDocument>
 #include <QWidget>
 
 namespace {
@@ -65,7 +66,11 @@ void Control::Move(const Place& newPlace)
     widget->setGeometry(QRect(topLeft, QSize(bottomRight.x() - topLeft.x(), bottomRight.y() - topLeft.y())));
 }
 
-void Control::SetToolTip(std::string_view text) { widget->setToolTip(ToDisplay(text)); }
+void Control::SetToolTip(std::string_view text)
+{
+    const QString shown = ToShow(text);
+    widget->setToolTip(Qt::mightBeRichText(shown) ? shown.toHtmlEscaped() : shown);
+}
 
 void Control::SetAccessibleName(std::string_view text) { widget->setAccessibleName(ToDisplay(text)); }
 

@@ -55,6 +55,7 @@ public:
     void SetHeight(double height) { Move({currentPlace.left, currentPlace.top, currentPlace.width, height}); }
     void Move(const Place& newPlace);
 
+    // Never taken for rich text.
     void SetToolTip(std::string_view text);
     // What assistive tools call the control, where no label or caption of its own tells.
     void SetAccessibleName(std::string_view text);

@@ -8,6 +8,7 @@
 #include <QStyle>
 #include <QStyledItemDelegate>
 #include <filesystem>
+#include <utility>
 
 namespace {
 
@@ -73,8 +74,13 @@ public:
     void ShowOpenRow() { setCurrentRow(OpenRow()); }
 
 protected:
+    // The second click of a double click would meet whatever row the first one has brought there.
+    void mouseDoubleClickEvent(QMouseEvent*) override { secondClick = true; }
+
     void mouseReleaseEvent(QMouseEvent* event) override
     {
+        if (std::exchange(secondClick, false))
+            return;
         QListWidget::mouseReleaseEvent(event);
         if (event->button() == Qt::LeftButton && indexAt(event->pos()).isValid())
             Raise(list.Click);
@@ -100,6 +106,7 @@ private:
     }
 
     DirectoryList& list;
+    bool secondClick = false;
 };
 
 DirectoryList::DirectoryList(Container& container, std::string_view name, const Place& place)

@@ -4,10 +4,33 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QPainter>
+#include <QStyle>
+
+namespace {
+
+class TextLabel : public QLabel {
+public:
+    using QLabel::QLabel;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        if (wordWrap()) {
+            QLabel::paintEvent(event);
+            return;
+        }
+        QPainter painter(this);
+        style()->drawItemText(&painter, contentsRect(), static_cast<int>(alignment()) | Qt::TextSingleLine, palette(),
+            isEnabled(), fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width()), foregroundRole());
+    }
+};
+
+}
 
 Label::Label(
     Container& container, std::string_view name, std::string_view caption, const Place& place, Alignment alignment)
-    : Control(container, new QLabel(ToDisplay(caption)), name, place)
+    : Control(container, new TextLabel(ToDisplay(caption)), name, place)
 {
     auto* label = static_cast<QLabel*>(widget);
     label->setTextFormat(Qt::PlainText);
@@ -20,7 +43,15 @@ Label::Label(
 
 std::string Label::Caption() const { return FromDisplay(static_cast<QLabel*>(widget)->text()); }
 
-void Label::SetCaption(std::string_view caption) { static_cast<QLabel*>(widget)->setText(ToShow(caption)); }
+void Label::SetCaption(std::string_view caption)
+{
+    auto* label = static_cast<QLabel*>(widget);
+    label->setText(ToShow(caption));
+    if (!label->wordWrap())
+        SetToolTip(caption);
+}
+
+void Label::KeepToOneLine() { static_cast<QLabel*>(widget)->setWordWrap(false); }
 
 void Label::SetFont(std::string_view family, double factor)
 {

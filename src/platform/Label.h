@@ -14,6 +14,9 @@ public:
     std::string Caption() const;
     void SetCaption(std::string_view caption);
 
+    // A text that is too long loses its middle instead of going on in the next line; a tool tip tells all of it.
+    void KeepToOneLine();
+
     // Another family of letters, `factor` times as large as those of the desktop.
     void SetFont(std::string_view family, double factor);
 

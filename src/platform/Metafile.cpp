@@ -70,6 +70,8 @@ public:
     // False if the answer ends before, or comes too late.
     [[nodiscard]] bool Read(void* bytes, std::size_t length)
     {
+        if (answer < 0)
+            return false;
         auto* next = static_cast<char*>(bytes);
         while (length > 0) {
             const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();

@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QImageReader>
 #include <QScreen>
+#include <fcntl.h>
 
 namespace {
 
@@ -98,8 +99,10 @@ Picture::Picture(QImage pixels, const QSize& size)
 
 Picture Picture::FromFile(const std::string& path)
 {
-    QFile file(QFile::decodeName(path.c_str()));
-    if (!file.open(QIODevice::ReadOnly))
+    // Not every path has a form that the toolkit can name.
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    QFile file;
+    if (descriptor < 0 || !file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
         return {};
     const QByteArray head = file.peek(metafileHeadLength);
     return IsMetafile({head.data(), static_cast<std::size_t>(head.size())}) ? ReadMetafile(file) : Read(file);

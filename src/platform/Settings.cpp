@@ -10,6 +10,9 @@
 
 namespace {
 
+// An empty key would name its whole section.
+const QString emptyKey = QStringLiteral("%");
+
 // A slash of either kind would part a key into groups. A percent sign followed by its code stands for it.
 QString StoreKey(std::string_view section, std::string_view key)
 {
@@ -17,11 +20,13 @@ QString StoreKey(std::string_view section, std::string_view key)
     escaped.replace(u'%', QLatin1String("%25"))
         .replace(u'/', QLatin1String("%2F"))
         .replace(u'\\', QLatin1String("%5C"));
-    return ToDisplay(section) + u'/' + escaped;
+    return ToDisplay(section) + u'/' + (escaped.isEmpty() ? emptyKey : escaped);
 }
 
 std::string FromStoreKey(QString key)
 {
+    if (key == emptyKey)
+        return {};
     key.replace(QLatin1String("%5C"), QLatin1String("\\")).replace(QLatin1String("%2F"), QLatin1String("/"));
     return FromDisplay(key.replace(QLatin1String("%25"), QLatin1String("%")));
 }

@@ -67,6 +67,9 @@ TextBox::TextBox(Container& container, std::string_view name, const Place& place
 
 void TextBox::SetText(std::string_view newText)
 {
+    // Somebody may be typing into it.
+    if (newText == text)
+        return;
     settingFromCode = true;
     const QString wanted = ToDisplay(newText);
     SetShownText(wanted);

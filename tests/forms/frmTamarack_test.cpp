@@ -212,4 +212,9 @@ TEST(Placing, FitKeepsTheAspectInsideTheArea)
         EXPECT_EQ(size.width, row.width);
         EXPECT_EQ(size.height, row.height);
     }
+    // The margin is taken off each side, and once more off the width of what is too high.
+    const FittedSize size = Fit(1, 1770, 1605, 10);
+    EXPECT_EQ(size.width, 1615);
+    EXPECT_EQ(size.height, 1595);
+    EXPECT_EQ(Fit(1e-6F, 2070, 1695).width, 0);
 }

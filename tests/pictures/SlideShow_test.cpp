@@ -153,6 +153,27 @@ TEST_F(SlideShowTest, ThePictureOfAPane)
     EXPECT_THAT(desktop.boxes, IsEmpty());
 }
 
+TEST_F(SlideShowTest, ItsPlaceComesBackIfItIsOnTheScreen)
+{
+    Open(1);
+    QWidget& window = *WindowNamed("frmSlideShow");
+    const QPoint place(90, 80);
+    window.move(place);
+    window.showMinimized();
+    window.close();
+    ChooseMenu("mnuSlideShow");
+    EXPECT_FALSE(window.isMinimized());
+    EXPECT_EQ(window.pos(), place);
+    window.close();
+    for (const char* odd : {"0", "-5", "99999", "x"}) {
+        settings.SaveSetting("SlideShow", "1", odd);
+        settings.SaveSetting("SlideShow", "2", odd);
+        ChooseMenu("mnuSlideShow");
+        EXPECT_EQ(window.pos(), QPoint()) << odd;
+        window.close();
+    }
+}
+
 TEST_F(SlideShowTest, ListAndDelay)
 {
     std::filesystem::create_directories(destination + "none");

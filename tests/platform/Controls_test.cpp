@@ -113,6 +113,12 @@ TEST_F(ControlsTest, AComboSelectsNothingByItself)
     EXPECT_EQ(clicks, 1);
     ChooseEntry("cboNames", "a");
     EXPECT_EQ(clicks, 2);
+    combo.AddItem("c");
+    QWidget& widget = Find<QWidget>("cboNames");
+    QWheelEvent wheel(
+        QPointF(5, 5), widget.mapToGlobal(QPointF(5, 5)), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&widget, &wheel);
+    EXPECT_EQ(combo.Text(), "a");
 }
 
 TEST_F(ControlsTest, ATextKeepsItsBytesUntilItIsEdited)

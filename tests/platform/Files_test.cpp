@@ -100,8 +100,10 @@ TEST(SettingsStore, KeepsTextsAndBytesUnderAnyKey)
         Settings settings(path);
         for (std::size_t i = 0; i < keys.size(); ++i)
             settings.SaveSetting("Servers2", keys[i], values[i % values.size()]);
-        settings.SaveSetting("Servers2", "gone", "x");
-        settings.DeleteSetting("Servers2", "gone");
+        for (const char* gone : {"gone", ""}) {
+            settings.SaveSetting("Servers2", gone, "x");
+            settings.DeleteSetting("Servers2", gone);
+        }
     }
     struct stat status { };
     ASSERT_EQ(stat(path.c_str(), &status), 0);

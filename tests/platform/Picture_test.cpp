@@ -200,6 +200,9 @@ TEST_F(PictureTest, TheContentTellsTheKind)
         EXPECT_EQ(Read(content).Height(), 0) << content.substr(0, 20);
     EXPECT_EQ(Picture::FromFile(folder.File("missing")).Height(), 0);
     EXPECT_EQ(Picture::FromFile(folder.Path()).Height(), 0);
+    const std::string notUtf8 = folder.File("caf\xe9.jpg");
+    MakeFile(notUtf8, Encoded("PNG"));
+    EXPECT_NE(Picture::FromFile(notUtf8).Height(), 0);
 }
 
 TEST_F(PictureTest, OrientationAndSize)

@@ -227,7 +227,12 @@ TEST_F(ServersTest, TheFirstStartAsksForAServer)
             EXPECT_TRUE(IsVisible("frmBanner"));
             EXPECT_EQ(TextOf("txtNewsServer"), "news.example.com");
             TypeInto("txtNewsServer", "Default");
-            Click("cmdSave");
+            // To look something up.
+            WindowNamed("frmNewsServer")->showMinimized();
+            WhenUp("frmNewsServer", [] {
+                WindowNamed("frmNewsServer")->showNormal();
+                Click("cmdSave");
+            });
         });
         Start();
         EXPECT_EQ(TextOf("cboNewsServer"), "Default");
