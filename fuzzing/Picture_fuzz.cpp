@@ -1,4 +1,4 @@
-#include "platform/Application.h"
+#include "OffscreenApplication.h"
 #include "platform/Picture.h"
 #include "support/TemporaryFolder.h"
 
@@ -8,13 +8,7 @@
 // A picture file. Metafiles go to their helper, which may die.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    static int argc = 1;
-    static char name[] = "picture_fuzz";
-    static char* argv[] = {name, nullptr};
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    // Never destroyed: the end of the process is not what is tried here.
-    static const Application& application = *new Application(argc, argv);
-    (void)application;
+    NeedApplication();
     static const TemporaryFolder folder;
     const std::string path = folder.File("picture");
     MakeFile(path, {reinterpret_cast<const char*>(bytes), size});

@@ -1,4 +1,4 @@
-#include "platform/Application.h"
+#include "OffscreenApplication.h"
 #include "platform/Events.h"
 #include "session/NewsSession.h"
 
@@ -85,13 +85,7 @@ struct Client {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    static int argc = 1;
-    static char name[] = "receiver_fuzz";
-    static char* argv[] = {name, nullptr};
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    // Never destroyed: the end of the process is not what is tried here.
-    static const Application& application = *new Application(argc, argv);
-    (void)application;
+    NeedApplication();
     static Client& client = *new Client;
     client.Run({reinterpret_cast<const char*>(bytes), size});
     return 0;

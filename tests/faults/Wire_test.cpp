@@ -185,6 +185,8 @@ TEST_F(WireTest, MoreThanAnybodyWants)
         std::printf("%s: longest wait of an event %d ms, %ld MB more in use\n", row.what,
             static_cast<int>(longest.count()), (KilobytesInUse() - before) / 1024);
         ExpectNothingLost();
+#ifndef __SANITIZE_ADDRESS__ // which keeps what is freed for a while
         EXPECT_LT(KilobytesInUse() - before, 64 * 1024);
+#endif
     }
 }
