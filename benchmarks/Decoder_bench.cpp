@@ -132,10 +132,31 @@ void DecodeFile(benchmark::State& state, const Format& format)
     state.SetBytesProcessed(static_cast<std::int64_t>(body.size()));
 }
 
+// From file to file.
+void DecoderGrowth(benchmark::State& state, const Format& format)
+{
+    const TemporaryFolder folder;
+    const auto decode = [&](std::size_t size) {
+        const std::string source = folder.File(std::to_string(size));
+        if (!std::filesystem::exists(source))
+            MakeFile(source, "\r\n" + format.encode(std::string_view(Attachment()).substr(0, size)));
+        AttachmentDecoder decoder;
+        const auto taken = Timed([&] {
+            decoder.SetDecodeFilename(source);
+            return decoder.DecodeStatus() == 1;
+        });
+        std::remove(folder.File("attachment.bin").c_str());
+        return taken;
+    };
+    for (auto _ : state)
+        CompareWithATenth(
+            state, fileRounds, [&] { return decode(attachmentSize); }, [&] { return decode(attachmentSize / 10); });
+}
+
 const bool registered = [] {
     using Measurement = void (*)(benchmark::State&, const Format&);
     const std::pair<const char*, Measurement> measurements[]
-        = {{"DecodeInMemory/", DecodeInMemory}, {"DecodeFile/", DecodeFile}};
+        = {{"DecodeInMemory/", DecodeInMemory}, {"DecodeFile/", DecodeFile}, {"DecoderGrowth/", DecoderGrowth}};
     for (const auto& [name, measure] : measurements) {
         for (const Format& format : formats) {
             benchmark::RegisterBenchmark((std::string(name) + format.name).c_str(),

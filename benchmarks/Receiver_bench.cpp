@@ -14,15 +14,16 @@
 
 namespace {
 
-constexpr std::size_t textSize = 100 * 1000 * 1000;
+constexpr std::size_t wholeText = 100 * 1000 * 1000;
 constexpr std::size_t writeSize = 16 * 1024;
 constexpr int rounds = 15;
 
 // Answers every line of any client with the same reply, from a thread of its own.
 class LargeReplyServer {
 public:
-    LargeReplyServer()
-        : reply("215 list follows\r\n")
+    explicit LargeReplyServer(std::size_t size)
+        : textSize(size)
+        , reply("215 list follows\r\n")
     {
         const std::string line = "alt.kites.over.the.harbour.pictures 0000012345 0000000001 y";
         const std::size_t textEnd = reply.size() + textSize;
@@ -46,6 +47,7 @@ public:
     LargeReplyServer& operator=(const LargeReplyServer&) = delete;
 
     int Port() const { return port; }
+    std::size_t TextSize() const { return textSize; }
     std::size_t ReplySize() const { return reply.size(); }
 
 private:
@@ -66,6 +68,7 @@ private:
         }
     }
 
+    const std::size_t textSize;
     std::string reply;
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     int port = 0;
@@ -86,7 +89,7 @@ std::optional<double> RunSession(const LargeReplyServer& server)
         return std::nullopt;
     return Timed([&] {
         session.CmdList();
-        return received >= textSize - 2;
+        return received >= server.TextSize() - 2;
     });
 }
 
@@ -110,13 +113,24 @@ std::optional<double> RunRecv(const LargeReplyServer& server)
 
 void ReceiveLargeReply(benchmark::State& state)
 {
-    const LargeReplyServer server;
+    const LargeReplyServer server(wholeText);
     for (auto _ : state)
         CompareSideBySide(state, rounds, [&] { return RunSession(server); },
             {"recv", [&] { return RunRecv(server); }, Aim::OfItsSpeed, 0.5});
-    state.SetBytesProcessed(textSize);
+    state.SetBytesProcessed(wholeText);
+}
+
+void ReceiverGrowth(benchmark::State& state)
+{
+    const LargeReplyServer whole(wholeText);
+    const LargeReplyServer tenth(wholeText / 10);
+    for (auto _ : state)
+        CompareWithATenth(
+            state, rounds, [&] { return RunSession(whole); }, [&] { return RunSession(tenth); });
+    state.SetBytesProcessed(wholeText);
 }
 
 BENCHMARK(ReceiveLargeReply)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(ReceiverGrowth)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }

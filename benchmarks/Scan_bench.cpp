@@ -17,6 +17,7 @@
 namespace {
 
 const std::string group = "alt.kites";
+const std::string smallGroup = "alt.kites.few"; // with a tenth of the articles
 constexpr int articleCount = 2000; // behind the first, up to which the group has been read
 constexpr int rounds = 7;
 
@@ -60,7 +61,8 @@ SampleGroups Articles()
             "Path: news.test!not-for-mail\r\n" + Headers(number) + "Newsgroups: " + group
                 + "\r\nMessage-ID: " + MessageId(number) + "\r\n",
             Body(number)});
-    return {kites};
+    const auto tenth = kites.articles.begin() + articleCount / 10 + 1;
+    return {kites, {smallGroup, {kites.articles.begin(), tenth}}};
 }
 
 bool WriteFile(const std::string& path, std::string_view bytes)
@@ -97,11 +99,11 @@ std::optional<double> RunBareClient(int port)
     return Timed([&] { return SearchByBareClient(port, folder); });
 }
 
-std::optional<double> RunProgram(int port)
+std::optional<double> RunProgram(int port, const std::string& searched = group, int count = articleCount)
 {
-    ProgramInFolder program(port, group);
-    const std::optional<double> time = Timed([&] { return program.Search(articleCount); });
-    for (int number = 2; number <= articleCount + 1; ++number) {
+    ProgramInFolder program(port, searched);
+    const std::optional<double> time = Timed([&] { return program.Search(count); });
+    for (int number = 2; number <= count + 1; ++number) {
         if (ContentOf(program.GroupDirectory() + AttachmentName(number)) != Attachment(number))
             return std::nullopt;
     }
@@ -122,6 +124,16 @@ void ScanOnSampleServer(benchmark::State& state)
     Compare(state, server.Port());
 }
 
+void ScanGrowth(benchmark::State& state)
+{
+    const ServerProcess server(Articles);
+    for (auto _ : state)
+        CompareWithATenth(
+            state, rounds, [&] { return RunProgram(server.Port()); },
+            [&] { return RunProgram(server.Port(), smallGroup, articleCount / 10); });
+    state.SetItemsProcessed(articleCount);
+}
+
 void ScanOnInterNetNews(benchmark::State& state)
 {
     std::string obstacle = InterNetNews::Obstacle();
@@ -140,6 +152,7 @@ void ScanOnInterNetNews(benchmark::State& state)
 }
 
 BENCHMARK(ScanOnSampleServer)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(ScanGrowth)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanOnInterNetNews)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }

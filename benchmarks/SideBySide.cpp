@@ -50,3 +50,8 @@ void CompareSideBySide(benchmark::State& state, int rounds, const Run& ours, con
         ratios.front(), ratios.back(), reference.aim == Aim::TimesItsTime ? "at most" : "at least", reference.limit);
     state.SetLabel(label);
 }
+
+void CompareWithATenth(benchmark::State& state, int rounds, const Run& whole, const Run& tenth)
+{
+    CompareSideBySide(state, rounds, whole, {"a tenth of it", tenth, Aim::TimesItsTime, 12});
+}

@@ -29,3 +29,6 @@ struct Reference {
 // reference's median, the median of the ratios, and the lowest and highest of them. To be called in the one iteration
 // of a benchmark with manual time.
 void CompareSideBySide(benchmark::State& state, int rounds, const Run& ours, const Reference& reference);
+
+// The same for a work and a tenth of it: does its time grow with it, or worse?
+void CompareWithATenth(benchmark::State& state, int rounds, const Run& whole, const Run& tenth);
