@@ -83,6 +83,7 @@ TEST(Kill, AtAnyMomentLeavesWholeFiles)
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(folderVariable, QString::fromStdString(folder.File("")));
         environment.insert(portVariable, QString::number(newsServer.Port()));
+        environment.insert("TMPDIR", QString::fromStdString(folder.Path())); // what it cannot clear away goes with this
         victim.setProcessEnvironment(environment);
         victim.start(QCoreApplication::applicationFilePath(),
             {"--gtest_also_run_disabled_tests", "--gtest_filter=Kill.DISABLED_Victim"});
