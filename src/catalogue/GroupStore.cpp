@@ -25,8 +25,15 @@ GroupStore::GroupStore(frmTamarack& mainForm, NewsSession& session, Desktop& new
     MainForm.cmdRefresh.Click = [this] { cmdRefresh_Click(); };
     MainForm.cmdRefreshDisk.Click = [this] { cmdRefreshDisk_Click(); };
     Session.GroupListArrived = [this](const std::string& text) {
+        // Also while a server sends a list that nobody asked for, nothing else may begin, and no other server be
+        // chosen.
+        const bool idle = MainForm.cmdRefresh.Enabled();
+        if (idle)
+            SetBusyGroupEnabled(MainForm, false);
         FillGroupList(MainForm.lstAllGroups, text);
         WriteGroupFile(text);
+        if (idle)
+            SetBusyGroupEnabled(MainForm, true);
     };
 }
 
@@ -140,11 +147,16 @@ void GroupStore::LoadGroupsFromDisk(const std::string& fileName, ProgressBar& pr
     progressBar.SetValue(1);
     list.SetVisible(false);
     int progress = 0;
-    while (!file.AtEnd()) {
-        activity.SetCaption("Loading groups from Disk...");
-        DoEvents();
+    for (int fields = 0; !file.AtEnd(); ++fields) {
+        // A sound file has one field.
+        const bool shown = fields % progressInterval == 0;
+        if (shown) {
+            activity.SetCaption("Loading groups from Disk...");
+            DoEvents();
+        }
         const std::string field = file.ReadField();
-        activity.SetCaption("Filling list box...");
+        if (shown)
+            activity.SetCaption("Filling list box...");
         GroupText lines(field);
         while (lines.NextLine()) {
             if (!lines.Name().empty())

@@ -30,7 +30,8 @@ void SelectedGroups::LoadSelectedGroups()
         list.AddItem(file.ReadField());
         DoEvents();
     }
-    loading = false;
+    // What could not be read is not written over.
+    loading = !file.IsWhole();
     MainForm.StatusBar2.Panels(3).SetText("Selected: " + std::to_string(list.ListCount()));
 }
 
@@ -42,7 +43,8 @@ void SelectedGroups::SaveSelectedGroups()
     std::string content;
     for (int row = 0; row < list.ListCount(); ++row) {
         const std::string_view name = Trim(list.List(row));
-        if (!name.empty())
+        // No group has a quotation mark, which would make one field of all rows behind it when they are read back.
+        if (!name.empty() && name.find('"') == std::string_view::npos)
             content.append(name).append("\r\n");
     }
     (void)ReplaceFile(FileName(), {content});

@@ -187,11 +187,21 @@ std::optional<std::vector<std::string>> NamesIn(const std::string& directory, En
 
 SequentialInput::SequentialInput(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    if (!file || !FileExists(path))
+    // Opening a pipe must not wait for its other end.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status { };
+    if (file.Get() < 0 || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
         return;
     open = true;
-    content.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    constexpr std::size_t step = 1 << 20;
+    ssize_t count = 0;
+    do {
+        const std::size_t held = content.size();
+        content.resize(held + step);
+        count = read(file.Get(), content.data() + held, step);
+        content.resize(held + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    } while (count > 0 || (count < 0 && errno == EINTR));
+    whole = count == 0;
 }
 
 std::string SequentialInput::ReadField()
@@ -231,8 +241,9 @@ LockFile::~LockFile()
 }
 
 RandomFile::RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength)
-    : descriptor(
-        open(path.c_str(), access == RandomAccess::Read ? O_RDONLY | O_CLOEXEC : O_RDWR | O_CREAT | O_CLOEXEC, 0666))
+    : descriptor(open(path.c_str(),
+        access == RandomAccess::Read ? O_RDONLY | O_CLOEXEC | O_NONBLOCK : O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK,
+        0666))
     , length(recordLength)
 {
 }

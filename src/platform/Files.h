@@ -48,12 +48,14 @@ enum class EntryKind { Directory, File };
 std::optional<std::vector<std::string>> NamesIn(const std::string& directory, EntryKind kind);
 
 // Reads a text file by fields, as a spreadsheet's lines: leading blanks are skipped; a field ends at a comma or a line
-// end, or, if it begins with a double quote, at the next double quote, line ends being part of it.
+// end, or, if it begins with a double quote, at the next double quote, line ends being part of it. A file that can be
+// read no further ends there.
 class SequentialInput {
 public:
     explicit SequentialInput(const std::string& path);
 
     bool IsOpen() const { return open; }
+    bool IsWhole() const { return whole; }
     std::size_t Length() const { return content.size(); }
     bool AtEnd() const { return position >= content.size(); }
     std::string ReadField();
@@ -62,6 +64,7 @@ private:
     std::string content;
     std::size_t position = 0;
     bool open = false;
+    bool whole = true;
 };
 
 // A mark that one process holds at a time, as long as the object lives; a process that dies lets go of it. The file

@@ -81,8 +81,8 @@ std::string AttachmentStoring::MoveToItsPlace(const std::string& destination)
     const std::string aside = destination + ".attachment.part";
     const bool inTheWay = IsNew(Session.CurrentGroup) && !MoveFile(destination + Session.CurrentGroup, aside);
     const bool made = MakeGroupDirectory(groupDirectory);
-    if (inTheWay)
-        (void)MoveFile(aside, (made ? groupDirectory : destination) + Session.CurrentGroup);
+    if (inTheWay && (!made || MoveFile(aside, groupDirectory + Session.CurrentGroup)))
+        (void)MoveFile(aside, destination + Session.CurrentGroup);
     if (!made)
         return destination + name;
     // The newest attachment replaces an older one of its name. A file that lay in the destination before stays there.

@@ -113,8 +113,9 @@ bool NewsSession::Authenticate(::CommandKind kind, const std::string& line)
 // The watchdog of the head command. All of it runs inside the wait of CmdHead, which goes on when it is done.
 void NewsSession::Timer1_Timer()
 {
-    // A connection is not exchanged under a receiver that is still busy with the last one; the next tick comes.
-    if (logging)
+    // A connection is not exchanged under a receiver that is still busy with the last one; the next tick comes. Nor
+    // when the wait of the head is over and has only not gone on yet, as while a dialog is up over it.
+    if (logging || StopFlag || ReplyState == ReplyState::Finished)
         return;
     MainForm.Timer1.SetEnabled(false);
     HeadTimedOut = true;

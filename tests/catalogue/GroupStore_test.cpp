@@ -58,6 +58,7 @@ TEST(GroupTextTest, WhatALineGives)
     EXPECT_THAT(Names("ab 9 1 y\r\na.b 9 1 y\r\na 1 1 y"), ElementsAre("a.b")) << "short names";
     EXPECT_THAT(Names("nothing\r\nalt.kites 9 1 y\r\nalt.last"), ElementsAre("alt.kites")) << "no blank in the line";
     EXPECT_THAT(Names(" 9 1 y\r\n\r\nalt.kites "), ElementsAre("alt.kites"));
+    EXPECT_THAT(Names(std::string(505, 'x') + " 1 1 y\r\nalt.kites 9 1 y"), ElementsAre("alt.kites")) << "too long";
     EXPECT_THAT(Names(""), IsEmpty());
 }
 

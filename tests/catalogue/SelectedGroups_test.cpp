@@ -23,6 +23,7 @@ TEST_F(SelectedGroupsTest, FileAndList)
                                {"alt.kites", "alt.boats", "alt.kites"}, "alt.kites\r\nalt.boats\r\nalt.kites\r\n"},
              Row{"bytes of another time", "alt.b\xFCro\r\n", {"alt.b\xC3\xBCro"}, "alt.b\xFCro\r\n"},
              Row{"fields", "  a  ,b\r\n\r\nlast", {"a  ", "b", "", "last"}, "a\r\nb\r\nlast\r\n"},
+             Row{"a quotation mark", "alt.a\r\nx\"y\r\nalt.b\r\n", {"alt.a", "x\"y", "alt.b"}, "alt.a\r\nalt.b\r\n"},
              Row{"empty", "", {}, ""}}) {
         SCOPED_TRACE(row.what);
         MakeFile(SelectedFile(), row.file);

@@ -1,5 +1,7 @@
 #include "ScriptedSession.h"
 
+#include <QTest>
+
 #include <regex>
 
 using testing::ElementsAre;
@@ -231,6 +233,17 @@ TEST(ArticleCommandsTest, WatchdogReconnectsAndGoesOnBehindTheArticle)
         EXPECT_EQ(client.Run("head 7"), "Subject: blue");
         EXPECT_EQ(client.Server.FirstProblem(), "");
     }
+}
+
+TEST(ArticleCommandsTest, WatchdogSparesAHeadThatHasCome)
+{
+    ScriptedSession client("C: head 7\nS: 221\nS: lost\nS: Subject: a\nS: .\nX: pause in");
+    ASSERT_TRUE(client.Session.TcpConnect());
+    client.MainForm.Timer1.SetInterval(std::chrono::milliseconds(30));
+    // A dialog that is up when the head comes holds its wait.
+    QTimer::singleShot(0, [] { QTest::qWait(100); });
+    EXPECT_EQ(client.Run("head 7"), "Subject: a");
+    EXPECT_EQ(client.Outcome(), "connected");
 }
 
 TEST(ArticleCommandsTest, WatchdogThatCannotReconnect)
