@@ -23,5 +23,5 @@ struct frmDebug : Form {
     TextBox TxtManual{*this, "TxtManual", {1395, 5100, 2400, 285}};
     CommandButton cmdCmd[2] = {{*this, "cmdCmd(0)", "Send Help", {30, 5050, 1320, 330}},
         {*this, "cmdCmd(1)", "Manual Cmd", {3840, 5050, 1485, 330}}};
-    CommandButton cmdReset{*this, "cmdReset", "Reset Log", {5370, 5050, 1320, 330}};
+    CommandButton cmdReset{*this, "cmdReset", "Reset Log", {5370, 5050, 1500, 330}};
 };

@@ -7,6 +7,7 @@ frmTamarack::frmTamarack()
 {
     mnuInteractiveDownload.SetChecked(false);
     mnuSizeableViewer.SetChecked(false);
+    mnuSlideShow.SetChecked(false);
 
     for (Control* control :
         std::initializer_list<Control*>{&txtLimitPictures, &udLimitPictures, &lblPerNewsGroup, &txtMaxToDownload,
@@ -58,6 +59,12 @@ frmTamarack::frmTamarack()
     MyUpDown[2].PrecedesInTabOrder(MyUpDown[0]);
     MyUpDown[0].PrecedesInTabOrder(MyUpDown[1]);
     MyUpDown[1].PrecedesInTabOrder(MyUpDown[3]);
+    for (int slot = 0; slot < 3; ++slot) {
+        Command2[slot].PrecedesInTabOrder(cmdClear[slot]);
+        cmdClear[slot].PrecedesInTabOrder(cmdDelete[slot]);
+        if (slot < 2)
+            cmdDelete[slot].PrecedesInTabOrder(Command2[slot + 1]);
+    }
     MyUpDown[3].PrecedesInTabOrder(cmdClearAll);
 
     struct Topic {

@@ -69,7 +69,7 @@ struct frmTamarack : Form {
     TextBox txtLimitPictures{SSFrame1, "txtLimitPictures", {2610, 540, 750, 315}, {.text = "10"}};
     Stepper udLimitPictures{SSFrame1, "udLimitPictures", txtLimitPictures, {3375, 540, 255, 315},
         {.minimum = 1, .maximum = 10000, .step = 1}};
-    Label lblPerNewsGroup{SSFrame1, "lblPerNewsGroup", "per News Group", {3705, 540, 1410, 315}};
+    Label lblPerNewsGroup{SSFrame1, "lblPerNewsGroup", "per News Group", {3660, 495, 1455, 405}};
     CheckBox chkMaximumFiles{SSFrame1, "chkMaximumFiles", "Maximum Files to Download:", {120, 930, 2445, 405}};
     TextBox txtMaxToDownload{SSFrame1, "txtMaxToDownload", {2610, 975, 750, 315}, {.text = "10"}};
     Stepper udMaxToDownload{SSFrame1, "udMaxToDownload", txtMaxToDownload, {3375, 975, 255, 315},

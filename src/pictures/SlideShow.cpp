@@ -76,8 +76,10 @@ void SlideShow::Bind()
             area->Click = [this, index] { PreviewImage_Click(index); };
             area->DblClick = [this, index] { PreviewImage_DblClick(index); };
         }
-        form->PreviewImage[index].MouseMove
+        const auto showName
             = [this, index] { form->StatusBar1.Panels(namePanel).SetText(form->PreviewImage[index].Tag); };
+        form->PreviewImage[index].MouseMove = showName;
+        form->SSPanel1[index].GotFocus = showName;
     }
     form->lstFiles.DblClick = [this] { lstFiles_DblClick(); };
     form->lstFiles.PathChange = [this] { ShowTotal(); };

@@ -4,8 +4,12 @@ frmSlideShow::frmSlideShow()
     : Form("frmSlideShow", "Slide Show", {.clientWidth = 6450, .clientHeight = 6645})
 {
     Command1[6].SetEnabled(false);
-    for (int pane = 0; pane < 6; ++pane)
-        PreviewImage[pane].SetToolTip("Pane " + std::to_string(pane));
+    for (int pane = 0; pane < 6; ++pane) {
+        const std::string name = "Pane " + std::to_string(pane);
+        PreviewImage[pane].SetToolTip(name);
+        SSPanel1[pane].SetAccessibleName(name);
+        SSPanel1[pane].TakesFocus();
+    }
     Label1[0].SetBuddy(txtDelay);
     Drive1.SetAccessibleName("Drives");
     Dir1.SetAccessibleName("Directories");

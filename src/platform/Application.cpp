@@ -6,14 +6,33 @@
 #include <QIcon>
 #include <QPainter>
 #include <QPixmap>
+#include <QProxyStyle>
 #include <QSessionManager>
 #include <QSocketNotifier>
+#include <QStyleOption>
 #include <QSvgRenderer>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
+
+// A frame with the keyboard focus shows so; the toolkit leaves lists and panels as they are.
+class FocusStyle : public QProxyStyle {
+public:
+    void drawControl(
+        ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const override
+    {
+        QProxyStyle::drawControl(element, option, painter, widget);
+        if (element != CE_ShapedFrame || !option->state.testFlag(State_HasFocus))
+            return;
+        painter->save();
+        painter->setBrush(Qt::NoBrush);
+        painter->setPen(option->palette.color(QPalette::Highlight));
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+        painter->restore();
+    }
+};
 
 QIcon WindowIcon()
 {
@@ -47,13 +66,17 @@ const int Application::minor = TAMARACK_VERSION_MINOR;
 const std::string_view Application::companyName = "Tamarack developers";
 
 Application::Application(int& argc, char** argv)
-    : application(std::make_unique<QApplication>(argc, argv))
 {
+    // With a factor such as 1.5 the lines of one pixel around frames would fall between the screen's. What is left of
+    // it comes as a larger font, which all places follow.
+    QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::Floor);
+    application = std::make_unique<QApplication>(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tamarack"));
     QApplication::setOrganizationName(QStringLiteral("Tamarack"));
     QApplication::setDesktopFileName(QStringLiteral("tamarack"));
     QApplication::setApplicationVersion(QStringLiteral(TAMARACK_VERSION));
     QApplication::setWindowIcon(WindowIcon());
+    QApplication::setStyle(new FocusStyle);
     // The program ends when its main form is unloaded, not when nothing is on the screen for a moment.
     QApplication::setQuitOnLastWindowClosed(false);
 }

@@ -69,7 +69,7 @@ void Control::Move(const Place& newPlace)
 void Control::SetToolTip(std::string_view text)
 {
     const QString shown = ToShow(text);
-    widget->setToolTip(Qt::mightBeRichText(shown) ? shown.toHtmlEscaped() : shown);
+    widget->setToolTip(Qt::mightBeRichText(shown) ? QLatin1String("<qt>") + shown.toHtmlEscaped() : shown);
 }
 
 void Control::SetAccessibleName(std::string_view text) { widget->setAccessibleName(ToDisplay(text)); }

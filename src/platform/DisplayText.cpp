@@ -1,6 +1,7 @@
 #include "platform/DisplayText.h"
 
 #include <QStringDecoder>
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -40,7 +41,14 @@ std::string FromDisplay(const QString& text) { return text.toStdString(); }
 
 QString ToShow(std::string_view bytes)
 {
-    QString text = ToDisplay(bytes);
+    constexpr std::size_t longest = 2000;
+    std::size_t length = std::min(bytes.size(), longest);
+    // Not through a character of UTF-8.
+    while (length < bytes.size() && length > 0 && (static_cast<unsigned char>(bytes[length]) & 0xc0) == 0x80)
+        --length;
+    QString text = ToDisplay(bytes.substr(0, length));
+    if (length < bytes.size())
+        text += u'\u2026';
     for (QChar& character : text) {
         if (Misleads(character.unicode()))
             character = QChar::ReplacementCharacter;

@@ -13,5 +13,6 @@ QString ToDisplay(std::string_view bytes);
 std::string FromDisplay(const QString& text);
 
 // The same for what is only looked at. Controls and direction marks, with which a name could pass for another or break
-// up the line that it stands in, show as the replacement character; line ends stay.
+// up the line that it stands in, show as the replacement character; line ends stay. Of a text beyond 2,000 bytes, which
+// nobody reads and which would take the toolkit minutes to set, the end shows as an ellipsis.
 QString ToShow(std::string_view bytes);

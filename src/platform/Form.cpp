@@ -73,7 +73,7 @@ public:
         const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
         auto* focused = qobject_cast<QPushButton*>(focusWidget());
         QAbstractButton* meant = event->key() == Qt::Key_Escape ? cancelButton
-            : !enter || acceptButton == nullptr                 ? nullptr
+            : !enter                                            ? nullptr
             : focused != nullptr                                ? focused
                                                                 : acceptButton;
         if (meant != nullptr)
@@ -195,6 +195,11 @@ void Form::SetDialogButtons(CommandButton& accept, CommandButton& cancel)
     window->acceptButton = static_cast<QPushButton*>(accept.widget);
     window->cancelButton = static_cast<QPushButton*>(cancel.widget);
     window->acceptButton->setDefault(true);
+    // Enter presses the button that has the focus, and only that one shows so.
+    QObject::connect(qApp, &QApplication::focusChanged, window.get(), [this](QWidget*, QWidget* now) {
+        if (now != nullptr && now->window() == window.get())
+            window->acceptButton->setDefault(now == window->acceptButton || !qobject_cast<QPushButton*>(now));
+    });
 }
 
 void Form::BringToFront()

@@ -65,7 +65,8 @@ public:
     void CentreOnScreen();
     void CentreOnForm(const Form& other);
 
-    // Enter presses the first from every control that does not want the key for itself, and Escape the second.
+    // Enter presses the first from every control that does not want the key for itself and is no button, and Escape the
+    // second.
     void SetDialogButtons(CommandButton& accept, CommandButton& cancel);
 
     // In front of the other windows.

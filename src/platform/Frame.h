@@ -18,4 +18,7 @@ public:
 
     // In the desktop's colour for what is selected, or in that of the window.
     void SetHighlighted(bool highlighted);
+
+    // Tab leads to it too; a blank is then a click, and Enter a double click.
+    void TakesFocus();
 };

@@ -93,7 +93,7 @@ bool HelpPages::Open(const std::string& helpFile)
     parts->contents->setHeaderHidden(true);
     auto* splitter = static_cast<QSplitter*>(widget);
     splitter->insertWidget(0, parts->contents);
-    splitter->setSizes({splitter->width() / 3, splitter->width() * 2 / 3});
+    splitter->setSizes({splitter->width() * 2 / 5, splitter->width() * 3 / 5});
     QObject::connect(parts->contents, &QHelpContentWidget::linkActivated, parts->browser,
         [browser = parts->browser](const QUrl& url) { browser->setSource(url); });
     QObject::connect(parts->contents, &QHelpContentWidget::clicked, parts->browser,

@@ -6,7 +6,7 @@
 #include <QMouseEvent>
 
 // A widget that reports what the mouse does on it. Nothing is passed on to the widget around it, which would report it
-// once more.
+// once more. A blank is a click and Enter a double click.
 template <class Widget> class MouseReporting : public Widget {
 public:
     template <class... Arguments>
@@ -48,6 +48,19 @@ protected:
     }
 
     void mouseMoveEvent(QMouseEvent*) override { Raise(events.MouseMove); }
+
+    // With the keyboard focus, where a widget takes it.
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (this->focusPolicy() == Qt::NoFocus)
+            Widget::keyPressEvent(event);
+        else if (event->key() == Qt::Key_Space)
+            Raise(events.Click);
+        else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+            Raise(events.DblClick);
+        else
+            Widget::keyPressEvent(event);
+    }
 
 private:
     MouseEvents& events;

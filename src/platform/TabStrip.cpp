@@ -21,7 +21,7 @@ public:
     }
 
 protected:
-    static constexpr int padding = 6;
+    const int padding = Twips::ToPixels(75);
 
     int TabWidth() const { return qMax(1, tabs.width() / qMax(1, count())); }
 

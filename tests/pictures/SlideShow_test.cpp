@@ -130,11 +130,20 @@ TEST_F(SlideShowTest, ThePictureOfAPane)
     Click(Button(3));
     EXPECT_EQ(CaptionOf("frmShowPicture"), "p3.jpg");
     // Cleared, it keeps its names: the viewer comes up and does not change.
-    Click(Button(4));
+    Find<QWidget>(Button(4)).setFocus();
+    QTest::keyClick(&Find<QWidget>(Button(4)), Qt::Key_Return);
     EXPECT_FALSE(ShowsPicture(2));
     EXPECT_FALSE(IsHighlighted(2));
     EXPECT_EQ(NameIn(2), "p3.jpg");
     EXPECT_TRUE(FileExists(destination + "p3.jpg"));
+
+    // The keyboard does the same.
+    QTest::keyClick(&PaneFrame(1), Qt::Key_Space);
+    EXPECT_TRUE(IsHighlighted(1));
+    QTest::keyClick(&PaneFrame(0), Qt::Key_Return);
+    EXPECT_EQ(CaptionOf("frmShowPicture"), "p1.jpg");
+    QTest::keyClick(&PaneFrame(1), Qt::Key_Space);
+    EXPECT_FALSE(IsHighlighted(1));
 
     // A double click is a click too.
     QTest::mouseClick(&PaneImage(1), Qt::LeftButton);

@@ -188,6 +188,15 @@ TEST_F(ControlsTest, AListMovesItsCurrentRowOnlyWhenTold)
     EXPECT_EQ(list.ListIndex(), -1);
 }
 
+TEST_F(ControlsTest, ATextThatNobodyReadsIsNotSetInFull)
+{
+    const std::size_t size = std::size_t{50} << 20;
+    window.lstPlain.AddItem(std::string(size, 'x'));
+    DoEvents();
+    EXPECT_LT(RowsOf("lstPlain").front().size(), 3000U);
+    EXPECT_EQ(window.lstPlain.List(0).size(), size);
+}
+
 TEST_F(ControlsTest, ASortedListKeepsCurrentAndHighlightedRowsOverAdditions)
 {
     ListBox& list = window.lstSorted;
