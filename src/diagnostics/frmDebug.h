@@ -16,6 +16,7 @@ struct frmDebug : Form {
         cmdCmd[0].SetToolTip("Ask the server which commands it knows");
         cmdCmd[1].SetToolTip("Send the command in the field");
         cmdReset.SetToolTip("Delete the log file");
+        TxtManual.EnterPresses(cmdCmd[1]);
     }
 
     TextBox txtLogFile{*this, "txtLogFile", {30, 30, 6840, 330}};

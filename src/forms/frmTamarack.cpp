@@ -53,6 +53,9 @@ frmTamarack::frmTamarack()
     cmdResetGroup.SetToolTip("Read the highlighted group from its start again");
     Command4.SetToolTip("Set how far the highlighted group has been read");
 
+    txtManual.EnterPresses(Command3);
+    txtNewsGroups.EnterPresses(cmdAndFilter);
+
     // The step to the top comes first on screen.
     Command3.PrecedesInTabOrder(lstSelectedGroups);
     lstSelectedGroups.PrecedesInTabOrder(MyUpDown[2]);

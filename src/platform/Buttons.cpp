@@ -133,15 +133,29 @@ int CheckBox::Value() const { return static_cast<QCheckBox*>(widget)->isChecked(
 
 void CheckBox::SetValue(int value) { static_cast<QCheckBox*>(widget)->setChecked(value == 1); }
 
+namespace {
+
+// Tab leads to the chosen option of a group, and the arrow keys lead on from it. The toolkit sees to that only once one
+// of them has had the focus.
+void LetTabFindTheChosenOne(const QRadioButton& chosen)
+{
+    for (QRadioButton* option : chosen.parentWidget()->findChildren<QRadioButton*>(Qt::FindDirectChildrenOnly))
+        option->setFocusPolicy(option == &chosen ? Qt::StrongFocus : Qt::ClickFocus);
+}
+
+}
+
 OptionButton::OptionButton(
     Container& container, std::string_view name, std::string_view caption, const Place& place, bool selected)
     : Control(container, new WrappingButton<QRadioButton>(ToDisplay(caption)), name, place)
 {
     auto* option = static_cast<QRadioButton*>(widget);
     option->setChecked(selected);
-    QObject::connect(option, &QRadioButton::toggled, option, [this](bool nowSelected) {
-        if (nowSelected)
-            Raise(Click);
+    QObject::connect(option, &QRadioButton::toggled, option, [this, option](bool nowSelected) {
+        if (!nowSelected)
+            return;
+        LetTabFindTheChosenOne(*option);
+        Raise(Click);
     });
 }
 

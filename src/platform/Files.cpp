@@ -193,14 +193,17 @@ SequentialInput::SequentialInput(const std::string& path)
     if (file.Get() < 0 || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
         return;
     open = true;
-    constexpr std::size_t step = 1 << 20;
+    // One byte more than there seem to be, so that the end is seen without more room.
+    content.resize(static_cast<std::size_t>(status.st_size) + 1);
+    std::size_t held = 0;
     ssize_t count = 0;
     do {
-        const std::size_t held = content.size();
-        content.resize(held + step);
-        count = read(file.Get(), content.data() + held, step);
-        content.resize(held + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        if (held == content.size())
+            content.resize(2 * held);
+        count = read(file.Get(), content.data() + held, content.size() - held);
+        held += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     } while (count > 0 || (count < 0 && errno == EINTR));
+    content.resize(held);
     whole = count == 0;
 }
 

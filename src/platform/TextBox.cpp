@@ -1,5 +1,6 @@
 #include "platform/TextBox.h"
 
+#include "platform/Buttons.h"
 #include "platform/DisplayText.h"
 
 #include <QLineEdit>
@@ -85,6 +86,14 @@ void TextBox::SelectAll()
         static_cast<QPlainTextEdit*>(widget)->selectAll();
     else
         static_cast<QLineEdit*>(widget)->selectAll();
+}
+
+void TextBox::EnterPresses(const CommandButton& button)
+{
+    QObject::connect(static_cast<QLineEdit*>(widget), &QLineEdit::returnPressed, widget, [&button] {
+        if (button.Enabled())
+            Raise(button.Click);
+    });
 }
 
 void TextBox::Take(std::string newText)

@@ -2,6 +2,7 @@
 
 #include "platform/Control.h"
 
+class CommandButton;
 class QString;
 
 struct TextBoxStyle {
@@ -22,6 +23,9 @@ public:
     void SetText(std::string_view newText);
 
     void SelectAll();
+
+    // Enter in this field, of one line, presses the button; for windows that have no dialog buttons.
+    void EnterPresses(const CommandButton& button);
 
     std::function<void()> Change;
     std::function<void()> DblClick;
