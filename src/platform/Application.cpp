@@ -17,7 +17,7 @@
 
 namespace {
 
-// A frame with the keyboard focus shows so; the toolkit leaves lists and panels as they are.
+// A frame with the keyboard focus shows so; the toolkit leaves lists as they are.
 class FocusStyle : public QProxyStyle {
 public:
     void drawControl(

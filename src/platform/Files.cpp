@@ -244,9 +244,8 @@ LockFile::~LockFile()
 }
 
 RandomFile::RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength)
-    : descriptor(open(path.c_str(),
-        access == RandomAccess::Read ? O_RDONLY | O_CLOEXEC | O_NONBLOCK : O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK,
-        0666))
+    : descriptor(
+        open(path.c_str(), O_CLOEXEC | O_NONBLOCK | (access == RandomAccess::Read ? O_RDONLY : O_RDWR | O_CREAT), 0666))
     , length(recordLength)
 {
 }

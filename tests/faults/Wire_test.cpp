@@ -2,13 +2,12 @@
 
 #include "sample/Encoders.h"
 #include "support/FaultProxy.h"
+#include "support/ResidentMemory.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
 
-#include <fstream>
 #include <malloc.h>
-#include <unistd.h>
 
 namespace {
 
@@ -86,10 +85,7 @@ protected:
     static long KilobytesInUse()
     {
         malloc_trim(0);
-        long pages = 0;
-        long resident = 0;
-        std::ifstream("/proc/self/statm") >> pages >> resident;
-        return resident * (sysconf(_SC_PAGESIZE) / 1024);
+        return ResidentKilobytes();
     }
 
     const std::vector<std::string> all{"blue.jpg=blue", "red.jpg=red", "white.jpg=white"};

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-// A test with a news server of its own. Passed over for a user who cannot have one.
-class RealServerTest : public testing::Test {
+// A fixture with a news server of its own. Its tests are passed over for a user who cannot have one.
+template <class Fixture> class WithRealServer : public Fixture {
 protected:
     void SetUp() override
     {
@@ -15,3 +15,5 @@ protected:
 
     InterNetNews server;
 };
+
+using RealServerTest = WithRealServer<testing::Test>;

@@ -1,7 +1,8 @@
 #include "program-test/ProgramTest.h"
-#include "real-server/InterNetNews.h"
+#include "real-server/RealServerTest.h"
 
 #include "sample/Encoders.h"
+#include "support/ResidentMemory.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -11,24 +12,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <set>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr int articlesInGroup = 400;
-
-// In kilobytes.
-long ResidentMemory()
-{
-    long pages = 0;
-    std::ifstream("/proc/self/statm").ignore(64, ' ') >> pages;
-    return pages * sysconf(_SC_PAGESIZE) / 1024;
-}
 
 std::ptrdiff_t OpenDescriptors()
 {
@@ -52,14 +43,8 @@ std::string Attachment(const std::string& label, int number)
 
 // A long use of the program on a news server as they stand on the net. TAMARACK_SOAK is the number of groups, if other
 // than a few.
-class SoakTest : public ProgramTest {
+class SoakTest : public WithRealServer<ProgramTest> {
 protected:
-    void SetUp() override
-    {
-        if (const std::string obstacle = InterNetNews::Obstacle(); !obstacle.empty())
-            GTEST_SKIP() << "The real news server is passed over: " << obstacle;
-    }
-
     void Serve()
     {
         ASSERT_EQ(server.Start(groups), "");
@@ -90,7 +75,6 @@ protected:
         return {records.size() / 84, static_cast<unsigned char>(last[0]) | static_cast<unsigned char>(last[1]) << 8};
     }
 
-    InterNetNews server;
     std::vector<std::string> groups;
 };
 
@@ -117,14 +101,14 @@ TEST_F(SoakTest, MemoryStaysFlatAndFilesAreRight)
     long afterFirstGroup = 0;
     long highest = 0;
     std::mt19937 random(5);
-    int stopBehind = 0; // this many items; 0 is never
+    int stopBehind = 0; // this many items
     QTimer user;
     QObject::connect(&user, &QTimer::timeout, [&] {
         if (afterFirstGroup == 0 && Reached().first > 1)
-            afterFirstGroup = ResidentMemory();
+            afterFirstGroup = ResidentKilobytes();
         else if (afterFirstGroup != 0)
-            highest = std::max(highest, ResidentMemory());
-        if (stopBehind != 0 && std::stoi(PanelText("StatusBar1", 2).substr(7)) >= stopBehind)
+            highest = std::max(highest, ResidentKilobytes());
+        if (std::stoi(PanelText("StatusBar1", 2).substr(7)) >= stopBehind)
             Click("cmdStop");
     });
     user.start(5);

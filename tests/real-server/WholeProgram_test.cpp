@@ -1,10 +1,7 @@
-#include "platform/Settings.h"
+#include "program-test/ProgramTest.h"
 #include "real-server/CommandLog.h"
 #include "real-server/RealServerTest.h"
 #include "sample/Encoders.h"
-#include "shell/Program.h"
-#include "support/Screen.h"
-#include "support/TestDesktop.h"
 
 #include <QTimer>
 
@@ -19,8 +16,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-
-const std::string host = "127.0.0.1";
 
 // Article numbers, by group.
 using Articles = std::map<std::string, std::set<int>>;
@@ -59,28 +54,10 @@ Posting MakePosting(const std::string& group, int number)
 
 int Code(const CommandLog::Exchange& exchange) { return std::atoi(exchange.status.c_str()); }
 
-std::string PointerRecord(const std::string& group, int article)
-{
-    std::string record(4, '\0');
-    for (std::size_t index = 0; index < 4; ++index)
-        record[index] = static_cast<char>(article >> (8 * index) & 0xff);
-    record += group;
-    record.resize(84, ' ');
-    return record;
-}
-
 // The program as it is started by its user, with everything it keeps in one folder, on a server that is watched.
-class WholeProgramTest : public RealServerTest {
+class WholeProgramTest : public WithRealServer<ProgramTest> {
 protected:
-    void SetUp() override
-    {
-        RealServerTest::SetUp();
-        Settings settings(places.settingsFile);
-        settings.SaveSetting("Servers", host, "1");
-        settings.SaveSetting("Startup", "1", destination);
-        MakeFile(places.appDir + "!@#!." + host, "\"\"\r\n");
-        MakeFile(destination + "here before", "kept");
-    }
+    WholeProgramTest() { MakeFile(destination + "here before", "kept"); }
 
     void Serve(const std::vector<std::string>& groups, int articles, const std::set<int>& gaps,
         const std::optional<InterNetNews::Account>& account = {}, const std::vector<std::string>& emptyGroups = {})
@@ -111,22 +88,20 @@ protected:
                     attachments[group + "/" + posting.name] = posting.attachment;
             }
         }
-        MakeFile(places.appDir + "#!@!." + host, selected);
+        MakeFile(SelectedFile(), selected);
         log.emplace(server.Port());
         ASSERT_NE(log->Port(), 0);
     }
 
-    std::unique_ptr<Program> StartProgram()
+    void StartProgram()
     {
-        auto program = std::make_unique<Program>(desktop, places);
-        program->Start();
-        EXPECT_TRUE(Until([] { return IsVisible("frmTamarack"); }));
+        EXPECT_TRUE(desktop.boxes.empty());
+        Start();
         TypeInto("txtPort", std::to_string(log->Port()));
-        return program;
     }
 
     // Presses Find Now and comes back when the search is over. One that goes round for ever is ended, and fails.
-    static void Search()
+    static void SearchPatiently()
     {
         QTimer patience;
         QObject::connect(&patience, &QTimer::timeout, [&patience] {
@@ -138,8 +113,6 @@ protected:
         patience.start(120s);
         Click("cmdFindNow");
     }
-
-    std::string Pointers() const { return ContentOf(places.appDir + "@!!#." + host); }
 
     // The articles that were asked for by "head" or "body", each once at most.
     Articles AskedFor(std::string_view command) const
@@ -173,10 +146,6 @@ protected:
         return count;
     }
 
-    const TemporaryFolder folder;
-    const std::string destination = folder.File("pictures/");
-    const ProgramPlaces places{folder.File("program/"), folder.File("settings.ini")};
-    TestDesktop desktop;
     std::optional<CommandLog> log;
     Articles visited; // what a search goes over,
     Articles wanted; // fetches,
@@ -194,7 +163,7 @@ TEST_F(WholeProgramTest, StopInTheMiddleAndSearchOn)
     if (HasFatalFailure())
         return;
 
-    auto program = StartProgram();
+    StartProgram();
     // A press can come at a moment at which it is lost; a user who sees the search go on presses again.
     QTimer user;
     QObject::connect(&user, &QTimer::timeout, [] {
@@ -202,21 +171,21 @@ TEST_F(WholeProgramTest, StopInTheMiddleAndSearchOn)
             Click("cmdStop");
     });
     user.start(1ms);
-    Search();
+    SearchPatiently();
     user.stop();
-    const std::string pointers = Pointers();
+    const std::string pointers = ContentOf(PointerFile());
     ASSERT_EQ(pointers.size(), 84U);
     const int stoppedAt = static_cast<unsigned char>(pointers[0]);
-    EXPECT_EQ(pointers, PointerRecord(first, stoppedAt));
+    EXPECT_EQ(pointers, PointerRecord(stoppedAt, first));
     EXPECT_LT(stoppedAt, articles - 1);
     const std::size_t storedFirst = StoredWhole();
     EXPECT_GE(storedFirst, 30U);
     EXPECT_TRUE(IsEnabled("cmdFindNow"));
 
-    Search();
+    SearchPatiently();
     EXPECT_EQ(PanelText("StatusBar1", 2), "Items: " + std::to_string(StoredWhole() - storedFirst));
     // Both groups end with a gap.
-    EXPECT_EQ(Pointers(), PointerRecord(first, articles - 1) + PointerRecord(second, articles - 1));
+    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(articles - 1, first) + PointerRecord(articles - 1, second));
 
     // The article that the stop broke off counts as read, and may or may not have been fetched by then.
     Articles bodies = AskedFor("body");
@@ -236,9 +205,8 @@ TEST_F(WholeProgramTest, StopInTheMiddleAndSearchOn)
 
     // The next start knows how far the search came.
     const std::size_t before = log->Exchanges().size();
-    program.reset();
-    program = StartProgram();
-    Search();
+    StartProgram();
+    SearchPatiently();
     std::vector<std::string> commands;
     for (const CommandLog::Exchange& exchange : log->Exchanges())
         commands.push_back(exchange.command);
@@ -255,23 +223,21 @@ TEST_F(WholeProgramTest, PasswordDemanded)
     if (HasFatalFailure())
         return;
 
-    auto program = StartProgram();
-    Search();
+    StartProgram();
+    SearchPatiently();
     EXPECT_EQ(PanelText("StatusBar1", 1), "Status: Username Required");
     EXPECT_EQ(Code(log->Exchanges().back()), 480);
     EXPECT_EQ(StoredWhole(), 0U);
     program.reset();
 
-    Settings settings(places.settingsFile);
-    settings.SaveSetting("Servers2", host, "Authenticate");
-    settings.SaveSetting("Servers2", host + ".user", "ann");
-    settings.SaveSetting("Servers2", host + ".pass", "upwind");
+    settings.SaveSetting("Servers2", serverName, "Authenticate");
+    settings.SaveSetting("Servers2", serverName + ".user", "ann");
+    settings.SaveSetting("Servers2", serverName + ".pass", "upwind");
     const std::size_t before = log->Exchanges().size();
-    program.reset();
-    program = StartProgram();
+    StartProgram();
     EXPECT_TRUE(IsChecked("chkUserName"));
     EXPECT_EQ(TextOf("txtUserName"), "ann");
-    Search();
+    SearchPatiently();
     EXPECT_EQ(PanelText("StatusBar1", 1), "Status: Connected");
     const std::vector<CommandLog::Exchange> exchanges = log->Exchanges();
     ASSERT_GT(exchanges.size(), before + 3);
@@ -295,14 +261,14 @@ TEST_F(WholeProgramTest, GroupsFetchedFilteredPickedAndSearched)
     if (HasFatalFailure())
         return;
 
-    const auto program = StartProgram();
+    StartProgram();
     Click("cmdClearAll");
     Click("cmdRefresh");
     // The server has three groups for itself.
     EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 2003");
     const std::vector<std::string> fetched = RowsOf("lstAllGroups");
     EXPECT_EQ(fetched.size(), 2003U);
-    EXPECT_NE(ContentOf(places.appDir + "!@#!." + host).find("\nalt.kites 0000000012 "), std::string::npos);
+    EXPECT_NE(ContentOf(ProgramFile("!@#!." + serverName)).find("\nalt.kites 0000000012 "), std::string::npos);
     Click("cmdRefreshDisk");
     EXPECT_EQ(RowsOf("lstAllGroups"), fetched);
 
@@ -314,7 +280,7 @@ TEST_F(WholeProgramTest, GroupsFetchedFilteredPickedAndSearched)
     Click("cmdSavePicks");
     EXPECT_EQ(RowsOf("lstSelectedGroups"), groups);
 
-    Search();
+    SearchPatiently();
     EXPECT_EQ(AskedFor("head"), visited);
     EXPECT_EQ(AskedFor("body"), wanted);
     EXPECT_GT(attachments.size(), 0U);

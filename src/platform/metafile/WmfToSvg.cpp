@@ -1,4 +1,4 @@
-#include "metafile/MetafileSvg.h"
+#include "MetafileSvg.h"
 
 #include <libwmf/api.h>
 #include <libwmf/svg.h>

@@ -8,7 +8,7 @@
 // then the pixels, row by row, each a 32-bit number 0xffRRGGBB. All in the order of bytes of this machine. No answer,
 // and an exit code other than 0, if the file cannot be read.
 
-#include "metafile/MetafileSvg.h"
+#include "MetafileSvg.h"
 
 #include <QGuiApplication>
 #include <QImage>
