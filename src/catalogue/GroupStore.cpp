@@ -1,11 +1,11 @@
 #include "catalogue/GroupStore.h"
 
-#include "catalogue/BusyGroup.h"
 #include "catalogue/GroupText.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
+#include "session/SessionUse.h"
 
 #include <algorithm>
 #include <limits>
@@ -27,13 +27,9 @@ GroupStore::GroupStore(frmTamarack& mainForm, NewsSession& session, Desktop& new
     Session.GroupListArrived = [this](const std::string& text) {
         // Also while a server sends a list that nobody asked for, nothing else may begin, and no other server be
         // chosen.
-        const bool idle = MainForm.cmdRefresh.Enabled();
-        if (idle)
-            SetBusyGroupEnabled(MainForm, false);
+        const SessionUse use(Session);
         FillGroupList(MainForm.lstAllGroups, text);
         WriteGroupFile(text);
-        if (idle)
-            SetBusyGroupEnabled(MainForm, true);
     };
 }
 
@@ -85,7 +81,9 @@ void GroupStore::WriteGroupFile(const std::string& text)
 
 void GroupStore::cmdRefresh_Click()
 {
-    SetBusyGroupEnabled(MainForm, false);
+    const SessionUse use(Session);
+    if (!use)
+        return;
     Session.StopFlag = false;
     if (Session.TcpConnect()) {
         MainForm.SetMousePointer(MousePointer::ArrowHourglass);
@@ -102,21 +100,19 @@ void GroupStore::cmdRefresh_Click()
         Session.TcpDisconnect();
     }
     MainForm.SetMousePointer(MousePointer::Default);
-    SetBusyGroupEnabled(MainForm, true);
 }
 
 void GroupStore::cmdRefreshDisk_Click()
 {
-    if (!MainForm.Visible())
+    const SessionUse use(Session);
+    if (!use || !MainForm.Visible())
         return;
-    SetBusyGroupEnabled(MainForm, false);
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     MainForm.lstAllGroups.Clear();
     if (MainForm.cboNewsServer.ListCount() == 0)
         desktop.MsgBox("You must setup a news server!", "Error", MessageButtons::OkCancel);
     else
         ReadGroupFile();
-    SetBusyGroupEnabled(MainForm, true);
     MainForm.SetMousePointer(MousePointer::Default);
 }
 

@@ -2,12 +2,14 @@
 
 #include "diagnostics/frmDebug.h"
 #include "platform/Files.h"
+#include "session/SessionUse.h"
 
 DebugWindow::DebugWindow(NewsSession& session, Desktop& newDesktop)
     : Session(session)
     , desktop(newDesktop)
 {
     Session.DebugLog = [this](const std::string& text) { DebugLog(text); };
+    Session.UseChanged = [this](bool inUse) { EnableCommands(!inUse); };
 }
 
 DebugWindow::~DebugWindow() = default;
@@ -21,6 +23,7 @@ void DebugWindow::Open()
         form->cmdCmd[0].Click = [this] { cmdCmd_Click(0); };
         form->cmdCmd[1].Click = [this] { cmdCmd_Click(1); };
         form->cmdReset.Click = [this] { cmdReset_Click(); };
+        EnableCommands(!Session.InUse());
     }
     if (!Session.DebugOn)
         Form_Load();
@@ -68,8 +71,19 @@ void DebugWindow::DebugLog(const std::string& text)
         desktop.MsgBox("Tamarack\r\n" + logFile + ": " + error.message(), "Access Error");
 }
 
+void DebugWindow::EnableCommands(bool enabled)
+{
+    if (form) {
+        form->cmdCmd[0].SetEnabled(enabled);
+        form->cmdCmd[1].SetEnabled(enabled);
+    }
+}
+
 void DebugWindow::cmdCmd_Click(int index)
 {
+    const SessionUse use(Session);
+    if (!use)
+        return;
     (void)Session.TcpConnect();
     Session.CmdManual(index == 0 ? "help" : form->TxtManual.Text());
 }

@@ -21,6 +21,7 @@ private:
     void Form_Load();
     void Form_Resize();
     void Form_Unload();
+    void EnableCommands(bool enabled);
     void cmdCmd_Click(int index);
     void cmdReset_Click();
 

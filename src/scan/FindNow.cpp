@@ -1,8 +1,8 @@
 #include "scan/FindNow.h"
 
-#include "catalogue/BusyGroup.h"
 #include "platform/Events.h"
 #include "platform/Files.h"
+#include "session/SessionUse.h"
 
 FindNow::FindNow(frmTamarack& mainForm, NewsSession& session, Desktop& newDesktop, GroupScan& newScan)
     : MainForm(mainForm)
@@ -34,17 +34,22 @@ void FindNow::cmdFindNow_Click()
         MainForm.SSTMain.SetTab(0);
         return;
     }
-    SetBusyGroupEnabled(MainForm, false);
+    Search();
+    MainForm.SetMousePointer(MousePointer::Default);
+    DoEvents();
+}
+
+void FindNow::Search()
+{
+    const SessionUse use(Session);
+    if (!use)
+        return;
     Session.StopFlag = false;
-    if (Session.TcpConnect()) {
-        MainForm.SetMousePointer(MousePointer::ArrowHourglass);
-        DoEvents();
-        scan.ScanGroups(MainForm.lstSelectedGroups);
-        MainForm.cmdFindNow.SetEnabled(true);
-        MainForm.SetMousePointer(MousePointer::Default);
-        DoEvents();
-    }
-    SetBusyGroupEnabled(MainForm, true);
+    if (!Session.TcpConnect())
+        return;
+    MainForm.SetMousePointer(MousePointer::ArrowHourglass);
+    DoEvents();
+    scan.ScanGroups(MainForm.lstSelectedGroups);
 }
 
 void FindNow::cmdStop_Click() { Session.StopFlag = true; }

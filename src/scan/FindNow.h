@@ -9,6 +9,7 @@ public:
 
 private:
     void cmdFindNow_Click();
+    void Search();
     void cmdStop_Click();
 
     frmTamarack& MainForm;

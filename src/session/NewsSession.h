@@ -36,7 +36,9 @@ enum class CommandKind {
 
 // The session with one news server: NNTP (RFC 3977, with authentication by RFC 4643) over one TCP connection, one
 // command at a time. A command sends one line and waits in a loop that lets all events through, until the reply
-// receiver, which runs inside that wait, has moved ReplyState. Whoever runs there may set StopFlag.
+// receiver, which runs inside that wait, has moved ReplyState. Whoever runs there may set StopFlag, but must not send a
+// command: what sends any holds a SessionUse. Inside a command, only the login that a server demands and the watchdog
+// of the head send others.
 //
 // Connecting and authenticating are in Connection.cpp, the reading of what the server sends in ReplyReceiver.cpp, the
 // commands in ArticleCommands.cpp.
@@ -73,6 +75,9 @@ public:
     // The article's body as it came, usually behind an empty line; empty on a stop.
     std::string CmdBody(std::int32_t number);
 
+    // Whether something uses the session just now; see SessionUse.
+    bool InUse() const { return inUse; }
+
     // The group list arrives through GroupListArrived.
     void CmdList();
 
@@ -82,6 +87,9 @@ public:
 
     // The server's list of groups has come in whole; it is the multi-line text as it was sent.
     std::function<void(const std::string& text)> GroupListArrived;
+
+    // A use of the session begins or ends; see SessionUse.
+    std::function<void(bool inUse)> UseChanged;
 
     // Every line that is sent, every packet and each step of connecting, with its line end; called while DebugOn is
     // set.
@@ -106,6 +114,8 @@ public:
     bool DebugOn = false;
 
 private:
+    friend class SessionUse;
+
     bool CmdAuthUser();
     bool CmdAuthPass();
     bool Authenticate(::CommandKind kind, const std::string& line);
@@ -137,4 +147,6 @@ private:
     bool logging = false; // which may take a message box to an end
     bool delivering = false; // a group list
     int openLogins = 0; // demanded by the server and still under way
+    int connectionNumber = 0; // counts, so that what waits on one connection notices that there is another
+    bool inUse = false;
 };

@@ -4,6 +4,7 @@
 #include "platform/Events.h"
 #include "platform/Files.h"
 #include "sample/Encoders.h"
+#include "support/ScriptedServer.h"
 
 #include <QPlainTextEdit>
 #include <QTest>
@@ -74,6 +75,37 @@ TEST_F(DebugWindowTest, AllTrafficIsLoggedWhileItIsOpen)
     EXPECT_EQ(ContentOf(logFile), before);
     Open("frmShowPicture/Image1");
     EXPECT_EQ(Shown(), "");
+}
+
+// Whatever sends commands keeps the others from it, whichever of them was first.
+TEST_F(DebugWindowTest, OneCommandAtATime)
+{
+    ScriptedServer server("S: 200\nC: group alt.kites\nS: 211 2 1 2 alt.kites\nC: next\nS: 223 2 <a>\nC: body 2\n"
+                          "X: pause\nS: 222\nS: begin 644 kite.jpg\nS: #<F5D\nS: `\nS: end\nS: .\nC: next\nS: 421\n"
+                          "C: help\nX: pause\nS: 100 help\nS: next\nS: .\n");
+    const std::vector<std::string> commands = {"cmdFindNow", "cmdRefresh", "cmdRefreshDisk", "cmdCmd(0)", "cmdCmd(1)"};
+    const auto expectEnabled = [&](bool enabled) {
+        for (const std::string& command : commands)
+            EXPECT_EQ(IsEnabled(command), enabled) << command;
+        EXPECT_EQ(IsEnabled("mnuFindNow") && IsEnabled("cboNewsServer"), enabled);
+    };
+    server.OnPause = [&](const std::string&) {
+        expectEnabled(false);
+        for (const std::string& command : commands)
+            Click(command);
+        QTest::keyClick(&Find<QWidget>("TxtManual"), Qt::Key_Return);
+    };
+    Start({"alt.kites"}, server.Port());
+    Check("chkAllArticles", true);
+    Open();
+    TypeInto("TxtManual", "date");
+    Search();
+    expectEnabled(true);
+    EXPECT_EQ(ContentOf(destination + "alt.kites/kite.jpg"), "red");
+    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(2, "alt.kites"));
+    Click("cmdCmd(0)");
+    expectEnabled(true);
+    EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
 }
 
 TEST_F(DebugWindowTest, OldTextGoesAndTroubleIsTold)
