@@ -30,7 +30,11 @@ bool NewsSession::TcpConnect()
     // The greeting is a reply like any other: it must meet a waiting receiver.
     CommandKind = CommandKind::Greeting;
     ReplyState = ReplyState::Awaiting;
+    // Nothing survives from the last connection, such as a farewell that nobody waited for.
     TCP1.Close();
+    RecvBuffer.Clear();
+    SearchPos = 1;
+    ++connectionNumber;
     ShowStatus("Status: Connecting");
     TCP1.Connect(MainForm.cboNewsServer.Text(), Socket::PortFrom(MainForm.txtPort.Text()));
     LogStep("waiting for connection");
@@ -100,12 +104,16 @@ bool NewsSession::Authenticate(::CommandKind kind, const std::string& line)
 {
     if (!Send(kind, line))
         return false;
+    const int sentOn = connectionNumber;
     while (ReplyState == ReplyState::Awaiting) {
         if (StopFlag) {
             TcpDisconnect();
             return false;
         }
         WaitForEvents();
+        // The watchdog has given up this connection, and what it did on the new one is not this login's.
+        if (connectionNumber != sentOn)
+            return false;
     }
     return ReplyState != ReplyState::Refused;
 }

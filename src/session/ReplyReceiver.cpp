@@ -52,8 +52,12 @@ void NewsSession::tcp1_DataArrival()
     ReplyText.clear();
     std::string packet = MainForm.TCP1.GetData();
     Log(packet);
+    const int arrivedOn = connectionNumber;
     if (ReplyState == ReplyState::Awaiting)
         JudgeStatusLine(packet);
+    // A login in there may have been given up for a new connection, to which nothing of this one belongs.
+    if (connectionNumber != arrivedOn)
+        return;
     if (packet.size() > LongestReply - RecvBuffer.Length()) {
         TcpDisconnect();
         StopFlag = true;
@@ -81,10 +85,14 @@ void NewsSession::JudgeStatusLine(std::string& packet)
         ReplyState = ReplyState::Taken;
     } else if (begins("480") && haveUserName && openLogins < mostOpenLogins) {
         // Both wait in turn, and this receiver runs again inside their waits. A server may answer 480 to them too.
+        const int demandedOn = connectionNumber;
         ++openLogins;
         (void)CmdAuthUser();
-        (void)CmdAuthPass();
+        if (connectionNumber == demandedOn)
+            (void)CmdAuthPass();
         --openLogins;
+        if (connectionNumber != demandedOn)
+            return;
         ReplyState = ReplyState::Finished;
     } else if (begins("480")) {
         ReplyState = ReplyState::Finished;

@@ -65,11 +65,14 @@ TEST(GroupTextTest, WhatALineGives)
 TEST_F(GroupStoreTest, FromTheNetworkAndBackFromTheDisk)
 {
     Start({}, 1);
-    Refresh(greeting + groups + "X: close\n");
-    EXPECT_THAT(RowsOf("lstAllGroups"), ElementsAre("A.one", "b.two"));
-    EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 2");
+    // The farewell of one connection is nothing to the next.
+    for (const char* end : {"X: packet\nS: 400 idle for too long\nX: close\n", "X: close\n"}) {
+        Refresh(greeting + groups + end);
+        EXPECT_THAT(RowsOf("lstAllGroups"), ElementsAre("A.one", "b.two"));
+        EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 2");
+        EXPECT_EQ(ContentOf(GroupFile()), "\"b.two 9 1 y\r\nA.one 1 1 y\r\nxy 1 1 y\"\r\n");
+    }
     EXPECT_EQ(PanelText("StatusBar2", 4), "");
-    EXPECT_EQ(ContentOf(GroupFile()), "\"b.two 9 1 y\r\nA.one 1 1 y\r\nxy 1 1 y\"\r\n");
 
     MakeFile(GroupFile(), "\"\r\na.one 1 1 y\r\n\"c.three 1 1 y\"\r\n");
     Click("cmdRefreshDisk");

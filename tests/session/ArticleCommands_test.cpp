@@ -179,13 +179,14 @@ TEST(ArticleCommandsTest, AuthenticationInTheMiddleOfACommand)
 
 TEST(ArticleCommandsTest, NothingIsSentOutsideTheGroupOrTheConnection)
 {
-    ScriptedSession client("X: pause in\nX: close");
+    ScriptedSession client("C: next\nS: 421\nX: close");
     NewsSession& session = client.Session;
     ASSERT_TRUE(session.TcpConnect());
     session.FirstArticle = 11;
     EXPECT_EQ(client.Run("stat 0"), "true 11");
     EXPECT_EQ(client.Run("stat 13"), "false 13");
 
+    EXPECT_EQ(client.Run("next"), "false");
     while (client.Status() != "Status: Disconnected")
         WaitForEvents();
     session.ReplyState = ReplyState::NoSuchGroup;
@@ -196,7 +197,7 @@ TEST(ArticleCommandsTest, NothingIsSentOutsideTheGroupOrTheConnection)
         EXPECT_EQ(client.Run(line), "") << line;
     client.Run("list");
     EXPECT_EQ(session.ReplyState, ReplyState::NoSuchGroup);
-    EXPECT_EQ(session.CommandKind, CommandKind::Greeting);
+    EXPECT_EQ(session.CommandKind, CommandKind::Next);
     EXPECT_EQ(client.Outcome(), "gone stop");
     EXPECT_FALSE(client.MainForm.Timer1.Enabled());
     EXPECT_EQ(client.Server.FirstProblem(), "");
@@ -206,6 +207,8 @@ TEST(ArticleCommandsTest, WatchdogReconnectsAndGoesOnBehindTheArticle)
 {
     const std::string login = "C: authinfo user me\nS: 381\nC: authinfo pass secret\nS: 281\n";
     for (const std::string standstill : {"X: pause time is up\nX: wait-close", "X: close\nX: pause time is up",
+             "S: 480\nC: authinfo user me\nX: pause time is up\nX: wait-close",
+             "S: 480\nC: authinfo user me\nS: 381\nC: authinfo pass secret\nX: pause time is up\nX: wait-close",
              "S: 423 gone\nX: pause time is up\nX: wait-close", "S: 221\nS: .\nX: pause time is up\nX: wait-close",
              "S: 221\nS: Path: more than the tail that is searched\nX: pause time is up\nX: wait-close"}) {
         SCOPED_TRACE(standstill);
