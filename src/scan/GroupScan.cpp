@@ -62,14 +62,23 @@ GroupScan::AfterGroup GroupScan::ScanGroup(const std::string& group)
 
 void GroupScan::WalkArticles(std::int32_t lastInGroup)
 {
-    // A server without an article to move to may say so with a reply that counts as a success, such as 420. In an empty
-    // group that is the end; elsewhere it is once it has not moved twice in a row.
-    const bool isEmpty = Session.FirstArticle > lastInGroup;
+    // A server without an article to move to may say so with a reply that counts as a success but names no article,
+    // such as 420. In a group that is said to be empty that is the end; elsewhere it is once it has not moved twice in
+    // a row. What the server says of the group's range decides nothing else: it may be wrong.
+    constexpr std::int32_t noArticle = -1;
+    const bool saidToBeEmpty = Session.FirstArticle > lastInGroup;
     int timesNotMoved = 0;
-    std::int32_t before = Session.CurrentArticle = Session.StartArticle;
-    while (Session.CmdNext() && !Session.StopFlag && !isEmpty) {
+    std::int32_t before = Session.StartArticle;
+    for (;;) {
+        Session.CurrentArticle = noArticle;
+        const bool mayHaveMoved = Session.CmdNext() && !Session.StopFlag;
+        const bool namesNone = Session.CurrentArticle == noArticle;
+        if (namesNone)
+            Session.CurrentArticle = before;
+        if (!mayHaveMoved)
+            return;
         timesNotMoved = Session.CurrentArticle == before ? timesNotMoved + 1 : 0;
-        if (timesNotMoved == 2)
+        if (timesNotMoved == 2 || (namesNone && saidToBeEmpty))
             return;
         before = Session.CurrentArticle;
         const ArticleInHand article{Session.CurrentArticle, lastInGroup};
