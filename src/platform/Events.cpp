@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QPointer>
+#include <algorithm>
 
 namespace {
 
@@ -25,26 +26,67 @@ public:
     quint64 count = 0;
 };
 
-// A server on a fast line answers within this time. Waking a sleeping processor takes about as long as such an
-// answer, so watching for it halves the time of a command.
-constexpr qint64 watchNanoseconds = 200'000;
-
-}
-
-void DoEvents() { QCoreApplication::processEvents(QEventLoop::AllEvents); }
-
-void WaitForEvents()
+// One pass over what is pending. False if there was nothing.
+bool DeliverPending(QEventLoop::ProcessEventsFlags flags = QEventLoop::AllEvents)
 {
     static QPointer<Deliveries> deliveries;
     if (!deliveries)
         deliveries = new Deliveries;
     const quint64 before = deliveries->count;
-    QAbstractEventDispatcher* dispatcher = QCoreApplication::eventDispatcher();
-    QElapsedTimer watch;
-    watch.start();
-    do {
-        if (dispatcher->processEvents(QEventLoop::AllEvents) || deliveries->count != before)
-            return;
-    } while (watch.nsecsElapsed() < watchNanoseconds);
-    dispatcher->processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    return QCoreApplication::eventDispatcher()->processEvents(flags) || deliveries->count != before;
+}
+
+// A server on a fast line answers within microseconds. Waking a sleeping processor takes about as long as such an
+// answer, so watching for it halves the time of a command. Where the answer takes longer, on a slow line or because
+// others need the processors, watching only takes away what the server could use: after each time in vain twice as many
+// waits sleep at once.
+class Watch {
+public:
+    // Delivers the first event that comes within its time. False if none has come, or if it was not worth a try.
+    bool SeesEvent()
+    {
+        if (waitsToSleep > 0) {
+            --waitsToSleep;
+            return false;
+        }
+        QElapsedTimer clock;
+        clock.start();
+        do {
+            if (DeliverPending()) {
+                // Others may have had the processor for most of the time.
+                Note(clock.nsecsElapsed() < longestNanoseconds);
+                return true;
+            }
+        } while (clock.nsecsElapsed() < longestNanoseconds);
+        Note(false);
+        return false;
+    }
+
+private:
+    void Note(bool paid)
+    {
+        timesInVain = paid ? 0 : std::min(timesInVain + 1, mostDoublings);
+        waitsToSleep = paid ? 0 : 1 << timesInVain;
+    }
+
+    static constexpr qint64 longestNanoseconds = 200'000;
+    static constexpr int mostDoublings = 6;
+
+    int timesInVain = 0; // in a row
+    int waitsToSleep = 0;
+};
+
+}
+
+void DoEvents()
+{
+    constexpr int mostPasses = 16;
+    for (int pass = 0; pass < mostPasses && DeliverPending(); ++pass) { }
+}
+
+void WaitForEvents()
+{
+    static Watch watch;
+    if (!watch.SeesEvent())
+        DeliverPending(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }

@@ -131,6 +131,35 @@ TEST_F(WireTest, EveryReplyCutOff)
     }
 }
 
+// A connection that is lost while no reply is waited for ends the search by itself.
+TEST_F(WireTest, LostBetweenTwoCommands)
+{
+    StartSearches();
+    SearchWith({});
+    const std::vector<std::uint64_t> ends = proxy.ReplyEnds(); // greeting, group, next, ..., next at the group's end
+    ASSERT_EQ(ends.size(), 14U);
+    desktop.whileAsleep = [](std::chrono::milliseconds duration) { std::this_thread::sleep_for(duration); };
+    for (const auto& [reply, after] : {std::pair{1, 0ms}, {2, 0ms}, {8, 50ms}, {8, 700ms}, {8, 1300ms}}) {
+        SCOPED_TRACE("reply " + std::to_string(reply) + ", lost after " + std::to_string(after.count()) + " ms");
+        Forget();
+        Fault lost{Fault::Kind::Close, ends[static_cast<std::size_t>(reply)]};
+        lost.after = after;
+        proxy.SetFault(lost);
+        program->Form().cboNewsServer.Click(); // ends the session
+        bool hung = false;
+        QTimer patience;
+        QObject::connect(&patience, &QTimer::timeout, [&hung] {
+            hung = true;
+            Click("cmdStop");
+        });
+        patience.start(10s);
+        Click("cmdFindNow");
+        EXPECT_FALSE(hung);
+        EXPECT_EQ(PanelText("StatusBar1", 1), "Status: Disconnected");
+        EXPECT_EQ(Stored().size(), reply == 8 ? 2U : 0U);
+    }
+}
+
 TEST_F(WireTest, GarbageInBetween)
 {
     StartSearches();

@@ -2,6 +2,8 @@
 #include "platform/Socket.h"
 #include "support/ScriptedServer.h"
 
+#include <QCoreApplication>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -20,6 +22,26 @@ TEST(SocketTest, PortIsAWholeNumberWithWhichTheTextBegins)
         EXPECT_EQ(Socket::PortFrom(row.text), row.port) << row.text;
 }
 
+// What a handler posts is delivered too, but one that posts for ever does not hold the caller.
+TEST(EventsTest, DoEventsDeliversWhatIsPostedMeanwhile)
+{
+    int posted = 0;
+    int last = 5;
+    const std::function<void()> post = [&] {
+        if (++posted < last)
+            QMetaObject::invokeMethod(qApp, post, Qt::QueuedConnection);
+    };
+    post();
+    DoEvents();
+    EXPECT_EQ(posted, last);
+    last = 1'000'000;
+    post();
+    DoEvents();
+    EXPECT_LT(posted, 1000);
+    last = 0;
+    DoEvents();
+}
+
 // However far the old connection has come (connecting, connected, its bytes or its end on the way), nothing of it is
 // heard once it has been closed or replaced.
 TEST(SocketTest, NothingIsHeardOfAConnectionThatWasLeft)
@@ -36,7 +58,7 @@ TEST(SocketTest, NothingIsHeardOfAConnectionThatWasLeft)
             socket.Closed = [&] { events.push_back("closed"); };
             socket.Connect("127.0.0.1", oldServer.Port());
             for (int pass = 0; pass < passes; ++pass)
-                DoEvents();
+                QCoreApplication::processEvents();
             sawBytes = sawBytes || std::ranges::count(events, "old\r\n") > 0;
             sawEnd = sawEnd || std::ranges::count(events, "closed") > 0;
             events.clear();

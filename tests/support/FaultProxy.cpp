@@ -105,20 +105,29 @@ bool FaultProxy::PassOn(int client, std::string_view bytes, const Fault& now)
     const std::uint64_t before = passed;
     if (now.kind == Fault::Kind::None) {
         // The server sends each reply in one go.
+        if (before == 0)
+            replyEnds.clear();
+        replyEnds.push_back(before + bytes.size());
         inStatusLine.resize(before + bytes.size());
         for (std::size_t index = 1; index <= bytes.find('\n') && index < bytes.size(); ++index)
             inStatusLine[before + index] = true;
     }
     passed += bytes.size();
-    if (now.kind == Fault::Kind::None || now.at < before || now.at >= passed)
+    // The end may come right behind a whole reply.
+    const bool isEnd = now.kind == Fault::Kind::Close || now.kind == Fault::Kind::Reset;
+    if (now.kind == Fault::Kind::None || now.at < before || now.at >= passed + (isEnd ? 1 : 0))
         return SendAll(client, bytes);
     const std::size_t first = static_cast<std::size_t>(now.at - before);
-    if (!SendAll(client, bytes.substr(0, first)))
+    const std::string_view firstBytes = bytes.substr(0, first);
+    // In one segment with the last bytes, so that both are there when the client looks.
+    const bool together = now.kind == Fault::Kind::Close && now.after == 0ms;
+    if (together ? send(client, firstBytes.data(), first, MSG_NOSIGNAL | MSG_MORE) < 0 : !SendAll(client, firstBytes))
         return false;
     bool goOn = true;
     switch (now.kind) {
     case Fault::Kind::Close:
     case Fault::Kind::Reset:
+        std::this_thread::sleep_for(now.after);
         if (now.kind == Fault::Kind::Reset) {
             const linger none{1, 0};
             setsockopt(client, SOL_SOCKET, SO_LINGER, &none, sizeof none);

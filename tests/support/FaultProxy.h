@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -12,7 +13,7 @@ struct Fault {
     enum class Kind {
         None,
         Split, // the rest of what has come so far follows a moment later
-        Close,
+        Close, // together with the bytes before it, or `after` a while
         Reset,
         Stall, // nothing comes any more, and the connection stays open
         Insert, // these bytes come in between, `times` over; then as Stall if `thenStall`
@@ -23,6 +24,7 @@ struct Fault {
     std::string bytes = {};
     std::size_t times = 1;
     bool thenStall = false;
+    std::chrono::milliseconds after{0};
 };
 
 // Stands between a client and a server on 127.0.0.1 and lets each connection go through with one fault. It runs in a
@@ -43,6 +45,9 @@ public:
     bool HasStruck() const { return struck; } // since SetFault
     std::uint64_t BytesPassed() const { return passed; } // from the server, on the last connection
 
+    // Where the replies of the connection without a fault ended: the greeting, and that to each command.
+    const std::vector<std::uint64_t>& ReplyEnds() const { return replyEnds; }
+
     // True if the connection without a fault had that byte in a status line, but not as its first.
     bool IsInStatusLine(std::uint64_t at) const { return inStatusLine.at(at); }
 
@@ -58,6 +63,7 @@ private:
     Fault fault;
     std::atomic<bool> struck = false;
     std::atomic<std::uint64_t> passed = 0;
+    std::vector<std::uint64_t> replyEnds; // written while no fault is set, and read while one is
     std::vector<bool> inStatusLine; // written while no fault is set, and read while one is
     std::atomic<bool> stopping = false;
     std::thread thread;
