@@ -2,6 +2,8 @@
 
 #include "platform/Artwork.h"
 
+const std::string_view frmTamarack::idleCaption = "Tamarack -- " TAMARACK_HOMEPAGE;
+
 frmTamarack::frmTamarack()
     : Form("frmTamarack", idleCaption, {.clientWidth = 6630, .clientHeight = 6345})
 {

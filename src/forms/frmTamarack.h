@@ -19,7 +19,8 @@
 // The main window: what is on it and where. The controls are the program's state: what a search looks for, which
 // groups it walks and where files go is read from here at the moment it is needed.
 struct frmTamarack : Form {
-    static constexpr std::string_view idleCaption = "Tamarack -- https://tamarack.example.org/";
+    // The program's name and the address of its home page.
+    static const std::string_view idleCaption;
 
     // Without the preview strip, and with it. In twips.
     static constexpr double heightWithoutPreviews = 4380;

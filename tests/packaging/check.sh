@@ -20,7 +20,9 @@ fail() {
 }
 
 desktop-file-validate "$packaging/tamarack.desktop"
-appstreamcli validate --no-net "$packaging/org.tamarack.Tamarack.metainfo.xml" >"$folder/log" || { cat "$folder/log"; exit 1; }
+# One variable of the build has the address of the home page, and nothing else knows it.
+homepage="$(sed -n 's/^TAMARACK_HOMEPAGE:STRING=//p' "$build/CMakeCache.txt")"
+! grep -rF tamarack.example.org "$packaging"/{,../src,../docs/help,../demo} || fail "The address stands there too."
 
 "$cpack" --config "$build/CPackConfig.cmake" -B "$folder/packages" >"$folder/log" 2>&1 || { cat "$folder/log"; exit 1; }
 package="$(echo "$folder"/packages/*.deb)"
@@ -36,6 +38,14 @@ for library in libqt6widgets6 libqt6help6 libwmf libemf2svg libqt6sql6-sqlite; d
     [[ $depends == *$library* ]] || fail "The package does not depend on $library: $depends"
 done
 [[ "$(dpkg-deb -f "$package" Version)" == 2.7.0.24 ]] || fail "The package has another version."
+dpkg-deb -x "$package" "$folder/root"
+shared="$folder/root/usr/share"
+metainfo="$shared/metainfo/org.tamarack.Tamarack.metainfo.xml"
+appstreamcli validate --no-net "$metainfo" >"$folder/log" || { cat "$folder/log"; exit 1; }
+[[ -n $homepage && "$(dpkg-deb -f "$package" Homepage)" == "$homepage" ]] || fail "The package has another home page."
+grep -qF ">$homepage<" "$metainfo" || fail "The metainfo has another home page."
+gzip -dc "$shared/man/man1/tamarack.1.gz" | grep -qF "$homepage" || fail "The man page has another home page."
+grep -qF -- "-- $homepage" "$folder/root/usr/bin/tamarack" || fail "The title bar has another home page."
 
 if ((EUID == 0)) && ! dpkg-query -W tamarack >/dev/null 2>&1 && dpkg -i "$package" >"$folder/log" 2>&1; then
     installed=yes
@@ -43,7 +53,6 @@ if ((EUID == 0)) && ! dpkg-query -W tamarack >/dev/null 2>&1 && dpkg -i "$packag
 else
     # Perhaps half of it, where something that it depends on is missing.
     ((EUID != 0)) || dpkg --purge tamarack >/dev/null 2>&1 || true
-    dpkg-deb -x "$package" "$folder/root"
     program="$folder/root/usr/bin/tamarack"
 fi
 
