@@ -19,4 +19,8 @@ void UnattendedDesktop::Sleep(std::chrono::milliseconds)
 
 void UnattendedDesktop::PaintWindows() { Desktop::Sleep(std::chrono::milliseconds::zero()); }
 
-void UnattendedDesktop::ShellOpen(const std::string& address) { std::printf("would open %s\n", address.c_str()); }
+bool UnattendedDesktop::ShellOpen(const std::string& address)
+{
+    std::printf("would open %s\n", address.c_str());
+    return true;
+}

@@ -18,5 +18,5 @@ public:
 
     MessageAnswer MsgBox(std::string_view text, std::string_view title, MessageButtons buttons) override;
     void Sleep(std::chrono::milliseconds duration) override;
-    void ShellOpen(const std::string& address) override;
+    bool ShellOpen(const std::string& address) override;
 };

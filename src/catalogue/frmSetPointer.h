@@ -10,6 +10,7 @@ struct frmSetPointer : Form {
     frmSetPointer()
         : Form("frmSetPointer", "Set Article Pointer", {.clientWidth = 3930, .clientHeight = 1020})
     {
+        SetFallbackTopic(610);
         Text2.SetAccessibleName("Group");
         Text1.SetAccessibleName("Article number");
         SetDialogButtons(cmdOk[0], cmdOk[1]);

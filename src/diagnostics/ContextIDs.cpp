@@ -68,7 +68,6 @@ bool ContextIDs::Show()
         form->lstFound.SetVisible(false);
         form->txtSearch.SetText("");
         Form_Resize();
-        form->SetVisible(true);
     }
     form->BringToFront();
     return true;

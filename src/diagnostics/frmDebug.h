@@ -10,6 +10,7 @@ struct frmDebug : Form {
     frmDebug()
         : Form("frmDebug", "Debug Window", {.clientWidth = 6900, .clientHeight = 5400, .border = BorderStyle::Sizable})
     {
+        SetFallbackTopic(1080);
         txtLogFile.SetAccessibleName("Log file");
         DebugWindow.SetAccessibleName("Log");
         TxtManual.SetAccessibleName("Command");

@@ -90,4 +90,12 @@ frmTamarack::frmTamarack()
         for (Control* control : topic.controls)
             control->SetHelpTopic(topic.number);
     }
+    nameAndLocation.SetFallbackTopic(1010);
+    SSTMain.Page(1).SetFallbackTopic(1020);
+    SSTMain.Page(2).SetFallbackTopic(1030);
+    SSTMain.Page(3).SetFallbackTopic(1040);
+    selectedGroups.SetFallbackTopic(1041);
+    filteredGroups.SetFallbackTopic(1042);
+    allGroups.SetFallbackTopic(1043);
+    Frame3.SetFallbackTopic(1050);
 }

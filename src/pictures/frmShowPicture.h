@@ -17,6 +17,7 @@ struct frmShowPicture : Form {
         : Form(
             "frmShowPicture", emptyCaption, {.clientWidth = 7290, .clientHeight = 6975, .border = BorderStyle::Sizable})
     {
+        SetFallbackTopic(1060);
         cmdViewCurrent.SetToolTip("Show the picture that was stored last");
         Command1.SetToolTip("Empty the window; the file stays");
         Command2.SetToolTip("Delete the file of the picture");

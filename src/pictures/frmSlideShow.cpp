@@ -3,6 +3,7 @@
 frmSlideShow::frmSlideShow()
     : Form("frmSlideShow", "Slide Show", {.clientWidth = 6450, .clientHeight = 6645})
 {
+    SetFallbackTopic(1070);
     Command1[6].SetEnabled(false);
     for (int pane = 0; pane < 6; ++pane) {
         const std::string name = "Pane " + std::to_string(pane);

@@ -33,6 +33,8 @@ private:
 
 }
 
+void Container::SetFallbackTopic(int number) { content->setProperty(helpTopicProperty, number); }
+
 Control::Control(Container& container, QWidget* newWidget, std::string_view name, const Place& newPlace)
     : widget(newWidget)
     , currentPlace(newPlace)

@@ -22,6 +22,9 @@ class Container {
 public:
     QWidget* Content() const { return content; }
 
+    // The help topic of what lies in here and has none of its own; see Form::HelpKey.
+    void SetFallbackTopic(int number);
+
 protected:
     Container() = default;
     ~Container() = default;

@@ -6,9 +6,12 @@
 #include <QDesktopServices>
 #include <QFile>
 #include <QMessageBox>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QUrl>
 #include <cstdlib>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -66,7 +69,29 @@ void Desktop::Sleep(std::chrono::milliseconds duration)
     std::this_thread::sleep_for(duration);
 }
 
-void Desktop::ShellOpen(const std::string& address) { QDesktopServices::openUrl(QUrl(ToDisplay(address))); }
+bool Desktop::ShellOpen(const std::string& address)
+{
+    // The toolkit only tells whether xdg-open could be started, and that ends with an error where no program opens such
+    // a document. Where it goes on, it has found one, and stays until that is closed.
+    const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+    if (opener.isEmpty())
+        return QDesktopServices::openUrl(QUrl(ToDisplay(address)));
+    constexpr int patience = 1000;
+    auto* process = new QProcess;
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
+    // What it opens outlives this program, however that ends.
+    process->setChildProcessModifier([] { setsid(); });
+    process->start(opener, {ToDisplay(address)});
+    if (process->waitForStarted() && !process->waitForFinished(patience) && process->state() == QProcess::Running) {
+        QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
+        return true;
+    }
+    const bool worked = process->error() != QProcess::FailedToStart && process->exitStatus() == QProcess::NormalExit
+        && process->exitCode() == 0;
+    delete process;
+    return worked;
+}
 
 void Desktop::EndProgram() { std::_Exit(EXIT_SUCCESS); }
 

@@ -22,8 +22,9 @@ public:
     // read.
     virtual void Sleep(std::chrono::milliseconds duration);
 
-    // Hands a document or web address to the system's opener. Nobody is told whether it worked.
-    virtual void ShellOpen(const std::string& address);
+    // Hands a document or web address to the system's opener. False if there is none, or if it has failed within a
+    // second, which is how long this waits for it; no event is delivered.
+    [[nodiscard]] virtual bool ShellOpen(const std::string& address);
 
     // Ends the process at once, with everything that it has open, and without an unload of any form.
     virtual void EndProgram();

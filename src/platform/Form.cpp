@@ -13,7 +13,9 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QScreen>
+#include <QTabWidget>
 #include <QWidget>
+#include <QWindow>
 
 // Lays out a menu bar above the client area by hand: a layout would move the controls, whose places are given.
 class Form::Window : public MouseReporting<QWidget> {
@@ -57,16 +59,21 @@ public:
 
     int HelpTopic() const
     {
-        for (const QWidget* widget = focusWidget(); widget != nullptr; widget = widget->parentWidget()) {
-            if (const QVariant topic = widget->property(helpTopicProperty); topic.isValid())
-                return topic.toInt();
+        QVariant topic;
+        const QWidget* widget = focusWidget() != nullptr ? focusWidget() : &client;
+        for (; widget != nullptr && !topic.isValid(); widget = widget->parentWidget()) {
+            topic = widget->property(helpTopicProperty);
+            // With the focus on a tab, the page behind it is meant.
+            const auto* tabs = qobject_cast<const QTabWidget*>(widget);
+            if (tabs != nullptr && !topic.isValid())
+                topic = tabs->currentWidget()->property(helpTopicProperty);
         }
-        return 0;
+        return topic.toInt();
     }
 
     void keyPressEvent(QKeyEvent* event) override
     {
-        if (event->key() == Qt::Key_F1 && modalLoop == nullptr) {
+        if (event->key() == Qt::Key_F1) {
             Raise(HelpKey, HelpTopic());
             return;
         }
@@ -206,6 +213,17 @@ void Form::BringToFront()
 {
     if (State() == WindowState::Minimised)
         SetState(WindowState::Normal);
+    // While a modal form is up, only what belongs to it takes input, and that is settled when a window is shown.
+    QWidget* modal = QApplication::activeModalWidget();
+    if (modal != nullptr && modal != window.get()) {
+        window->winId(); // makes the handle
+        QWindow* handle = window->windowHandle();
+        if (!modal->windowHandle()->isAncestorOf(handle, QWindow::IncludeTransients)) {
+            window->hide();
+            handle->setTransientParent(modal->windowHandle());
+        }
+    }
+    window->show();
     window->raise();
     window->activateWindow();
 }

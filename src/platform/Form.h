@@ -69,7 +69,7 @@ public:
     // second.
     void SetDialogButtons(CommandButton& accept, CommandButton& cancel);
 
-    // In front of the other windows.
+    // Shows the form in front of the other windows; over a modal one too, and usable there.
     void BringToFront();
 
     void SetMousePointer(MousePointer pointer);
@@ -77,8 +77,8 @@ public:
     // The user asked for the window to be closed, or the desktop session ends.
     std::function<void()> Unload;
     std::function<void()> Resize;
-    // The F1 key in any window but a modal one, with the topic of the control that has the focus, or else of what it
-    // lies in; 0 if there is none.
+    // The F1 key in any window, with the topic of the control that has the focus, or else of what it lies in; 0 if
+    // there is none.
     static std::function<void(int topic)> HelpKey;
 
 private:

@@ -57,6 +57,9 @@ struct HelpPages::Parts {
         delete contents;
     }
 
+    // The page that is shown, in the table of contents.
+    void MarkPage() { contents->setCurrentIndex(contents->indexOf(browser->source())); }
+
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<QHelpEngine> engine;
     QString space;
@@ -68,7 +71,10 @@ HelpPages::HelpPages(Container& container, std::string_view name, const Place& p
     : Control(container, new QSplitter, name, place)
     , parts(std::make_unique<Parts>(widget))
 {
-    QObject::connect(parts->browser, &QTextBrowser::sourceChanged, widget, [this] { Raise(PageChange); });
+    QObject::connect(parts->browser, &QTextBrowser::sourceChanged, widget, [this] {
+        parts->MarkPage();
+        Raise(PageChange);
+    });
 }
 
 HelpPages::~HelpPages() = default;
@@ -101,8 +107,10 @@ bool HelpPages::Open(const std::string& helpFile)
             if (const QHelpContentItem* item = model->contentItemAt(index))
                 browser->setSource(item->url());
         });
-    QObject::connect(engine->contentModel(), &QHelpContentModel::contentsCreated, parts->contents,
-        [contents = parts->contents] { contents->expandAll(); });
+    QObject::connect(engine->contentModel(), &QHelpContentModel::contentsCreated, parts->contents, [this] {
+        parts->contents->expandAll();
+        parts->MarkPage();
+    });
     engine->contentModel()->createContents(QString());
     parts->engine = std::move(engine);
     parts->folder = std::move(folder);

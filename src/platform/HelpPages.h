@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-// The pages of a compressed help file (Qt Help's format), with their table of contents beside them. It shows nothing
-// but what is in the file.
+// The pages of a compressed help file (Qt Help's format), with their table of contents beside them, which marks the
+// one that is shown. It shows nothing but what is in the file.
 class HelpPages : public Control {
 public:
     HelpPages(Container& container, std::string_view name, const Place& place);

@@ -15,6 +15,8 @@ public:
     explicit EvenTabBar(QTabWidget& ownerTabs)
         : tabs(ownerTabs)
     {
+        // A tab that was clicked is what the next key is meant for.
+        setFocusPolicy(Qt::StrongFocus);
         setUsesScrollButtons(false);
         setExpanding(false);
         setElideMode(Qt::ElideNone);

@@ -11,6 +11,9 @@
 
 namespace {
 
+// The page that the address leads to, in the program's own help.
+constexpr int freeListTopic = 1000;
+
 // The system itself would take a control character.
 bool CanBeFileName(std::string_view name)
 {
@@ -87,4 +90,8 @@ void NewServer::cmdSave_Click(frmNewsServer& form)
     Form_Unload(form);
 }
 
-void NewServer::CmdFreeList_Click() { desktop.ShellOpen(freeList); }
+void NewServer::CmdFreeList_Click()
+{
+    if (!desktop.ShellOpen(freeList))
+        Raise(HelpContext, freeListTopic);
+}

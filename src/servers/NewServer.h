@@ -16,6 +16,9 @@ public:
     // Shows the dialog and returns when the user has done with it.
     void Show();
 
+    // Shows a topic of the help, for a system that cannot open the page.
+    std::function<void(int topic)> HelpContext;
+
 private:
     void Form_Load(frmNewsServer& form);
     void Form_Unload(frmNewsServer& form);

@@ -10,6 +10,7 @@ struct frmNewsServer : Form {
     frmNewsServer()
         : Form("frmNewsServer", "Add News Server", {.clientWidth = 5160, .clientHeight = 3375})
     {
+        SetFallbackTopic(550);
         lblNewsServerName.SetBuddy(txtNewsServer);
         txtText1.SetAccessibleName("Help");
         cmdFreeList.SetToolTip("How to find a news server");

@@ -38,6 +38,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };
     viewer.DebugGesture = [this] { debugWindow.Open(); };
+    newServer.HelpContext = [this](int topic) { help.HelpContext(topic); };
     slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };

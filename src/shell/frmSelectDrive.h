@@ -10,6 +10,7 @@ struct frmSelectDrive : Form {
     frmSelectDrive()
         : Form("frmSelectDrive", "Select the image destination", {.clientWidth = 4470, .clientHeight = 2760})
     {
+        SetFallbackTopic(160);
         Drive1.SetAccessibleName("Drives");
         Dir1.SetAccessibleName("Directories");
         SetDialogButtons(CmdExit, cmdCancel);

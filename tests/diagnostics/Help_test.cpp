@@ -4,7 +4,9 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QTextBrowser>
+#include <QTreeView>
 #include <filesystem>
+#include <utility>
 
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -28,6 +30,25 @@ protected:
         QTest::keyClick(&widget, Qt::Key_F1);
         const std::string label = TextOf("frmHelp/lblTopic");
         return label.substr(label.find("Tamarack.hlp"));
+    }
+
+    // What F1 shows wherever the focus is in a window, and "" if the help stays away.
+    static std::string TopicIn(const char* window)
+    {
+        QWidget& shown = *WindowNamed(window);
+        QTest::keyClick(shown.focusWidget() != nullptr ? shown.focusWidget() : &shown, Qt::Key_F1);
+        if (!IsVisible("frmHelp"))
+            return {};
+        const std::string label = TextOf("frmHelp/lblTopic");
+        return Page() + label.substr(label.find("Tamarack.hlp") + 12);
+    }
+
+    // Through the window system, which withholds a click from a window that a modal one blocks.
+    static void ClickInWindow(const char* control)
+    {
+        const QWidget& widget = Find<QWidget>(control);
+        const QWidget& window = *widget.window();
+        QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, widget.mapTo(&window, widget.rect().center()));
     }
 
     static std::string Page() { return Find<QTextBrowser>("page").documentTitle().toStdString(); }
@@ -75,8 +96,7 @@ TEST_F(HelpTest, EachControlHasItsTopic)
     ChooseMenu("mnuTips");
     EXPECT_THAT(TextOf("frmHelp/lblTopic"), EndsWith("Tamarack.hlp  1180"));
     EXPECT_EQ(Page(), "The slide show");
-    QTest::keyClick(WindowNamed("frmSlideShow"), Qt::Key_F1);
-    EXPECT_EQ(Page(), "What Tamarack does");
+    EXPECT_EQ(TopicIn("frmSlideShow"), "The slide show  1070");
     Click("cmdBack");
     EXPECT_EQ(Page(), "The slide show");
     Click("cmdBack");
@@ -88,8 +108,81 @@ TEST_F(HelpTest, EachControlHasItsTopic)
     TypeInto("txtSearch", "Backspace"); // not searched for yet
     ClickRow("lstFound", 0);
     EXPECT_EQ(Page(), "How to find a news server");
+    // The table of contents marks the page, by whatever way it came.
+    const auto& contents = Find<QTreeView>("contents");
+    EXPECT_TRUE(Until([&] { return contents.currentIndex().data().toString() == "How to find a news server"; }));
+    Click("cmdBack");
+    EXPECT_EQ(contents.currentIndex().data().toString(), "Tamarack");
     Click("frmTamarack/Command1");
     EXPECT_EQ(WindowNamed("frmHelp"), nullptr);
+}
+
+// Where a control has no topic of its own.
+TEST_F(HelpTest, EachPageAndWindowHasATopic)
+{
+    Start({"alt.kites"}, 119);
+    for (const auto& [control, topic] : {std::pair{"chkGroupSubDir", "1010"}, {"chkAllArticles", "1020"},
+             {"lblUserName", "1030"}, {"StatusBar2", "1040"}, {"lblNewsGroups", "1042"}, {"chkAutoLoad", "1043"}})
+        EXPECT_EQ(TopicOf(control), std::string("Tamarack.hlp  ") + topic);
+    ChooseMenu("mnuInteractiveDownload");
+    EXPECT_EQ(TopicOf("cmdClear(1)"), "Tamarack.hlp  1050");
+    // On the tabs themselves.
+    const char* const tabTopics[] = {"Name & Location  1010", "Advanced Filtering  1020", "Server Setup  1030"};
+    for (int tab = 0; tab < 3; ++tab) {
+        SelectTab("SSTMain", tab);
+        EXPECT_EQ(TopicIn("frmTamarack"), tabTopics[tab]);
+    }
+    const char* const groupTopics[] = {"News Groups  1041", "News Groups  1042", "News Groups  1043"};
+    for (int tab = 0; tab < 3; ++tab) {
+        SelectTab("SSTab1", tab);
+        EXPECT_EQ(TopicIn("frmTamarack"), groupTopics[tab]);
+    }
+    ChooseMenu("mnuSizeableViewer");
+    EXPECT_EQ(TopicIn("frmShowPicture"), "The sizeable viewer  1060");
+    QTest::mouseClick(&Find<QWidget>("frmShowPicture/SSPanel1"), Qt::RightButton, Qt::ControlModifier);
+    EXPECT_EQ(TopicIn("frmDebug"), "Troubleshooting  1080");
+}
+
+// The help can be used over a modal window, and closed, and that window goes on.
+TEST_F(HelpTest, F1InModalWindows)
+{
+    Start({"alt.kites"}, 119);
+    ClickRow("lstSelectedGroups", 0);
+    struct Row {
+        const char* window;
+        const char* topic;
+        const char* close;
+        std::function<void()> open;
+    };
+    for (const bool openBefore : {false, true}) {
+        for (const Row& row :
+            {Row{"frmSelectDrive", "Name & Location  160", "cmdCancel", [] { Click("cmdSelectDir"); }},
+                Row{"frmNewsServer", "Server Setup  550", "cmdCancel", [] { Click("cmdAddNewsServer"); }},
+                Row{"frmSetPointer", "News Groups  610", "cmdOk(1)", [] { Click("Command4"); }},
+                Row{"frmAbout", "What Tamarack does", "Command1", [] { ChooseMenu("mnuAbout"); }}}) {
+            SCOPED_TRACE(row.window);
+            if (openBefore)
+                ChooseMenu("mnuHelpTopics");
+            WhenUp(row.window, [&] {
+                const std::string close = std::string(row.window) + '/' + row.close;
+                EXPECT_EQ(TopicIn(row.window), row.topic);
+                if (IsVisible("frmHelp")) {
+                    ClickInWindow("frmHelp/cmdContents");
+                    EXPECT_EQ(Page(), "What Tamarack does");
+                    // With the window gone the help stays; without, it goes alone.
+                    if (!openBefore)
+                        ClickInWindow("frmHelp/cmdClose");
+                }
+                EXPECT_EQ(IsVisible("frmHelp"), openBefore);
+                ClickInWindow(close.c_str());
+            });
+            row.open();
+            EXPECT_FALSE(IsVisible(row.window));
+            EXPECT_EQ(IsVisible("frmHelp"), openBefore);
+            if (openBefore)
+                ClickInWindow("frmHelp/cmdClose");
+        }
+    }
 }
 
 TEST_F(HelpTest, TroubleIsTold)

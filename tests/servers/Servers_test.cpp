@@ -2,6 +2,7 @@
 
 #include <QLineEdit>
 #include <QTest>
+#include <QTextBrowser>
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -130,7 +131,7 @@ TEST_F(ServersTest, AddingAServer)
     EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("127.0.0.1", "localhost"));
     EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.kites"));
 
-    Add([] {
+    Add([this] {
         EXPECT_EQ(CaptionOf("frmNewsServer"), "Add News Server");
         EXPECT_TRUE(Until([] { return Find<QLineEdit>("txtNewsServer").hasSelectedText(); }));
         QTest::keyClicks(&Find<QWidget>("txtNewsServer"), " n/w ");
@@ -139,6 +140,11 @@ TEST_F(ServersTest, AddingAServer)
         TypeInto("txtNewsServer", std::string(251, 'n'));
         Click("cmdSave");
         Click("cmdFreeList");
+        EXPECT_FALSE(IsVisible("frmHelp"));
+        // Without a program that opens it, the page is shown here.
+        desktop.hasOpener = false;
+        Click("cmdFreeList");
+        EXPECT_EQ(Find<QTextBrowser>("page").documentTitle(), "How to find a news server");
         TypeInto("txtNewsServer", " " + std::string(250, 'n') + " ");
         Click("cmdSave");
     });
@@ -149,7 +155,7 @@ TEST_F(ServersTest, AddingAServer)
         "The filename \r\n" + ProgramFile("!@#!.n/w")
             + "\r\ncould not be saved.  Please make sure you have\r\nenough space, or that the filename does not "
               "contain\r\ninvalid charaters.");
-    EXPECT_THAT(desktop.opened, ElementsAre(testing::EndsWith("/help/find-a-server.html")));
+    EXPECT_THAT(desktop.opened, testing::Each(testing::EndsWith("/help/find-a-server.html")));
     EXPECT_EQ(desktop.boxes[2].title, "The Tamarack"); // its list is empty
     EXPECT_EQ(TextOf("cboNewsServer"), longName);
     EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());

@@ -17,6 +17,7 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 #include <algorithm>
 #include <utility>
@@ -57,7 +58,9 @@ template <class T> T& Reach(std::string_view name)
 {
     T& control = Find<T>(name);
     const QWidget* modal = QApplication::activeModalWidget();
-    if (modal && control.window() != modal && !modal->isAncestorOf(&control))
+    const QWindow* const window = control.window()->windowHandle();
+    if (modal && control.window() != modal
+        && !(window && modal->windowHandle()->isAncestorOf(window, QWindow::IncludeTransients)))
         Refuse(name, "lies behind a modal window");
     std::vector<std::pair<QTabWidget*, QWidget*>> tabs;
     for (QWidget* child = &control; child->parentWidget(); child = child->parentWidget()) {

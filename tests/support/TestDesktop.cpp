@@ -20,7 +20,11 @@ void TestDesktop::Sleep(std::chrono::milliseconds duration)
         whileAsleep(duration);
 }
 
-void TestDesktop::ShellOpen(const std::string& address) { opened.push_back(address); }
+bool TestDesktop::ShellOpen(const std::string& address)
+{
+    opened.push_back(address);
+    return hasOpener;
+}
 
 void TestDesktop::EndProgram()
 {

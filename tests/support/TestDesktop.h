@@ -23,6 +23,7 @@ public:
     std::deque<MessageAnswer> answers; // one for each box to come; when they are used up, the box's first button
     std::vector<std::chrono::milliseconds> sleeps;
     std::vector<std::string> opened; // addresses handed to ShellOpen
+    bool hasOpener = true; // without one, nothing can be opened
     int programEnds = 0; // calls of EndProgram
 
     // Called while a box is up and while a sleep would last, for a test that looks at the screen just then.
@@ -35,7 +36,7 @@ public:
     MessageAnswer MsgBox(
         std::string_view text, std::string_view title, MessageButtons buttons = MessageButtons::Ok) override;
     void Sleep(std::chrono::milliseconds duration) override;
-    void ShellOpen(const std::string& address) override;
+    bool ShellOpen(const std::string& address) override;
     void EndProgram() override;
 
     // The titles of the boxes so far, for a comparison in one line.

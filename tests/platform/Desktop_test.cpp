@@ -1,0 +1,35 @@
+#include "platform/Desktop.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+
+#include <filesystem>
+
+TEST(ShellOpen, TellsWhetherSomethingOpensTheDocument)
+{
+    const QByteArray path = qgetenv("PATH");
+    const TemporaryFolder folder;
+    const std::string opener = folder.File("xdg-open");
+    const std::string address = AddressOfFile(folder.File("a page.html"));
+    qputenv("PATH", folder.Path().c_str());
+    struct Row {
+        const char* what;
+        const char* script;
+        bool works;
+    };
+    Desktop desktop;
+    for (const Row& row : {Row{"no opener", nullptr, false}, Row{"no program for it", "exit 3", false},
+             Row{"it is handed on", "[ \"$1\" = \"$ADDRESS\" ]", true},
+             Row{"the program stays", "exec /bin/sleep 3", true}, Row{"it crashes", "kill -SEGV $$", false}}) {
+        SCOPED_TRACE(row.what);
+        qputenv("ADDRESS", address.c_str());
+        if (row.script != nullptr) {
+            MakeFile(opener, std::string("#!/bin/sh\n") + row.script + '\n');
+            std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
+        }
+        EXPECT_EQ(desktop.ShellOpen(address), row.works);
+    }
+    qputenv("PATH", path);
+}
