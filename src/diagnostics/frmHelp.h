@@ -22,7 +22,7 @@ struct frmHelp : Form {
     CommandButton cmdContents{*this, "cmdContents", "Contents", {60, 60, 1200, 345}};
     CommandButton cmdBack{*this, "cmdBack", "Back", {1320, 60, 900, 345}};
     Label lblSearch{*this, "lblSearch", "&Search:", {2340, 60, 810, 345}};
-    TextBox txtSearch{*this, "txtSearch", {3180, 60, 3600, 345}};
+    TextBox txtSearch{*this, "txtSearch", {3180, 60, 3600, 345}, {.hint = "Words to look for"}};
     CommandButton cmdSearch{*this, "cmdSearch", "Search", {6840, 60, 1080, 345}};
     CommandButton cmdClose{*this, "cmdClose", "Close", {8460, 60, 1080, 345}};
     ListBox lstFound{*this, "lstFound", {60, 465, 9480, 1200}};

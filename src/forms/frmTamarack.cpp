@@ -37,7 +37,7 @@ frmTamarack::frmTamarack()
     lstFilteredGroups.SetAccessibleName("Filtered Groups");
     lstAllGroups.SetAccessibleName("All Groups");
 
-    cmdFindNow.SetToolTip("Search the selected groups for new articles");
+    cmdFindNow.SetToolTip("Search the selected groups, from the highlighted row on, for new articles");
     cmdFindNow.SetShortcut("Alt+N");
     cmdStop.SetToolTip("End the search, refresh or filter that is going on");
     cmdStop.SetShortcut("Alt+S");
@@ -51,6 +51,22 @@ frmTamarack::frmTamarack()
     txtNewsGroups.SetToolTip("Parts of group names, separated by semi-colons");
     cmdAndFilter.SetToolTip("Keep the groups that hold every term");
     cmdOrFilter.SetToolTip("Keep the groups that hold any term");
+    chkGroupSubDir.SetToolTip("In there, a newer file replaces an older one of its name");
+    for (Control* limit : std::initializer_list<Control*>{&chkLimitPictures, &txtLimitPictures})
+        limit->SetToolTip("After so many files, go on with the next group");
+    for (Control* limit : std::initializer_list<Control*>{&chkMaximumFiles, &txtMaxToDownload})
+        limit->SetToolTip("After so many files, end the search");
+    cboNewsServer.SetToolTip("Choosing another one drops changes to the selected groups");
+    txtPort.SetToolTip("At most 4 digits");
+    txtUserName.SetToolTip("At most 20 characters");
+    txtPassword.SetToolTip("At most 20 characters");
+    lstSelectedGroups.SetToolTip("Searched from the highlighted row on");
+    cmdClearAll.SetToolTip("Take all groups out of the list");
+    cmdClearSelected.SetToolTip("Take the highlighted groups out of the list");
+    cmdRefresh.SetToolTip("Fetch the list of groups from the server");
+    cmdRefreshDisk.SetToolTip("Read the list of groups that was fetched last");
+    for (CommandButton& button : cmdDelete)
+        button.SetToolTip("Delete the file of the picture, without a question");
     cmdSavePicks.SetToolTip("Move the highlighted groups to the selected groups");
     cmdResetGroup.SetToolTip("Read the highlighted group from its start again");
     Command4.SetToolTip("Set how far the highlighted group has been read");

@@ -57,7 +57,7 @@ struct frmTamarack : Form {
     CheckBox chkBitMapFiles{Frame2, "chkBitMapFiles", "Bit Map Files (*.bmp)", {150, 570, 2325, 255}};
     CheckBox chkMPEGFiles{Frame2, "chkMPEGFiles", "MPEG Files (*.mpg)", {2580, 570, 2325, 255}};
     Label Label3{Frame2, "Label3", "Additional criteria (separated by semi-colons)", {150, 870, 4755, 240}};
-    TextBox txtNamed{Frame2, "txtNamed", {150, 1125, 4755, 315}};
+    TextBox txtNamed{Frame2, "txtNamed", {150, 1125, 4755, 315}, {.hint = ".png;holiday"}};
 
     // Advanced Filtering: which articles are wanted, and how many.
     Panel SSFrame1{SSTMain.Page(1), "SSFrame1", {60, 60, 5130, 2580}, PanelEdge::Line};
@@ -104,9 +104,10 @@ struct frmTamarack : Form {
         SSTMain.Page(3), "SSTab1", {45, 45, 5160, 2220}, {"Selected Groups", "Filtered Groups", "All Groups"}};
 
     Container& selectedGroups = SSTab1.Page(0);
-    TextBox txtManual{selectedGroups, "txtManual", {60, 60, 3390, 330}};
+    TextBox txtManual{selectedGroups, "txtManual", {60, 60, 3390, 330}, {.hint = "Name of a group"}};
     CommandButton Command3{selectedGroups, "Command3", "Add Manually", {3540, 60, 1530, 330}};
-    ListBox lstSelectedGroups{selectedGroups, "lstSelectedGroups", {60, 450, 2985, 1335}, {.extended = true}};
+    ListBox lstSelectedGroups{selectedGroups, "lstSelectedGroups", {60, 450, 2985, 1335},
+        {.extended = true, .hint = "Double-click groups on the other two tabs, or type a name above."}};
     ArrowButton MyUpDown[4] = {{selectedGroups, "MyUpDown(0)", Arrow::Up, "Move up", {3090, 787, 360, 324}},
         {selectedGroups, "MyUpDown(1)", Arrow::Down, "Move down", {3090, 1124, 360, 324}},
         {selectedGroups, "MyUpDown(2)", Arrow::ToTop, "Move to the top", {3090, 450, 360, 324}},
@@ -118,15 +119,16 @@ struct frmTamarack : Form {
 
     Container& filteredGroups = SSTab1.Page(1);
     Label lblNewsGroups{filteredGroups, "lblNewsGroups", "Group Filters", {60, 60, 1290, 330}};
-    TextBox txtNewsGroups{filteredGroups, "txtNewsGroups", {1380, 60, 3690, 330}};
-    ListBox lstFilteredGroups{
-        filteredGroups, "lstFilteredGroups", {60, 450, 3390, 1335}, {.sorted = true, .extended = true}};
+    TextBox txtNewsGroups{filteredGroups, "txtNewsGroups", {1380, 60, 3690, 330}, {.hint = "pictures;kites"}};
+    ListBox lstFilteredGroups{filteredGroups, "lstFilteredGroups", {60, 450, 3390, 1335},
+        {.sorted = true, .extended = true, .hint = "Type parts of group names above and press a filter."}};
     CommandButton cmdAndFilter{filteredGroups, "cmdAndFilter", "Filter (AND)", {3540, 450, 1530, 330}};
     CommandButton cmdOrFilter{filteredGroups, "cmdOrFilter", "Filter (OR)", {3540, 785, 1530, 330}};
     CommandButton cmdSavePicks{filteredGroups, "cmdSavePicks", "Save Picks", {3540, 1455, 1530, 330}};
 
     Container& allGroups = SSTab1.Page(2);
-    ListBox lstAllGroups{allGroups, "lstAllGroups", {60, 60, 2745, 1725}, {.sorted = true}};
+    ListBox lstAllGroups{allGroups, "lstAllGroups", {60, 60, 2745, 1725},
+        {.sorted = true, .hint = "Refresh From Network fetches the server's groups."}};
     Label Label1{allGroups, "Label1", "Rebuilding List...Please Wait", {60, 60, 2745, 1725}, Alignment::Centre};
     CommandButton cmdRefresh{allGroups, "cmdRefresh", "Refresh From Network", {2895, 60, 2175, 345}};
     CommandButton cmdRefreshDisk{allGroups, "cmdRefreshDisk", "Refresh From Disk", {2895, 465, 2175, 345}};

@@ -20,7 +20,7 @@ struct frmShowPicture : Form {
         SetFallbackTopic(1060);
         cmdViewCurrent.SetToolTip("Show the picture that was stored last");
         Command1.SetToolTip("Empty the window; the file stays");
-        Command2.SetToolTip("Delete the file of the picture");
+        Command2.SetToolTip("Delete the file of the picture, without a question");
         Check1.SetToolTip("Follow the search and the slide show");
     }
 

@@ -11,6 +11,7 @@ frmSlideShow::frmSlideShow()
         SSPanel1[pane].SetAccessibleName(name);
         SSPanel1[pane].TakesFocus();
     }
+    Command1[2].SetToolTip("Delete the file of the selected pane, without a question");
     Label1[0].SetBuddy(txtDelay);
     Drive1.SetAccessibleName("Drives");
     Dir1.SetAccessibleName("Directories");

@@ -4,7 +4,6 @@
 #include "platform/HelpTopic.h"
 
 #include <QEvent>
-#include <QTextDocument>
 #include <QWidget>
 
 namespace {
@@ -68,11 +67,7 @@ void Control::Move(const Place& newPlace)
     widget->setGeometry(QRect(topLeft, QSize(bottomRight.x() - topLeft.x(), bottomRight.y() - topLeft.y())));
 }
 
-void Control::SetToolTip(std::string_view text)
-{
-    const QString shown = ToShow(text);
-    widget->setToolTip(Qt::mightBeRichText(shown) ? QLatin1String("<qt>") + shown.toHtmlEscaped() : shown);
-}
+void Control::SetToolTip(std::string_view text) { widget->setToolTip(ToToolTip(ToShow(text))); }
 
 void Control::SetAccessibleName(std::string_view text) { widget->setAccessibleName(ToDisplay(text)); }
 

@@ -2,6 +2,7 @@
 
 #include "platform/DisplayText.h"
 #include "platform/Files.h"
+#include "platform/RowTip.h"
 
 #include <QKeyEvent>
 #include <QListWidget>
@@ -29,6 +30,12 @@ public:
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
         return QStyledItemDelegate::sizeHint(option, index) + QSize(Indentation(option, index), 0);
+    }
+
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+        const QModelIndex& index) override
+    {
+        return ShowRowTip(*event, *view, index, sizeHint(option, index).width());
     }
 
 private:

@@ -1,6 +1,7 @@
 #include "platform/DisplayText.h"
 
 #include <QStringDecoder>
+#include <QTextDocument>
 #include <algorithm>
 #include <array>
 
@@ -54,4 +55,9 @@ QString ToShow(std::string_view bytes)
             character = QChar::ReplacementCharacter;
     }
     return text;
+}
+
+QString ToToolTip(const QString& shown)
+{
+    return Qt::mightBeRichText(shown) ? QLatin1String("<qt>") + shown.toHtmlEscaped() : shown;
 }

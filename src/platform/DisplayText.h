@@ -16,3 +16,6 @@ std::string FromDisplay(const QString& text);
 // up the line that it stands in, show as the replacement character; line ends stay. Of a text beyond 2,000 bytes, which
 // nobody reads and which would take the toolkit minutes to set, the end shows as an ellipsis.
 QString ToShow(std::string_view bytes);
+
+// A text for a tool tip, which would else be taken for rich text if it looks so.
+QString ToToolTip(const QString& shown);

@@ -6,7 +6,7 @@
 #include <algorithm>
 
 FileList::FileList(Container& container, std::string_view name, const Place& place, std::string_view pattern)
-    : ListBox(container, name, place)
+    : ListBox(container, name, place, {.hint = "No files of these kinds here"})
 {
     while (!pattern.empty()) {
         const std::string_view part = pattern.substr(0, pattern.find(';'));

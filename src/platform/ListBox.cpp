@@ -1,6 +1,7 @@
 #include "platform/ListBox.h"
 
 #include "platform/DisplayText.h"
+#include "platform/RowTip.h"
 #include "platform/Text.h"
 
 #include <QAbstractListModel>
@@ -8,6 +9,7 @@
 #include <QKeyEvent>
 #include <QListView>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <algorithm>
@@ -166,6 +168,18 @@ public:
     Rows rows;
 
 protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        QListView::paintEvent(event);
+        if (!rows.rows.empty() || !rows.additions.empty())
+            return;
+        constexpr int margin = 4;
+        QPainter painter(viewport());
+        painter.setPen(palette().color(QPalette::PlaceholderText));
+        painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
+            Qt::AlignCenter | Qt::TextWordWrap, ToDisplay(box.style.hint));
+    }
+
     void showEvent(QShowEvent* event) override
     {
         BringUpToDate();
@@ -219,6 +233,13 @@ private:
             constexpr int margin = 4;
             return {option.fontMetrics.horizontalAdvance(ToShow(rows.longest)) + 2 * margin,
                 option.fontMetrics.height() + 2};
+        }
+
+        bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+            const QModelIndex& index) override
+        {
+            return ShowRowTip(*event, *view, index, QStyledItemDelegate::sizeHint(option, index).width())
+                || QStyledItemDelegate::helpEvent(event, view, option, index);
         }
 
     private:

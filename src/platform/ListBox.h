@@ -7,12 +7,14 @@
 struct ListStyle {
     bool sorted = false; // regardless of ASCII case, ties by byte
     bool extended = false; // many rows may be highlighted
+    std::string_view hint = {}; // shown, in grey, while the list is empty
 };
 
 // A list of texts for tens of thousands of rows. `ListIndex` is the row with the focus, `Selected` tells which rows are
 // highlighted; with one highlighted row at most, the two go together. Beyond the widget, the list never selects, moves
 // or clears its current row by itself: focus does not pick the first row, and when the current row is removed there is
-// none. A sorted list sorts lazily, before the first read or paint after additions. Rows keep their bytes.
+// none. It scrolls sideways as far as its longest row. A sorted list sorts lazily, before the first read or paint after
+// additions. Rows keep their bytes.
 class ListBox : public Control {
 public:
     ListBox(Container& container, std::string_view name, const Place& place, const ListStyle& style = {});

@@ -40,6 +40,7 @@ QWidget* MakeWidget(TextBox& box, const TextBoxStyle& style)
     }
     auto* edit = new LineEdit(box);
     edit->setReadOnly(style.readOnly);
+    edit->setPlaceholderText(ToDisplay(style.hint));
     if (style.maxLength > 0)
         edit->setMaxLength(style.maxLength);
     if (style.masked) {

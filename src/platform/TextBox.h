@@ -11,6 +11,7 @@ struct TextBoxStyle {
     bool masked = false; // shows "*" for each character
     bool multiLine = false;
     bool readOnly = false;
+    std::string_view hint = {}; // shown, in grey, while the field of one line is empty
 };
 
 // A text field. Beyond the widgets, Change is raised whenever the text becomes another one, from code too, and a text

@@ -17,9 +17,11 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QFontMetrics>
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QTest>
 #include <QTimer>
+#include <QToolTip>
 
 using namespace std::chrono_literals;
 
@@ -38,7 +40,7 @@ struct Window : Form {
     ComboBox cboNames{*this, "cboNames", {0, 400, 2000, 300}};
     TextBox txtNumber{*this, "txtNumber", {0, 800, 900, 300}, {.text = "10", .maxLength = 4}};
     Stepper udNumber{*this, "udNumber", txtNumber, {900, 800, 300, 300}, {.minimum = 1, .maximum = 12, .step = 1}};
-    ListBox lstPlain{*this, "lstPlain", {0, 1200, 2000, 1500}, {.extended = true}};
+    ListBox lstPlain{*this, "lstPlain", {0, 1200, 2000, 1500}, {.extended = true, .hint = "Nothing yet"}};
     ListBox lstSorted{*this, "lstSorted", {2000, 1200, 2000, 1500}, {.sorted = true}};
     Panel SSPanel1{*this, "SSPanel1", {4000, 1200, 1500, 1500}};
     CommandButton cmdInside{SSPanel1, "cmdInside", "Inside", {0, 0, 900, 300}};
@@ -195,6 +197,33 @@ TEST_F(ControlsTest, ATextThatNobodyReadsIsNotSetInFull)
     DoEvents();
     EXPECT_LT(RowsOf("lstPlain").front().size(), 3000U);
     EXPECT_EQ(window.lstPlain.List(0).size(), size);
+}
+
+TEST_F(ControlsTest, AListTellsWhatARowDoesNotShow)
+{
+    QWidget& area = *Find<QAbstractItemView>("lstPlain").viewport();
+    const auto isBlank = [&] {
+        const QImage shown = area.grab().toImage();
+        return shown == QImage(shown).scaled(1, 1).scaled(shown.size());
+    };
+    EXPECT_FALSE(isBlank()) << "the hint";
+    window.lstPlain.AddItem(" ");
+    DoEvents();
+    EXPECT_TRUE(isBlank());
+    window.lstPlain.Clear();
+    window.lstPlain.SetToolTip("of the list");
+    const std::string wide = "a <b>name</b> of " + std::string(200, 'w');
+    for (const std::string& row : {std::string("short"), wide})
+        window.lstPlain.AddItem(row);
+    DoEvents();
+    for (const auto& [row, tip] :
+        {std::pair{0, std::string("of the list")}, {1, "<qt>a &lt;b&gt;name&lt;/b&gt;" + wide.substr(13)}}) {
+        const auto& view = Find<QAbstractItemView>("lstPlain");
+        const QPoint place = view.visualRect(view.model()->index(row, 0)).topLeft() + QPoint(5, 5);
+        QHelpEvent asked(QEvent::ToolTip, place, area.mapToGlobal(place));
+        QApplication::sendEvent(&area, &asked);
+        EXPECT_EQ(QToolTip::text().toStdString(), tip);
+    }
 }
 
 TEST_F(ControlsTest, ASortedListKeepsCurrentAndHighlightedRowsOverAdditions)
