@@ -10,11 +10,14 @@
 
 #include <QLineEdit>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -89,7 +92,10 @@ int main(int argc, char** argv)
     DemoFolder folder;
     if (!folder.Prepare(postings))
         return EXIT_FAILURE;
-    const SampleServer server(postings.groups);
+    // Who watches wants to see the pictures come, and to press "Stop Action" in time.
+    SampleServer::Options options;
+    options.bodyTime = attended ? 200ms : 0ms;
+    const SampleServer server(postings.groups, options);
     if (server.Port() == 0) {
         std::fputs("tamarack-demo: no free port for the news server\n", stderr);
         return EXIT_FAILURE;

@@ -285,8 +285,9 @@ SamplePostings MakeSamplePostings()
     Poster poster;
     PostKites(poster);
     PostHarbours(poster);
-    PostPatterns(poster);
     PostOddsAndEnds(poster);
+    // What is left on the screen at the end.
+    PostPatterns(poster);
     for (const char* name : {"alt.cellos", "alt.clocks.repair", "alt.kites.makers", "comp.sundials", "free.maps",
              "misc.lanterns", "rec.boats.models", "rec.boats.wooden", "rec.garden.herbs", "sci.weather.clouds",
              "soc.villages", "talk.bridges"})

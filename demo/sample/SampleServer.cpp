@@ -109,6 +109,8 @@ void SampleServer::Serve(int descriptor)
 
         Note({name, argument});
         const SampleSession::Reply reply = session.Answer(name, argument);
+        if (name == "body")
+            std::this_thread::sleep_for(options.bodyTime);
         const std::string_view bytes = reply.bytes;
         const std::size_t firstWrite
             = options.replies == Replies::StatusLineFirst ? bytes.find('\n') + 1 : bytes.size();

@@ -2,6 +2,7 @@
 
 #include "sample/SampleGroups.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -27,6 +28,8 @@ public:
         std::string user;
         std::string password;
         Replies replies = Replies::InOneWrite;
+        // What a body takes, as on a slow line.
+        std::chrono::milliseconds bodyTime{0};
     };
 
     struct Command {
