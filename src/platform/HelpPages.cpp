@@ -57,8 +57,8 @@ struct HelpPages::Parts {
         delete contents;
     }
 
-    // The page that is shown, in the table of contents.
-    void MarkPage() { contents->setCurrentIndex(contents->indexOf(browser->source())); }
+    // In the table of contents.
+    void MarkPage(const QUrl& page) { contents->setCurrentIndex(contents->indexOf(page)); }
 
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<QHelpEngine> engine;
@@ -71,8 +71,8 @@ HelpPages::HelpPages(Container& container, std::string_view name, const Place& p
     : Control(container, new QSplitter, name, place)
     , parts(std::make_unique<Parts>(widget))
 {
-    QObject::connect(parts->browser, &QTextBrowser::sourceChanged, widget, [this] {
-        parts->MarkPage();
+    QObject::connect(parts->browser, &QTextBrowser::sourceChanged, widget, [this](const QUrl& page) {
+        parts->MarkPage(page);
         Raise(PageChange);
     });
 }
@@ -109,7 +109,7 @@ bool HelpPages::Open(const std::string& helpFile)
         });
     QObject::connect(engine->contentModel(), &QHelpContentModel::contentsCreated, parts->contents, [this] {
         parts->contents->expandAll();
-        parts->MarkPage();
+        parts->MarkPage(parts->browser->source());
     });
     engine->contentModel()->createContents(QString());
     parts->engine = std::move(engine);

@@ -113,6 +113,10 @@ TEST_F(HelpTest, EachControlHasItsTopic)
     EXPECT_TRUE(Until([&] { return contents.currentIndex().data().toString() == "How to find a news server"; }));
     Click("cmdBack");
     EXPECT_EQ(contents.currentIndex().data().toString(), "Tamarack");
+    const QModelIndex strip = contents.model()->index(7, 0, contents.currentIndex());
+    QTest::mouseClick(contents.viewport(), Qt::LeftButton, {}, contents.visualRect(strip).center());
+    EXPECT_EQ(Page(), "The preview strip");
+    EXPECT_EQ(contents.currentIndex().data().toString(), "The preview strip");
     Click("frmTamarack/Command1");
     EXPECT_EQ(WindowNamed("frmHelp"), nullptr);
 }
