@@ -61,6 +61,7 @@ void DebugWindow::Form_Resize()
 
 void DebugWindow::DebugLog(const std::string& text)
 {
+    // In characters; a line end, CR LF, is one of them.
     constexpr int longest = 32000;
     constexpr int cut = 10000;
     if (form->DebugWindow.Length() > longest)
