@@ -1,5 +1,6 @@
 #include "catalogue/GroupFilters.h"
 
+#include "catalogue/GroupCounts.h"
 #include "platform/Events.h"
 #include "platform/Text.h"
 
@@ -11,12 +12,14 @@ GroupFilters::GroupFilters(frmTamarack& mainForm, NewsSession& session)
     MainForm.cmdOrFilter.Click = [this] { cmdOrFilter_Click(); };
 }
 
-bool GroupFilters::Begin(std::vector<std::string>& terms)
+bool GroupFilters::Begin(int run, std::vector<std::string>& terms)
 {
     Session.StopFlag = false;
     MainForm.StatusBar2.Panels(4).SetText("Filtering Groups");
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     DoEvents();
+    if (run != runs)
+        return false;
     const std::string typed = MainForm.txtNewsGroups.Text();
     std::string_view rest = Trim(typed);
     while (!rest.empty()) {
@@ -33,8 +36,9 @@ bool GroupFilters::Begin(std::vector<std::string>& terms)
         rest.remove_prefix(end + 1);
     }
     MainForm.lstFilteredGroups.Clear();
-    hits = 0;
-    ShowHits();
+    ShowFilteredCount(MainForm);
+    allGroupsRevision = MainForm.lstAllGroups.Revision();
+    filteredTimesCleared = MainForm.lstFilteredGroups.TimesCleared();
     return true;
 }
 
@@ -46,32 +50,41 @@ void GroupFilters::End()
     MainForm.cmdSavePicks.SetEnabled(MainForm.lstFilteredGroups.ListCount() > 0);
 }
 
+bool GroupFilters::GoesOn(int run) const
+{
+    return run == runs && MainForm.lstAllGroups.Revision() == allGroupsRevision
+        && MainForm.lstFilteredGroups.TimesCleared() == filteredTimesCleared;
+}
+
 void GroupFilters::cmdAndFilter_Click()
 {
+    const int run = ++runs;
     std::vector<std::string> terms;
-    if (Begin(terms) && !terms.empty())
-        KeepGroupsWithAll(terms);
-    ShowHits();
+    if (Begin(run, terms) && !terms.empty())
+        KeepGroupsWithAll(run, terms);
+    if (run != runs)
+        return;
+    ShowFilteredCount(MainForm);
     End();
 }
 
 void GroupFilters::cmdOrFilter_Click()
 {
+    const int run = ++runs;
     std::vector<std::string> terms;
-    if (Begin(terms))
-        KeepGroupsWithAny(terms);
-    End();
+    if (Begin(run, terms))
+        KeepGroupsWithAny(run, terms);
+    if (run == runs)
+        End();
 }
 
-void GroupFilters::KeepGroupsWithAll(const std::vector<std::string>& terms)
+void GroupFilters::KeepGroupsWithAll(int run, const std::vector<std::string>& terms)
 {
     constexpr int progressInterval = 200;
     const ListBox& groups = MainForm.lstAllGroups;
-    const int last = groups.ListCount() - 1;
-    const std::uint64_t revision = groups.Revision();
+    const int count = groups.ListCount();
     int progress = 0;
-    // A list that changes underneath has no next entry.
-    for (int index = 0; index <= last && groups.Revision() == revision; ++index) {
+    for (int index = 0; index < count && GoesOn(run); ++index) {
         const std::string& group = groups.List(index);
         bool failed = false;
         ++progress;
@@ -80,10 +93,10 @@ void GroupFilters::KeepGroupsWithAll(const std::vector<std::string>& terms)
             if (failed)
                 break;
             if (progress > progressInterval) {
-                ShowHits();
+                ShowFilteredCount(MainForm);
                 progress = 0;
                 DoEvents();
-                if (groups.Revision() != revision)
+                if (!GoesOn(run))
                     return;
             }
             if (Session.StopFlag) {
@@ -92,42 +105,37 @@ void GroupFilters::KeepGroupsWithAll(const std::vector<std::string>& terms)
             }
         }
         if (!failed)
-            Keep(group);
+            MainForm.lstFilteredGroups.AddItem(group);
         DoEvents();
     }
 }
 
-void GroupFilters::KeepGroupsWithAny(const std::vector<std::string>& terms)
+void GroupFilters::KeepGroupsWithAny(int run, const std::vector<std::string>& terms)
 {
     constexpr int progressInterval = 400;
     const ListBox& groups = MainForm.lstAllGroups;
-    const std::uint64_t revision = groups.Revision();
     int progress = 0;
     for (const std::string& term : terms) {
         const int count = groups.ListCount();
-        for (int index = 0; index < count && groups.Revision() == revision; ++index) {
+        for (int index = 0; index < count; ++index) {
             const std::string& group = groups.List(index);
             if (group.find(term) != std::string::npos)
-                Keep(group);
+                MainForm.lstFilteredGroups.AddItem(group);
             if (++progress > progressInterval) {
-                ShowHits();
+                ShowFilteredCount(MainForm);
                 progress = 0;
                 DoEvents();
+                if (!GoesOn(run))
+                    return;
             }
             if (Session.StopFlag) {
                 Session.TcpDisconnect();
                 return;
             }
         }
-        ShowHits();
+        ShowFilteredCount(MainForm);
         DoEvents();
+        if (!GoesOn(run))
+            return;
     }
 }
-
-void GroupFilters::Keep(const std::string& group)
-{
-    MainForm.lstFilteredGroups.AddItem(group);
-    ++hits;
-}
-
-void GroupFilters::ShowHits() { MainForm.StatusBar2.Panels(2).SetText("Filtered: " + std::to_string(hits)); }

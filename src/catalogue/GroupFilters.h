@@ -18,16 +18,19 @@ private:
     // Keeps the groups that hold any term, once for each term that they hold.
     void cmdOrFilter_Click();
 
-    void KeepGroupsWithAll(const std::vector<std::string>& terms);
-    void KeepGroupsWithAny(const std::vector<std::string>& terms);
-
-    // False if it was stopped; the filtered list is then as it was.
-    bool Begin(std::vector<std::string>& terms);
+    // False if it was stopped or another run has begun; the filtered list is then not this run's.
+    bool Begin(int run, std::vector<std::string>& terms);
+    void KeepGroupsWithAll(int run, const std::vector<std::string>& terms);
+    void KeepGroupsWithAny(int run, const std::vector<std::string>& terms);
     void End();
-    void Keep(const std::string& group);
-    void ShowHits();
+
+    // To be asked after each yield: false once a later press of a button has replaced this run, which then ends where
+    // it is and touches nothing more, or once one of the lists has become another one.
+    bool GoesOn(int run) const;
 
     frmTamarack& MainForm;
     NewsSession& Session;
-    int hits = 0;
+    int runs = 0;
+    std::uint64_t allGroupsRevision = 0; // as the latest run has found it
+    std::uint64_t filteredTimesCleared = 0; // as the latest run has left it
 };

@@ -1,5 +1,6 @@
 #include "catalogue/GroupStore.h"
 
+#include "catalogue/GroupCounts.h"
 #include "catalogue/GroupText.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
@@ -42,7 +43,7 @@ void GroupStore::FillGroupList(ListBox& list, std::string_view text)
 {
     constexpr int progressInterval = 200;
     ShowActivity("Filling List");
-    ShowTotal(0);
+    ShowTotalCount(MainForm, 0);
     Session.StopFlag = false;
     list.SetVisible(false);
     MainForm.Label1.SetVisible(true);
@@ -55,7 +56,7 @@ void GroupStore::FillGroupList(ListBox& list, std::string_view text)
             ++count;
         }
         if (progress > progressInterval) {
-            ShowTotal(count);
+            ShowTotalCount(MainForm, count);
             progress = 0;
             DoEvents();
             if (list.ListCount() > mostGroups)
@@ -69,7 +70,7 @@ void GroupStore::FillGroupList(ListBox& list, std::string_view text)
     }
     MainForm.Label1.SetVisible(false);
     list.SetVisible(true);
-    ShowTotal(count);
+    ShowTotalCount(MainForm, count);
     ShowActivity("");
 }
 
@@ -87,13 +88,13 @@ void GroupStore::cmdRefresh_Click()
     Session.StopFlag = false;
     if (Session.TcpConnect()) {
         MainForm.SetMousePointer(MousePointer::ArrowHourglass);
-        ShowTotal(0);
+        ShowTotalCount(MainForm, 0);
         ShowActivity("Scanning Groups ");
         MainForm.lstAllGroups.Clear();
         DoEvents();
         Session.CmdList();
         ShowActivity("");
-        ShowTotal(MainForm.lstAllGroups.ListCount());
+        ShowTotalCount(MainForm, MainForm.lstAllGroups.ListCount());
         DoEvents();
     } else {
         MainForm.StatusBar1.Panels(1).SetText("Status: Error Connecting");
@@ -109,6 +110,7 @@ void GroupStore::cmdRefreshDisk_Click()
         return;
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     MainForm.lstAllGroups.Clear();
+    ShowTotalCount(MainForm, 0);
     if (MainForm.cboNewsServer.ListCount() == 0)
         desktop.MsgBox("You must setup a news server!", "Error", MessageButtons::OkCancel);
     else
@@ -122,7 +124,7 @@ void GroupStore::ReadGroupFile()
     if (file.Length() < 1)
         ShowEmptyServerMessage();
     else
-        FillGroupList(MainForm.lstAllGroups, file.ReadField());
+        FillGroupList(MainForm.lstAllGroups, file.ReadQuotedField());
 }
 
 void GroupStore::LoadGroupsFromDisk(const std::string& fileName, ProgressBar& progressBar, Label& activity)
@@ -150,7 +152,7 @@ void GroupStore::LoadGroupsFromDisk(const std::string& fileName, ProgressBar& pr
             activity.SetCaption("Loading groups from Disk...");
             DoEvents();
         }
-        const std::string field = file.ReadField();
+        const std::string field = file.ReadQuotedField();
         if (shown)
             activity.SetCaption("Filling list box...");
         GroupText lines(field);
@@ -169,7 +171,7 @@ void GroupStore::LoadGroupsFromDisk(const std::string& fileName, ProgressBar& pr
     }
     list.SetVisible(true);
     progressBar.SetValue(inRange(file.Length()));
-    ShowTotal(list.ListCount());
+    ShowTotalCount(MainForm, list.ListCount());
 }
 
 void GroupStore::ShowEmptyServerMessage()
@@ -180,7 +182,5 @@ void GroupStore::ShowEmptyServerMessage()
                    "News Groups tab to do this.",
         "The Tamarack");
 }
-
-void GroupStore::ShowTotal(int count) { MainForm.StatusBar2.Panels(1).SetText("Total: " + std::to_string(count)); }
 
 void GroupStore::ShowActivity(std::string_view text) { MainForm.StatusBar2.Panels(4).SetText(text); }

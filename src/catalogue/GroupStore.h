@@ -24,7 +24,6 @@ private:
     void WriteGroupFile(const std::string& text);
     void ShowEmptyServerMessage();
     void ReadGroupFile();
-    void ShowTotal(int count);
     void ShowActivity(std::string_view text);
 
     frmTamarack& MainForm;

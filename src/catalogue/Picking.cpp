@@ -1,5 +1,6 @@
 #include "catalogue/Picking.h"
 
+#include "catalogue/GroupCounts.h"
 #include "platform/Events.h"
 #include "platform/Text.h"
 
@@ -24,7 +25,7 @@ void Picking::lstAllGroups_DblClick()
 {
     const ListBox& groups = MainForm.lstAllGroups;
     MainForm.lstSelectedGroups.AddItem(groups.List(groups.ListIndex()));
-    ShowSelectedCount();
+    ShowSelectedCount(MainForm);
 }
 
 void Picking::lstFilteredGroups_DblClick()
@@ -35,8 +36,8 @@ void Picking::lstFilteredGroups_DblClick()
         return;
     MainForm.lstSelectedGroups.AddItem(groups.List(row));
     groups.RemoveItem(row);
-    ShowFilteredCount();
-    ShowSelectedCount();
+    ShowFilteredCount(MainForm);
+    ShowSelectedCount(MainForm);
 }
 
 void Picking::lstSelectedGroups_DblClick()
@@ -45,7 +46,7 @@ void Picking::lstSelectedGroups_DblClick()
     if (groups.ListIndex() < 0)
         return;
     groups.RemoveItem(groups.ListIndex());
-    ShowSelectedCount();
+    ShowSelectedCount(MainForm);
 }
 
 void Picking::cmdSavePicks_Click()
@@ -57,8 +58,8 @@ void Picking::cmdSavePicks_Click()
             MainForm.lstSelectedGroups.AddItem(groups.List(row));
     }
     RemoveHighlightedRows(groups);
-    ShowFilteredCount();
-    ShowSelectedCount();
+    ShowFilteredCount(MainForm);
+    ShowSelectedCount(MainForm);
     MainForm.SetMousePointer(MousePointer::Default);
 }
 
@@ -68,13 +69,13 @@ void Picking::Command3_Click()
     if (name.empty())
         return;
     MainForm.lstSelectedGroups.AddItem(name);
-    ShowSelectedCount();
+    ShowSelectedCount(MainForm);
 }
 
 void Picking::cmdClearAll_Click()
 {
     MainForm.lstSelectedGroups.Clear();
-    ShowSelectedCount();
+    ShowSelectedCount(MainForm);
 }
 
 void Picking::cmdClearSelected_Click()
@@ -82,7 +83,7 @@ void Picking::cmdClearSelected_Click()
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     DoEvents();
     RemoveHighlightedRows(MainForm.lstSelectedGroups);
-    ShowSelectedCount();
+    ShowSelectedCount(MainForm);
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
 }
@@ -127,14 +128,4 @@ void Picking::RemoveHighlightedRows(ListBox& list)
         if (list.Selected(row))
             list.RemoveItem(row);
     }
-}
-
-void Picking::ShowFilteredCount()
-{
-    MainForm.StatusBar2.Panels(2).SetText("Filtered: " + std::to_string(MainForm.lstFilteredGroups.ListCount()));
-}
-
-void Picking::ShowSelectedCount()
-{
-    MainForm.StatusBar2.Panels(3).SetText("Selected: " + std::to_string(MainForm.lstSelectedGroups.ListCount()));
 }

@@ -19,8 +19,6 @@ private:
 
     void MoveCurrentRow(int to, int highlightedAfterwards);
     void RemoveHighlightedRows(ListBox& list);
-    void ShowFilteredCount();
-    void ShowSelectedCount();
 
     frmTamarack& MainForm;
 };

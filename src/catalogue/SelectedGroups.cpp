@@ -1,5 +1,6 @@
 #include "catalogue/SelectedGroups.h"
 
+#include "catalogue/GroupCounts.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
 #include "platform/Files.h"
@@ -22,29 +23,29 @@ void SelectedGroups::LoadSelectedGroups()
     list.Clear();
     const std::string fileName = FileName();
     SequentialInput file(fileName);
+    const int load = ++loads;
+    unreadFile = file.IsWhole() && !file.IsOpen() ? "" : fileName;
     if (!file.IsOpen())
         return;
-    loading = true;
-    // Another server that is chosen meanwhile has its own groups in the list by then.
-    while (!file.AtEnd() && FileName() == fileName) {
+    // Another server that is chosen or deleted meanwhile has its own groups in the list by then.
+    while (!file.AtEnd() && load == loads && FileName() == fileName) {
         list.AddItem(file.ReadField());
         DoEvents();
     }
-    // What could not be read is not written over.
-    loading = !file.IsWhole();
-    MainForm.StatusBar2.Panels(3).SetText("Selected: " + std::to_string(list.ListCount()));
+    if (load == loads && file.IsWhole())
+        unreadFile.clear();
+    ShowSelectedCount(MainForm);
 }
 
 void SelectedGroups::SaveSelectedGroups()
 {
-    if (loading)
+    if (FileName() == unreadFile)
         return;
     const ListBox& list = MainForm.lstSelectedGroups;
     std::string content;
     for (int row = 0; row < list.ListCount(); ++row) {
         const std::string_view name = Trim(list.List(row));
-        // No group has a quotation mark, which would make one field of all rows behind it when they are read back.
-        if (!name.empty() && name.find('"') == std::string_view::npos)
+        if (!name.empty())
             content.append(name).append("\r\n");
     }
     (void)ReplaceFile(FileName(), {content});

@@ -3,7 +3,7 @@
 #include "session/NewsSession.h"
 
 // The working list of a search, lstSelectedGroups, and the file that keeps it for its server: one name to a line, each
-// line ended by CR LF.
+// line ended by CR LF, without any quoting.
 class SelectedGroups {
 public:
     SelectedGroups(frmTamarack& mainForm, NewsSession& session);
@@ -11,8 +11,8 @@ public:
     // Replaces the list with the file of the current server. A missing file leaves it empty.
     void LoadSelectedGroups();
 
-    // Writes the list to the file of the current server. A failure leaves the old file, and so does an end of the
-    // program while the list is only half read.
+    // Writes the list to the file of the current server. A failure leaves the old file, and a file of which the list
+    // does not hold all, as it could not be read or is still being read, is left alone.
     void SaveSelectedGroups();
 
 private:
@@ -20,5 +20,6 @@ private:
 
     frmTamarack& MainForm;
     NewsSession& Session;
-    bool loading = false;
+    std::string unreadFile; // the file of which the list does not hold all, if there is one
+    int loads = 0;
 };

@@ -190,8 +190,11 @@ SequentialInput::SequentialInput(const std::string& path)
     // Opening a pipe must not wait for its other end.
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status { };
-    if (file.Get() < 0 || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (file.Get() < 0 || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        // A link that leads nowhere is there, too.
+        whole = lstat(path.c_str(), &status) != 0 && errno == ENOENT;
         return;
+    }
     open = true;
     // One byte more than there seem to be, so that the end is seen without more room.
     content.resize(static_cast<std::size_t>(status.st_size) + 1);
@@ -209,26 +212,36 @@ SequentialInput::SequentialInput(const std::string& path)
 
 std::string SequentialInput::ReadField()
 {
-    position = std::min(content.find_first_not_of(' ', position), content.size());
-    std::string field;
-    if (!AtEnd() && content[position] == '"') {
-        const std::size_t end = std::min(content.find('"', position + 1), content.size());
-        field = content.substr(position + 1, end - position - 1);
-        position = std::min(end + 1, content.size());
-        position = std::min(content.find_first_not_of(' ', position), content.size());
-    } else {
-        const std::size_t end = std::min(content.find_first_of(",\r\n", position), content.size());
-        field = content.substr(position, end - position);
-        position = end;
-    }
-    // One comma or one line end belongs to the field.
-    if (!AtEnd() && content[position] == ',')
-        ++position;
-    else if (content.compare(position, 2, "\r\n") == 0)
-        position += 2;
-    else if (!AtEnd() && (content[position] == '\r' || content[position] == '\n'))
-        ++position;
+    SkipBlanks();
+    const std::size_t end = std::min(content.find_first_of(",\r\n", position), content.size());
+    std::string field = content.substr(position, end - position);
+    position = end;
+    EndField();
     return field;
+}
+
+std::string SequentialInput::ReadQuotedField()
+{
+    SkipBlanks();
+    if (AtEnd() || content[position] != '"')
+        return ReadField();
+    const std::size_t end = std::min(content.find('"', position + 1), content.size());
+    std::string field = content.substr(position + 1, end - position - 1);
+    position = std::min(end + 1, content.size());
+    SkipBlanks();
+    EndField();
+    return field;
+}
+
+void SequentialInput::SkipBlanks() { position = std::min(content.find_first_not_of(' ', position), content.size()); }
+
+// One comma or one line end belongs to the field.
+void SequentialInput::EndField()
+{
+    if (content.compare(position, 2, "\r\n") == 0)
+        position += 2;
+    else if (!AtEnd() && (content[position] == ',' || content[position] == '\r' || content[position] == '\n'))
+        ++position;
 }
 
 LockFile::LockFile(const std::string& path)

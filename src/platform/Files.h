@@ -47,20 +47,28 @@ enum class EntryKind { Directory, File };
 // sorted regardless of ASCII case. None if the directory cannot be read.
 std::optional<std::vector<std::string>> NamesIn(const std::string& directory, EntryKind kind);
 
-// Reads a text file by fields, as a spreadsheet's lines: leading blanks are skipped; a field ends at a comma or a line
-// end, or, if it begins with a double quote, at the next double quote, line ends being part of it. A file that can be
-// read no further ends there.
+// Reads a text file by fields, as a spreadsheet's lines. A file that can be read no further ends there.
 class SequentialInput {
 public:
     explicit SequentialInput(const std::string& path);
 
     bool IsOpen() const { return open; }
+    // False if there is more than could be read, or something that cannot be read at all.
     bool IsWhole() const { return whole; }
     std::size_t Length() const { return content.size(); }
     bool AtEnd() const { return position >= content.size(); }
+
+    // Leading blanks are skipped; a field ends at a comma or a line end.
     std::string ReadField();
 
+    // The same, but a field that begins with a double quote ends at the next one, commas and line ends being part of
+    // it.
+    std::string ReadQuotedField();
+
 private:
+    void SkipBlanks();
+    void EndField();
+
     std::string content;
     std::size_t position = 0;
     bool open = false;

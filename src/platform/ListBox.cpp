@@ -291,6 +291,7 @@ void ListBox::RemoveItem(int index)
 void ListBox::Clear()
 {
     ++revision;
+    ++timesCleared;
     ListView().rows.Clear();
 }
 

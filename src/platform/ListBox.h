@@ -39,6 +39,8 @@ public:
 
     // Counts the changes of the rows, for a loop that must notice one.
     std::uint64_t Revision() const { return revision; }
+    // Counts how often the list was emptied at once, for a loop that fills it.
+    std::uint64_t TimesCleared() const { return timesCleared; }
 
     // Another row has become the current one, through the user or from code.
     std::function<void()> Click;
@@ -54,4 +56,5 @@ private:
 
     ListStyle style;
     std::uint64_t revision = 0;
+    std::uint64_t timesCleared = 0;
 };

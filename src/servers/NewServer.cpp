@@ -1,5 +1,6 @@
 #include "servers/NewServer.h"
 
+#include "catalogue/GroupCounts.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
 #include "platform/Files.h"
@@ -81,9 +82,7 @@ void NewServer::cmdSave_Click(frmNewsServer& form)
         }
         MainForm.cboNewsServer.AddItem(name);
         MainForm.cboNewsServer.SetListIndex(MainForm.cboNewsServer.ListCount() - 1);
-        MainForm.lstAllGroups.Clear();
-        MainForm.lstFilteredGroups.Clear();
-        MainForm.lstSelectedGroups.Clear();
+        ClearGroupLists(MainForm);
         settings.SaveSetting(ServerSettings::section, name, "1");
         settings.SaveSetting(ServerSettings::section, ServerSettings::defaultKey, name);
     }

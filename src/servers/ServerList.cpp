@@ -1,5 +1,6 @@
 #include "servers/ServerList.h"
 
+#include "catalogue/GroupCounts.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
 #include "platform/Files.h"
@@ -92,9 +93,9 @@ void ServerList::cmdDeleteServer_Click()
     settings.DeleteSetting(section, key);
     credentials.Forget(key);
     servers.RemoveItem(servers.ListIndex());
-    MainForm.lstFilteredGroups.Clear();
-    MainForm.lstAllGroups.Clear();
-    MainForm.lstSelectedGroups.Clear();
+    ClearGroupLists(MainForm);
+    // Nobody else ends the session with the last server.
+    Session.TcpDisconnect();
     if (servers.ListCount() > 0) {
         servers.SetListIndex(0);
         SaveDefault();

@@ -2,23 +2,31 @@
 #include "session/NewsSession.h"
 
 #include <limits>
+#include <utility>
 
-void NewsSession::SendLine(std::string_view text)
+bool NewsSession::SendLine(std::string_view text)
 {
+    if (text.find_first_of("\r\n") != std::string_view::npos)
+        return false;
     std::string line(text);
     line += "\r\n";
     MainForm.TCP1.SendData(line);
     if (DebugOn)
         Log("#" + line);
+    return true;
 }
 
 bool NewsSession::Send(::CommandKind kind, const std::string& line)
 {
     if (MainForm.TCP1.State() != SocketState::Connected)
         return false;
-    ReplyState = ReplyState::Awaiting;
-    CommandKind = kind;
-    SendLine(line);
+    const ::ReplyState stateBefore = std::exchange(ReplyState, ReplyState::Awaiting);
+    const ::CommandKind kindBefore = std::exchange(CommandKind, kind);
+    if (!SendLine(line)) {
+        ReplyState = stateBefore;
+        CommandKind = kindBefore;
+        return false;
+    }
     // A stop that was asked for before the command is dropped here.
     StopFlag = false;
     return true;

@@ -55,8 +55,9 @@ public:
     // Closes the connection, at any time.
     void TcpDisconnect();
 
-    // Sends a command without its line end. The socket must be connected.
-    void SendLine(std::string_view text);
+    // Sends a command without its line end. The socket must be connected. False, and nothing is sent, if the text holds
+    // CR or LF, which would make a command of what stands behind it.
+    [[nodiscard]] bool SendLine(std::string_view text);
 
     // True if the group may be scanned; FirstArticle and LastArticle are then set. A group that does not exist is told
     // to the user. True comes back after a class 5 reply and after a stop as well: look at StopFlag.
@@ -120,7 +121,8 @@ private:
     bool CmdAuthPass();
     bool Authenticate(::CommandKind kind, const std::string& line);
 
-    // The steps that every command begins with: false, and nothing is sent, unless the socket is connected.
+    // The steps that every command begins with: false, and nothing is sent or changed, unless the socket is connected
+    // and the line can be sent.
     bool Send(::CommandKind kind, const std::string& line);
     const std::string& WaitForText();
 

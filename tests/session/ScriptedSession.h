@@ -66,7 +66,7 @@ struct ScriptedSession {
         MainForm.chkUserName.SetValue(haveUserName ? 1 : 0);
         Session.CommandKind = kind;
         Session.ReplyState = ReplyState::Awaiting;
-        Session.SendLine("command");
+        ASSERT_TRUE(Session.SendLine("command"));
         EXPECT_TRUE(Until([this] { return Session.ReplyState != ReplyState::Awaiting && Server.Finished(); }))
             << Server.FirstProblem();
     }

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "forms/frmTamarack.h"
+
+// The panels that tell how many groups the lists hold.
+
+inline void ShowTotalCount(frmTamarack& MainForm, int count)
+{
+    MainForm.StatusBar2.Panels(1).SetText("Total: " + std::to_string(count));
+}
+
+inline void ShowFilteredCount(frmTamarack& MainForm)
+{
+    MainForm.StatusBar2.Panels(2).SetText("Filtered: " + std::to_string(MainForm.lstFilteredGroups.ListCount()));
+}
+
+inline void ShowSelectedCount(frmTamarack& MainForm)
+{
+    MainForm.StatusBar2.Panels(3).SetText("Selected: " + std::to_string(MainForm.lstSelectedGroups.ListCount()));
+}
+
+// Empties all three lists, as for a server that is new or gone.
+inline void ClearGroupLists(frmTamarack& MainForm)
+{
+    MainForm.lstFilteredGroups.Clear();
+    MainForm.lstAllGroups.Clear();
+    MainForm.lstSelectedGroups.Clear();
+    ShowTotalCount(MainForm, 0);
+    ShowFilteredCount(MainForm);
+    ShowSelectedCount(MainForm);
+}
