@@ -13,10 +13,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const std::string path = folder.File("kept");
     MakeFile(path, {reinterpret_cast<const char*>(bytes), size});
 
-    SequentialInput input(path);
-    for (std::size_t fields = 0; !input.AtEnd(); ++fields) {
-        if (input.ReadField().size() > size || fields > size)
-            std::abort();
+    for (const auto read : {&SequentialInput::ReadField, &SequentialInput::ReadQuotedField}) {
+        SequentialInput input(path);
+        for (std::size_t fields = 0; !input.AtEnd(); ++fields) {
+            if ((input.*read)().size() > size || fields > size)
+                std::abort();
+        }
     }
 
     const PointerFile pointers(path);

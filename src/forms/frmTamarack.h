@@ -135,8 +135,10 @@ struct frmTamarack : Form {
     CheckBox chkAutoLoad{allGroups, "chkAutoLoad", "Auto-load from disk", {2895, 900, 2175, 345}, 1};
 
     StatusBar StatusBar2{SSTMain.Page(3), "StatusBar2", {45, 2310, 5160, 270},
-        {{1200, "Total: 0", "Total number of active groups"}, {1290, "Filtered: 0", "Total number of filtered groups"},
-            {1290, "Selected: 0", "Total number of selected groups"}, {0, ""}}};
+        {{"Total: 64318", "Total: 0", "Total number of active groups"},
+            {"Filtered: 64318", "Filtered: 0", "Total number of filtered groups"},
+            {"Selected: 64318", "Selected: 0", "Total number of selected groups"},
+            {"Scanning Groups", "", "", PanelStyle::Text, true}}};
 
     CommandButton cmdFindNow{*this, "cmdFindNow", "Find Now", {5385, 1260, 1200, 345}};
     CommandButton cmdStop{*this, "cmdStop", "Stop Action", {5385, 1755, 1200, 345}};
@@ -168,8 +170,9 @@ struct frmTamarack : Form {
     ImageControl Image1{*this, "Image1", {9000, 0, 4500, 3000}};
 
     StatusBar StatusBar1{*this, "StatusBar1", {0, 6015, 6630, 330},
-        {{0, "Status: Disconnected", "Connection Status"}, {1140, "Items: 0", "Total items found"}, {945, "Tamarack"},
-            {900, "", "Current Time"}, {1230, "", "Current Date", PanelStyle::Date}},
+        {{"Status: Username Required", "Status: Disconnected", "Connection Status", PanelStyle::Text, true},
+            {"Items: 10000", "Items: 0", "Total items found"}, {"Tamarack", "Tamarack"},
+            {"22:22:22", "", "Current Time"}, {"", "", "Current Date", PanelStyle::Date}},
         StatusBarPlace::BottomEdge};
 
     Timer Timer1{std::chrono::milliseconds(15000)};

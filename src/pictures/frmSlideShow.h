@@ -62,8 +62,9 @@ struct frmSlideShow : Form {
     Panel Frame1[2] = {{*this, "Frame1(0)", {0, 15, 6795, 30}, PanelEdge::Sunken},
         {*this, "Frame1(1)", {0, 6255, 6795, 30}, PanelEdge::Sunken}};
     StatusBar StatusBar1{*this, "StatusBar1", {0, 6300, 6450, 345},
-        {{2100, "", "Current image number displayed"}, {1100, "Stopped", "Current pane being updated"},
-            {0, "", "Filename of image mouse is currently over"}},
+        {{"Displaying 1000 of 1000", "", "Current image number displayed"},
+            {"Stopped", "Stopped", "Current pane being updated"},
+            {"", "", "Filename of image mouse is currently over", PanelStyle::Text, true}},
         StatusBarPlace::BottomEdge};
     // Reads each picture; it lies to the right of the window, where nobody sees it.
     ImageControl Picture1{*this, "Picture1", {6810, 4530, 1515, 1350}};

@@ -4,17 +4,18 @@
 #include "platform/HelpTopic.h"
 
 #include <QEvent>
+#include <QGroupBox>
+#include <QPointer>
 #include <QWidget>
 
-namespace {
-
-class FocusWatch : public QObject {
+class Control::FocusKeeper : public QObject {
 public:
-    FocusWatch(QObject* watched, Control& watchedControl)
-        : QObject(watched)
+    FocusKeeper(QWidget& watched, Control& watchedControl)
+        : QObject(&watched)
+        , widget(watched)
         , control(watchedControl)
     {
-        watched->installEventFilter(this);
+        widget.installEventFilter(this);
     }
 
     bool eventFilter(QObject*, QEvent* event) override
@@ -26,21 +27,47 @@ public:
         return false;
     }
 
-private:
-    Control& control;
-};
+    // The toolkit would hand the focus on to the next control, and the next key press would change that one. What the
+    // control lies in does nothing with keys, and Tab goes on from there.
+    void PutAway()
+    {
+        QWidget* const focused = widget.window()->focusWidget();
+        if (focused == nullptr || (focused != &widget && !widget.isAncestorOf(focused)))
+            return;
+        QWidget* container = widget.parentWidget();
+        // A group box would pass it on to the first control in it.
+        while (qobject_cast<QGroupBox*>(container) != nullptr)
+            container = container->parentWidget();
+        owner = focused;
+        keptAt = container;
+        container->setFocus();
+    }
 
-}
+    void BringBack()
+    {
+        if (owner == nullptr || !owner->isEnabled() || owner->isHidden())
+            return;
+        if (keptAt != nullptr && keptAt->window()->focusWidget() == keptAt)
+            owner->setFocus();
+        owner = nullptr;
+    }
+
+private:
+    QWidget& widget;
+    Control& control;
+    QPointer<QWidget> owner; // of the focus, until it was put away
+    QPointer<QWidget> keptAt;
+};
 
 void Container::SetFallbackTopic(int number) { content->setProperty(helpTopicProperty, number); }
 
 Control::Control(Container& container, QWidget* newWidget, std::string_view name, const Place& newPlace)
     : widget(newWidget)
+    , focusKeeper(new FocusKeeper(*newWidget, *this))
     , currentPlace(newPlace)
 {
     widget->setParent(container.Content());
     widget->setObjectName(ToDisplay(name));
-    new FocusWatch(widget, *this);
     Move(newPlace);
 }
 
@@ -50,12 +77,26 @@ std::string Control::Name() const { return FromDisplay(widget->objectName()); }
 
 bool Control::Enabled() const { return widget->isEnabledTo(widget->parentWidget()); }
 
-void Control::SetEnabled(bool enabled) { widget->setEnabled(enabled); }
+void Control::SetEnabled(bool enabled)
+{
+    if (!enabled)
+        focusKeeper->PutAway();
+    widget->setEnabled(enabled);
+    if (enabled)
+        focusKeeper->BringBack();
+}
 
 // A control on a tab that has not been in front yet is hidden too, but not by its own doing.
 bool Control::Visible() const { return !(widget->testAttribute(Qt::WA_WState_ExplicitShowHide) && widget->isHidden()); }
 
-void Control::SetVisible(bool visible) { widget->setVisible(visible); }
+void Control::SetVisible(bool visible)
+{
+    if (!visible)
+        focusKeeper->PutAway();
+    widget->setVisible(visible);
+    if (visible)
+        focusKeeper->BringBack();
+}
 
 // Edges are rounded, not sizes, so that what lines up in the design lines up on screen.
 void Control::Move(const Place& newPlace)

@@ -42,9 +42,10 @@ public:
 
     std::string Name() const;
 
+    // A control that is disabled or hidden while it, or what it holds, has the keyboard focus has it again afterwards,
+    // unless the user has moved on. Meanwhile no other control has it.
     bool Enabled() const;
     void SetEnabled(bool enabled);
-
     bool Visible() const;
     void SetVisible(bool visible);
 
@@ -85,6 +86,8 @@ private:
     friend class Form;
     friend class Label;
     friend class Stepper;
+    class FocusKeeper;
 
+    FocusKeeper* const focusKeeper; // owned by the widget
     Place currentPlace;
 };

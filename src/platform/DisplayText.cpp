@@ -13,12 +13,17 @@ constexpr std::array<char16_t, 32> windows1252HighControls{0x20AC, 0xFFFD, 0x201
     0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0xFFFD, 0x017D, 0xFFFD, 0xFFFD, 0x2018, 0x2019, 0x201C, 0x201D,
     0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0xFFFD, 0x017E, 0x0178};
 
-bool Misleads(char16_t character)
+// Cannot be seen, or turns round what stands beside it.
+bool IsMark(char16_t character)
 {
-    return (character < 0x20 && character != u'\n' && character != u'\r') || (character >= 0x7f && character < 0xa0)
-        || character == 0x061c || (character >= 0x200b && character <= 0x200f)
+    return character == 0x061c || (character >= 0x200b && character <= 0x200f)
         || (character >= 0x2028 && character <= 0x202e) || (character >= 0x2060 && character <= 0x206f)
         || character == 0xfeff;
+}
+
+bool IsControl(char16_t character)
+{
+    return (character < 0x20 && character != u'\n' && character != u'\r') || (character >= 0x7f && character < 0xa0);
 }
 
 }
@@ -51,7 +56,16 @@ QString ToShow(std::string_view bytes)
     if (length < bytes.size())
         text += u'\u2026';
     for (QChar& character : text) {
-        if (Misleads(character.unicode()))
+        if (IsControl(character.unicode()))
+            character = QChar::ReplacementCharacter;
+    }
+    return WithMarksMasked(text);
+}
+
+QString WithMarksMasked(QString text)
+{
+    for (QChar& character : text) {
+        if (IsMark(character.unicode()))
             character = QChar::ReplacementCharacter;
     }
     return text;

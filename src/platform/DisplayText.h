@@ -19,3 +19,6 @@ QString ToShow(std::string_view bytes);
 
 // A text for a tool tip, which would else be taken for rich text if it looks so.
 QString ToToolTip(const QString& shown);
+
+// A text of a field, whole, with the replacement character for each direction mark and each character without width.
+QString WithMarksMasked(QString text);

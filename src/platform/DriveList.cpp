@@ -4,6 +4,7 @@
 
 #include <QComboBox>
 #include <QFile>
+#include <QSignalBlocker>
 #include <QStorageInfo>
 #include <algorithm>
 
@@ -42,13 +43,36 @@ bool Holds(std::string_view mountPoint, std::string_view path)
 
 }
 
+class DriveList::View : public QComboBox {
+public:
+    explicit View(DriveList& ownerList)
+        : list(ownerList)
+    {
+    }
+
+    void showPopup() override
+    {
+        list.LookForVolumes();
+        QComboBox::showPopup();
+    }
+
+protected:
+    // Keys choose without opening the list.
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        list.LookForVolumes();
+        QComboBox::keyPressEvent(event);
+    }
+
+private:
+    DriveList& list;
+};
+
 DriveList::DriveList(Container& container, std::string_view name, const Place& place)
-    : Control(container, new QComboBox, name, place)
-    , mountPoints(MountPoints())
+    : Control(container, new View(*this), name, place)
 {
+    LookForVolumes();
     auto* combo = static_cast<QComboBox*>(widget);
-    for (const std::string& mountPoint : mountPoints)
-        combo->addItem(ToDisplay(mountPoint));
     QObject::connect(combo, &QComboBox::currentIndexChanged, combo, [this] { Raise(Change); });
 }
 
@@ -57,8 +81,28 @@ std::string DriveList::Drive() const
     return mountPoints.at(static_cast<std::size_t>(static_cast<QComboBox*>(widget)->currentIndex()));
 }
 
+void DriveList::LookForVolumes()
+{
+    auto* combo = static_cast<QComboBox*>(widget);
+    std::vector<std::string> found = MountPoints();
+    const std::string current = combo->currentIndex() < 0 ? "/" : Drive();
+    const auto place = std::lower_bound(found.begin(), found.end(), current);
+    const auto row = static_cast<int>(place - found.begin());
+    if (place == found.end() || *place != current)
+        found.insert(place, current);
+    if (found == mountPoints)
+        return;
+    mountPoints = std::move(found);
+    const QSignalBlocker quiet(combo);
+    combo->clear();
+    for (const std::string& mountPoint : mountPoints)
+        combo->addItem(ToShow(mountPoint));
+    combo->setCurrentIndex(row);
+}
+
 void DriveList::SetDrive(std::string_view path)
 {
+    LookForVolumes();
     // Sorted, so that the last that fits is the nearest.
     int nearest = 0;
     for (std::size_t row = 0; row < mountPoints.size(); ++row) {

@@ -4,7 +4,9 @@
 
 #include <vector>
 
-// The volumes that are mounted, each shown by its mount point. The root directory is always among them.
+// The volumes that are mounted, each shown by its mount point. The root directory is always among them. They are looked
+// for anew when the list is about to be used and when the current one is set; the current one stays in the list as long
+// as it is that.
 class DriveList : public Control {
 public:
     DriveList(Container& container, std::string_view name, const Place& place);
@@ -19,5 +21,9 @@ public:
     std::function<void()> Change; // another volume is the current one, from code too
 
 private:
+    class View;
+
+    void LookForVolumes();
+
     std::vector<std::string> mountPoints;
 };

@@ -38,7 +38,7 @@ void LogArea::Append(std::string_view text)
     QTextCursor cursor(edit->document());
     cursor.movePosition(QTextCursor::End);
     // A line end may come in two pieces.
-    QString shown = ToDisplay(text);
+    QString shown = WithMarksMasked(ToDisplay(text));
     if (endedInCr && shown.startsWith(u'\n'))
         shown.remove(0, 1);
     endedInCr = shown.endsWith(u'\r');

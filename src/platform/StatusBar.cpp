@@ -2,22 +2,48 @@
 
 #include "platform/DisplayText.h"
 
+#include <QApplication>
 #include <QBoxLayout>
 #include <QDateTime>
 #include <QEvent>
+#include <QFontInfo>
 #include <QLabel>
 #include <QLocale>
 #include <QTimer>
+#include <algorithm>
+#include <vector>
+
+// What the panels lie in.
+class StatusPanel::Row : public QWidget {
+public:
+    Row() { layout.setContentsMargins(0, 0, 0, 0); }
+
+    void Add(Field* field);
+
+    // Gives each panel the room for its longest text. In many fonts the longest texts do not fit side by side; then the
+    // letters are smaller by what that takes, down to three quarters.
+    void Fit();
+
+private:
+    static constexpr int spacing = 1;
+
+    QHBoxLayout layout{this};
+    std::vector<Field*> fields;
+};
 
 class StatusPanel::Field : public QLabel {
 public:
-    explicit Field(QWidget* bar)
-        : QLabel(bar)
+    Field(Row& ownerRow, const StatusPanelDesign& design)
+        : QLabel(&ownerRow)
+        , takesRest(design.takesRest)
+        , row(ownerRow)
+        , longest{ToDisplay(design.longest)}
     {
+        setText(ToDisplay(design.text));
+        setToolTip(ToDisplay(design.toolTip));
         setTextFormat(Qt::PlainText);
         setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
-        setIndent(3);
-        setMinimumWidth(1);
+        setIndent(2);
         paintTimer.setSingleShot(true);
         paintTimer.setInterval(50);
         connect(&paintTimer, &QTimer::timeout, this, [this] { update(); });
@@ -45,26 +71,73 @@ public:
             clock.stop();
             return;
         }
+        longest.clear();
+        for (int month = 1; month <= 12; ++month)
+            longest << Clock(QDateTime({2026, month, 28}, {2 * (month - 1), 48, 48}));
+        row.Fit();
         ShowClock();
         clock.start();
     }
 
-private:
-    void ShowClock()
+    int WidthIn(const QFont& letters) const
     {
-        const QDateTime now = QDateTime::currentDateTime();
-        const QLocale locale;
-        Show(style == PanelStyle::Time ? locale.toString(now.time(), QLocale::ShortFormat)
-                                       : locale.toString(now.date(), QLocale::ShortFormat));
+        const QFontMetrics metrics(letters);
+        int width = 0;
+        for (const QString& text : longest)
+            width = std::max(width, metrics.horizontalAdvance(text));
+        return width + indent() + 2 * frameWidth() + 1;
     }
 
+    const bool takesRest;
+
+private:
+    QString Clock(const QDateTime& when) const
+    {
+        const QLocale locale;
+        return style == PanelStyle::Time ? locale.toString(when.time(), QLocale::ShortFormat)
+                                         : locale.toString(when.date(), QLocale::ShortFormat);
+    }
+
+    void ShowClock() { Show(Clock(QDateTime::currentDateTime())); }
+
+    Row& row;
+    QStringList longest;
     PanelStyle style = PanelStyle::Text;
     QTimer paintTimer;
     QTimer clock;
 };
 
-StatusPanel::StatusPanel(QWidget* bar)
-    : field(new Field(bar))
+void StatusPanel::Row::Add(Field* field)
+{
+    fields.push_back(field);
+    field->setObjectName(QStringLiteral("%1.Panels(%2)").arg(objectName()).arg(fields.size()));
+    layout.setSpacing(spacing);
+    layout.addWidget(field, field->takesRest ? 1 : 0);
+}
+
+void StatusPanel::Row::Fit()
+{
+    const auto needed = [this](const QFont& letters) {
+        int width = spacing * static_cast<int>(fields.size() - 1);
+        for (const Field* field : fields)
+            width += field->WidthIn(letters);
+        return width;
+    };
+    QFont letters = QApplication::font();
+    const int size = QFontInfo(letters).pixelSize();
+    for (int smaller = size - 1; needed(letters) > width() && smaller >= size * 3 / 4; --smaller)
+        letters.setPixelSize(smaller);
+    for (Field* field : fields) {
+        field->setFont(letters);
+        if (field->takesRest)
+            field->setMinimumWidth(1);
+        else
+            field->setFixedWidth(field->WidthIn(letters));
+    }
+}
+
+StatusPanel::StatusPanel(Field* newField)
+    : field(newField)
 {
 }
 
@@ -98,23 +171,17 @@ public:
 
 StatusBar::StatusBar(Container& container, std::string_view name, const Place& place,
     std::initializer_list<StatusPanelDesign> designs, StatusBarPlace where)
-    : Control(container, new QWidget, name, place)
+    : Control(container, new StatusPanel::Row, name, place)
 {
-    auto* row = new QHBoxLayout(widget);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(2);
+    auto* row = static_cast<StatusPanel::Row*>(widget);
     for (const StatusPanelDesign& design : designs) {
-        panels.push_back(StatusPanel(widget));
-        StatusPanel::Field* field = panels.back().field;
-        field->setObjectName(QStringLiteral("%1.Panels(%2)").arg(widget->objectName()).arg(panels.size()));
-        field->setText(ToDisplay(design.text));
-        field->setToolTip(ToDisplay(design.toolTip));
-        if (design.style != PanelStyle::Text)
-            field->ShowStyle(design.style);
-        if (design.width > 0)
-            field->setFixedWidth(Twips::ToPixels(design.width));
-        row->addWidget(field, design.width > 0 ? 0 : 1);
+        panels.push_back(StatusPanel(new StatusPanel::Field(*row, design)));
+        row->Add(panels.back().field);
     }
+    row->Fit();
+    std::size_t number = 0;
+    for (const StatusPanelDesign& design : designs)
+        panels[number++].SetStyle(design.style);
     if (where == StatusBarPlace::BottomEdge) {
         new BottomEdge(widget, container.Content());
         widget->move(widget->x(), container.Content()->height() - widget->height());

@@ -4,8 +4,6 @@
 
 #include <deque>
 
-class QLabel;
-
 enum class PanelStyle {
     Text = 0,
     Time = 5,
@@ -24,22 +22,24 @@ public:
 private:
     friend class StatusBar;
     class Field;
+    class Row;
 
-    explicit StatusPanel(QWidget* bar);
+    explicit StatusPanel(Field* newField);
 
     Field* field;
 };
 
 struct StatusPanelDesign {
-    double width; // in twips; 0 takes what the others leave
+    std::string_view longest; // the longest text that the panel has room for; a time or date sees to that by itself
     std::string_view text;
     std::string_view toolTip = {};
     PanelStyle style = PanelStyle::Text;
+    bool takesRest = false; // of the bar's width
 };
 
 enum class StatusBarPlace { AsDesigned, BottomEdge };
 
-// A row of panels, counted from 1. At the bottom edge it follows the height of its container.
+// A row of panels, counted from 1, in a font that is no larger than lets each show its longest text. At the bottom edge it follows the height of its container.
 class StatusBar : public Control {
 public:
     StatusBar(Container& container, std::string_view name, const Place& place,

@@ -7,6 +7,7 @@
 #include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QTextDocument>
+#include <algorithm>
 
 namespace {
 
@@ -55,11 +56,12 @@ QWidget* MakeWidget(TextBox& box, const TextBoxStyle& style)
 TextBox::TextBox(Container& container, std::string_view name, const Place& place, const TextBoxStyle& style)
     : Control(container, MakeWidget(*this, style), name, place)
     , multiLine(style.multiLine)
+    , masked(style.masked)
 {
     SetText(style.text);
     const auto edited = [this] {
         if (!settingFromCode)
-            Take(FromDisplay(ShownText()));
+            TakeEditedText();
     };
     if (multiLine)
         QObject::connect(static_cast<QPlainTextEdit*>(widget), &QPlainTextEdit::textChanged, widget, edited);
@@ -72,13 +74,12 @@ void TextBox::SetText(std::string_view newText)
     // Somebody may be typing into it.
     if (newText == text)
         return;
-    settingFromCode = true;
     const QString wanted = ToDisplay(newText);
-    SetShownText(wanted);
-    settingFromCode = false;
+    SetShownText(Masked(wanted));
     const QString shown = ShownText();
     // The field may have cut it at its limit.
-    Take(shown.size() < wanted.size() && wanted.startsWith(shown) ? FromDisplay(shown) : std::string(newText));
+    const bool cut = shown.size() < wanted.size() && Masked(wanted).startsWith(shown);
+    Take(cut ? FromDisplay(wanted.left(shown.size())) : std::string(newText));
 }
 
 void TextBox::SelectAll()
@@ -105,12 +106,39 @@ void TextBox::Take(std::string newText)
     Raise(Change);
 }
 
+// What stands before and behind the place of the edit is as it was, what is masked there included.
+void TextBox::TakeEditedText()
+{
+    const QString before = ToDisplay(text);
+    const QString shownBefore = Masked(before);
+    const QString shown = ShownText();
+    const qsizetype shorter = std::min(shown.size(), shownBefore.size());
+    qsizetype head = 0;
+    while (head < shorter && shown[head] == shownBefore[head])
+        ++head;
+    qsizetype tail = 0;
+    while (tail < shorter - head && shown[shown.size() - 1 - tail] == shownBefore[shownBefore.size() - 1 - tail])
+        ++tail;
+    const QString edited = before.left(head) + shown.mid(head, shown.size() - head - tail) + before.right(tail);
+    if (Masked(edited) != shown && !multiLine) {
+        auto* edit = static_cast<QLineEdit*>(widget);
+        const int cursor = edit->cursorPosition();
+        SetShownText(Masked(edited));
+        edit->setCursorPosition(cursor);
+    }
+    Take(FromDisplay(edited));
+}
+
+QString TextBox::Masked(const QString& newText) const { return masked ? newText : WithMarksMasked(newText); }
+
 void TextBox::SetShownText(const QString& newText)
 {
+    settingFromCode = true;
     if (multiLine)
         static_cast<QPlainTextEdit*>(widget)->setPlainText(newText);
     else
         static_cast<QLineEdit*>(widget)->setText(newText);
+    settingFromCode = false;
 }
 
 QString TextBox::ShownText() const

@@ -14,8 +14,9 @@ struct TextBoxStyle {
     std::string_view hint = {}; // shown, in grey, while the field of one line is empty
 };
 
-// A text field. Beyond the widgets, Change is raised whenever the text becomes another one, from code too, and a text
-// set from code keeps its bytes until the user edits it.
+// A text field. Beyond the widgets, Change is raised whenever the text becomes another one, from code too; a text set
+// from code keeps its bytes until the user edits it; and direction marks, with which a text could pass for another, are
+// kept but show as the replacement character.
 class TextBox : public Control {
 public:
     TextBox(Container& container, std::string_view name, const Place& place, const TextBoxStyle& style = {});
@@ -33,10 +34,13 @@ public:
 
 private:
     void Take(std::string newText);
+    void TakeEditedText();
     void SetShownText(const QString& newText);
     QString ShownText() const;
+    QString Masked(const QString& newText) const;
 
     bool multiLine;
+    bool masked;
     bool settingFromCode = false;
     std::string text;
 };

@@ -61,16 +61,23 @@ TEST_F(ChoosingTest, AFilterEndsOnAStopAndWhenItsListChanges)
     std::string names;
     for (int i = 0; i < 2000; ++i)
         names += (i > 0 ? " alt.group" : "alt.group") + std::to_string(i);
+    settings.SaveSetting("Servers", "localhost", "1");
+    settings.SaveSetting("Servers", "Default", serverName);
+    settings.SaveSetting("Startup", "AutoLoad", "0");
     StartWith(names);
     for (const char* button : {"cmdAndFilter", "cmdOrFilter"}) {
-        for (const char* interruption : {"cmdStop", "cmdRefreshDisk"}) {
+        for (const char* interruption : {"cmdStop", "cmdRefreshDisk", "another server"}) {
             SCOPED_TRACE(std::string(button) + " " + interruption);
+            const bool leave = interruption[0] == 'a';
             bool interrupted = false;
             QTimer watch;
             QObject::connect(&watch, &QTimer::timeout, [&] {
                 if (!interrupted && PanelText("StatusBar2", 2) != "Filtered: 0") {
                     interrupted = true;
-                    Click(interruption);
+                    if (leave)
+                        ChooseEntry("cboNewsServer", "localhost");
+                    else
+                        Click(interruption);
                 }
             });
             Filter("cmdAndFilter", "none");
@@ -78,10 +85,65 @@ TEST_F(ChoosingTest, AFilterEndsOnAStopAndWhenItsListChanges)
             Filter(button, "alt;group");
             watch.stop();
             EXPECT_TRUE(interrupted);
-            EXPECT_LT(RowsOf("lstFilteredGroups").size(), 2000U);
-            EXPECT_TRUE(IsEnabled("cmdSavePicks"));
+            EXPECT_LT(RowsOf("lstFilteredGroups").size(), leave ? 1U : 2000U);
+            EXPECT_EQ(IsEnabled("cmdSavePicks"), !leave);
             EXPECT_EQ(WindowNamed("frmTamarack")->cursor().shape(), Qt::ArrowCursor);
+            ChooseEntry("cboNewsServer", serverName);
         }
+    }
+}
+
+TEST_F(ChoosingTest, ASecondPressReplacesTheResultOfTheFirst)
+{
+    std::string names;
+    for (int i = 0; i < 600; ++i)
+        names += (i > 0 ? " alt.group" : "alt.group") + std::to_string(i);
+    StartWith(names);
+    struct Row {
+        const char* terms;
+        std::size_t hits;
+    };
+    for (const std::string first : {"cmdAndFilter", "cmdOrFilter"}) {
+        for (const char* second : {"cmdAndFilter", "cmdOrFilter"}) {
+            for (const Row& row : {Row{"group", 600}, Row{"none", 0}}) {
+                SCOPED_TRACE(first + " " + second + " " + row.terms);
+                bool pressed = false;
+                QTimer user;
+                QObject::connect(&user, &QTimer::timeout, [&] {
+                    if (pressed || PanelText("StatusBar2", 2) == "Filtered: 0")
+                        return;
+                    pressed = true;
+                    TypeInto("txtNewsGroups", row.terms);
+                    Click(second);
+                    // Nothing of the first run may change this.
+                    program->Form().StatusBar2.Panels(4).SetText("inner run's");
+                });
+                Filter("cmdAndFilter", "none");
+                TypeInto("txtNewsGroups", "alt");
+                user.start(0);
+                Click(first);
+                EXPECT_TRUE(pressed);
+                EXPECT_EQ(PanelText("StatusBar2", 4), "inner run's");
+                EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: " + std::to_string(row.hits));
+                EXPECT_TRUE(Until([&] { return RowsOf("lstFilteredGroups").size() == row.hits; }));
+                EXPECT_EQ(IsEnabled("cmdSavePicks"), row.hits > 0);
+            }
+        }
+    }
+}
+
+TEST_F(ChoosingTest, AFilterThatIsStoppedAtOnceLeavesListAndCountAsTheyAre)
+{
+    StartWith("alt.a alt.b alt.c");
+    for (const char* button : {"cmdAndFilter", "cmdOrFilter"}) {
+        SCOPED_TRACE(button);
+        Filter("cmdAndFilter", "alt");
+        ASSERT_TRUE(Until([] { return RowsOf("lstFilteredGroups").size() == 3; }));
+        DoubleClickRow("lstFilteredGroups", 0);
+        AtNextYield([] { Click("cmdStop"); });
+        Click(button);
+        EXPECT_THAT(RowsOf("lstFilteredGroups"), ElementsAre("alt.b", "alt.c"));
+        EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: 2");
     }
 }
 

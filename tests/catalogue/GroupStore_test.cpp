@@ -3,6 +3,7 @@
 #include "catalogue/GroupText.h"
 #include "support/ScriptedServer.h"
 
+#include <QTest>
 #include <QTimer>
 
 using testing::ElementsAre;
@@ -90,6 +91,7 @@ TEST_F(GroupStoreTest, FromTheNetworkAndBackFromTheDisk)
             "The Selected News Server is empty.\r\nYou will need to REFRESH the groups\r\n"
             "from the NETWORK for this server.  Go to the \r\nNews Groups tab to do this.");
         EXPECT_THAT(RowsOf("lstAllGroups"), IsEmpty());
+        EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 0");
         EXPECT_TRUE(IsEnabled("cmdFindNow"));
     }
 }
@@ -115,6 +117,31 @@ TEST_F(GroupStoreTest, WhatARefreshThatDoesNotEndLeavesBehind)
     Click("cmdRefresh");
     EXPECT_EQ(PanelText("StatusBar1", 1), "Status: Error Connecting");
     EXPECT_THAT(RowsOf("lstAllGroups"), ElementsAre("old.one")) << "without a connection nothing is cleared";
+}
+
+TEST_F(GroupStoreTest, AButtonPressedByKeyHasTheFocusAgainWhenItIsDone)
+{
+    Start({}, 1);
+    MakeFile(GroupFile(), "\"a.one 1 1 y\"\r\n");
+    QWidget& window = *WindowNamed("frmTamarack");
+    const auto press = [&](Qt::Key key) { QTest::keyClick(window.focusWidget(), key); };
+    TypeInto("txtPort", "0");
+    SelectTab("SSTMain", 3);
+    SelectTab("SSTab1", 2);
+    for (const bool moveOn : {false, true}) {
+        SCOPED_TRACE(moveOn);
+        desktop.whileBoxIsUp = [&](const TestDesktop::Box&) {
+            EXPECT_FALSE(IsEnabled("cmdRefresh"));
+            press(Qt::Key_Space);
+            if (moveOn)
+                press(Qt::Key_Tab);
+        };
+        Find<QWidget>("cmdRefresh").setFocus();
+        press(Qt::Key_Space);
+        EXPECT_TRUE(IsChecked("chkAutoLoad"));
+        EXPECT_EQ(window.focusWidget() == &Find<QWidget>("cmdRefresh"), !moveOn);
+    }
+    EXPECT_EQ(desktop.boxes.size(), 2U);
 }
 
 TEST_F(GroupStoreTest, AStopWhileTheListIsFilledLeavesItsStartAndTheWholeFile)

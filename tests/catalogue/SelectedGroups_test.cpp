@@ -2,6 +2,11 @@
 
 #include <QTimer>
 
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -23,7 +28,8 @@ TEST_F(SelectedGroupsTest, FileAndList)
                                {"alt.kites", "alt.boats", "alt.kites"}, "alt.kites\r\nalt.boats\r\nalt.kites\r\n"},
              Row{"bytes of another time", "alt.b\xFCro\r\n", {"alt.b\xC3\xBCro"}, "alt.b\xFCro\r\n"},
              Row{"fields", "  a  ,b\r\n\r\nlast", {"a  ", "b", "", "last"}, "a\r\nb\r\nlast\r\n"},
-             Row{"a quotation mark", "alt.a\r\nx\"y\r\nalt.b\r\n", {"alt.a", "x\"y", "alt.b"}, "alt.a\r\nalt.b\r\n"},
+             Row{"quotation marks", "alt.a\r\n\"x\" y\r\n\"open\r\nx\"y\r\n", {"alt.a", "\"x\" y", "\"open", "x\"y"},
+                 "alt.a\r\n\"x\" y\r\n\"open\r\nx\"y\r\n"},
              Row{"empty", "", {}, ""}}) {
         SCOPED_TRACE(row.what);
         MakeFile(SelectedFile(), row.file);
@@ -47,6 +53,34 @@ TEST_F(SelectedGroupsTest, OnlyTheServerInUseAtTheEndIsWritten)
     Click("Command1");
     EXPECT_EQ(ContentOf(SelectedFile()), "  alt.kites\r\n");
     EXPECT_THAT(FilesBelow(ProgramFile("")), testing::Contains("#!@!.localhost"));
+}
+
+TEST_F(SelectedGroupsTest, WhatCannotBeReadIsKeptAndBelongsToItsServer)
+{
+    settings.SaveSetting("Servers", "localhost", "1");
+    for (const char* what : {"directory", "link that leads nowhere", "pipe", "file that cannot be read on"}) {
+        for (const bool leave : {false, true}) {
+            SCOPED_TRACE(std::string(what) + (leave ? ", another server chosen" : ""));
+            fs::remove_all(SelectedFile());
+            fs::remove(SelectedFile("localhost"));
+            if (what[0] == 'd')
+                fs::create_directory(SelectedFile());
+            else if (what[0] == 'p')
+                ASSERT_EQ(mkfifo(SelectedFile().c_str(), 0600), 0);
+            else
+                fs::create_symlink(what[0] == 'l' ? "nowhere" : "/proc/self/mem", SelectedFile());
+            const fs::file_type before = fs::symlink_status(SelectedFile()).type();
+            Start();
+            if (leave)
+                ChooseEntry("cboNewsServer", "localhost");
+            TypeInto("txtManual", "alt.boats");
+            Click("Command3");
+            Click("Command1");
+            EXPECT_EQ(fs::symlink_status(SelectedFile()).type(), before);
+            EXPECT_EQ(ContentOf(SelectedFile("localhost")), leave ? "alt.boats\r\n" : "");
+            settings.SaveSetting("Servers", "Default", serverName);
+        }
+    }
 }
 
 TEST_F(SelectedGroupsTest, AServerChosenWhileTheGroupsOfAnotherCome)

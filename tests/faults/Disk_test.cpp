@@ -2,6 +2,7 @@
 
 #include "sample/Encoders.h"
 
+#include <QComboBox>
 #include <QTimer>
 
 #include <filesystem>
@@ -81,6 +82,36 @@ TEST_F(DiskTest, ADestinationThatCannotBeWrittenOrGoes)
     EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(3, "alt.kites"));
     Click("cmdFindNow");
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
+}
+
+TEST_F(DiskTest, AStickThatIsPluggedInLaterAppears)
+{
+    Start();
+    ChooseMenu("mnuSlideShow");
+    const std::string place = destination.substr(0, destination.size() - 1);
+    EXPECT_THAT(RowsOf("frmSlideShow/Drive1"), testing::Not(testing::Contains(place)));
+    for (const bool reopened : {false, true}) {
+        SCOPED_TRACE(reopened);
+        mounted = mount("/dev/stick", destination.c_str(), "tmpfs", 0, "size=1m") == 0;
+        if (!mounted)
+            GTEST_SKIP() << "The test of a new volume is passed over: mounting one takes root.";
+        auto& drives = Find<QComboBox>("frmSlideShow/Drive1");
+        const QString current = drives.currentText();
+        if (reopened) {
+            ChooseMenu("mnuSlideShow");
+            ChooseMenu("mnuSlideShow");
+            EXPECT_EQ(TextOf("frmSlideShow/Drive1"), place) << "the pictures are on it";
+        } else {
+            Click("frmSlideShow/Drive1");
+            EXPECT_EQ(drives.currentText(), current);
+        }
+        EXPECT_THAT(RowsOf("frmSlideShow/Drive1"), testing::Contains(place));
+        drives.hidePopup();
+        umount2(destination.c_str(), MNT_DETACH);
+        Click("frmSlideShow/Drive1");
+        drives.hidePopup();
+        EXPECT_EQ(drives.findText(QString::fromStdString(place)) >= 0, reopened) << "the current one stays";
+    }
 }
 
 TEST_F(DiskTest, DamagedFilesOfTheProgram)

@@ -8,10 +8,12 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFontInfo>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QLocale>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -127,6 +129,57 @@ TEST_F(MainFormTest, TabsMenusAndStatusBars)
     EXPECT_EQ(Find<QLabel>("StatusBar2.Panels(1)").toolTip(), "Total number of active groups");
     EXPECT_FALSE(IsVisible("Frame3"));
     EXPECT_EQ(CaptionOf("frmTamarack"), frmTamarack::idleCaption);
+}
+
+// A number of which the last digit is cut through is another number.
+TEST(MainFormPanels, HaveRoomForTheirLongestTexts)
+{
+    struct Row {
+        const char* bar;
+        int number;
+        std::vector<std::string> texts;
+    };
+    const QFont ownFont = QApplication::font();
+    QFont thirteenPixels = ownFont, twentyPoints = ownFont;
+    thirteenPixels.setPixelSize(13);
+    twentyPoints.setPointSize(20);
+    for (const QFont& font : {ownFont, thirteenPixels, twentyPoints}) {
+        for (const char* locale : {"C", "en_US", "de_DE", "el_GR", "hu_HU", "zh_TW"}) {
+            SCOPED_TRACE(font.toString().toStdString() + " " + locale);
+            QApplication::setFont(font);
+            QLocale::setDefault(QLocale(QLatin1String(locale)));
+            frmTamarack form;
+            form.SetVisible(true);
+            form.SSTMain.SetTab(3);
+            form.StatusBar1.Panels(4).SetStyle(PanelStyle::Time);
+            DoEvents();
+            const std::string time = QLocale().toString(QTime(22, 48, 48), QLocale::ShortFormat).toStdString();
+            const std::string date = QLocale().toString(QDate(2026, 12, 28), QLocale::ShortFormat).toStdString();
+            for (const Row& panel :
+                {Row{"StatusBar1", 1,
+                     {"Status: Username Required", "Status: Password Required", "Status: Error Connecting",
+                         "Status: Username Failed", "Status: Password Failed", "Status: Reply Too Long",
+                         "Status: Disconnected", "Status: Resolving Host"}},
+                    Row{"StatusBar1", 2, {"Items: 10000"}}, Row{"StatusBar1", 3, {"Tamarack"}},
+                    Row{"StatusBar1", 4, {time}}, Row{"StatusBar1", 5, {date}},
+                    Row{"StatusBar2", 1, {"Total: 32201"}}, Row{"StatusBar2", 2, {"Filtered: 64318"}},
+                    Row{"StatusBar2", 3, {"Selected: 64318"}},
+                    Row{"StatusBar2", 4,
+                        {"Filtering Groups", "Scanning Groups", "Filling List", "Packets: 12345"}}}) {
+                const auto& label
+                    = Find<QLabel>(std::string(panel.bar) + ".Panels(" + std::to_string(panel.number) + ")");
+                const QRect bar = label.parentWidget()->rect();
+                EXPECT_TRUE(bar.contains(label.geometry())) << label.objectName().toStdString();
+                EXPECT_GE(4 * QFontInfo(label.font()).pixelSize(), 3 * QFontInfo(font).pixelSize());
+                for (const std::string& text : panel.texts)
+                    EXPECT_LE(label.fontMetrics().horizontalAdvance(QString::fromStdString(text)),
+                        label.contentsRect().width() - label.indent())
+                        << text;
+            }
+        }
+    }
+    QApplication::setFont(ownFont);
+    QLocale::setDefault(QLocale::system());
 }
 
 TEST_F(MainFormTest, NothingIsCutOffOrOverlaps)

@@ -45,7 +45,7 @@ struct Window : Form {
     Panel SSPanel1{*this, "SSPanel1", {4000, 1200, 1500, 1500}};
     CommandButton cmdInside{SSPanel1, "cmdInside", "Inside", {0, 0, 900, 300}};
     StatusBar StatusBar1{
-        *this, "StatusBar1", {0, 3700, 6000, 300}, {{0, "one", "Tip"}, {900, "two"}}, StatusBarPlace::BottomEdge};
+        *this, "StatusBar1", {0, 3700, 6000, 300}, {{"", "one", "Tip", PanelStyle::Text, true}, {"two", "two"}}, StatusBarPlace::BottomEdge};
 };
 
 class ControlsTest : public testing::Test {
@@ -136,6 +136,27 @@ TEST_F(ControlsTest, ATextKeepsItsBytesUntilItIsEdited)
     EXPECT_EQ(field.Text(), "1234") << "cut at the field's limit";
     TypeInto("txtNumber", "98765");
     EXPECT_EQ(field.Text(), "9876");
+}
+
+TEST_F(ControlsTest, AFieldKeepsDirectionMarksAndShowsThatTheyAreThere)
+{
+    TextBox field(window, "txtGroup", {0, 3000, 900, 300});
+    const auto& edit = Find<QLineEdit>("txtGroup");
+    field.SetText("a\u202Egpj\u200B.b");
+    EXPECT_EQ(TextOf("txtGroup"), "a\uFFFDgpj\uFFFD.b");
+    EXPECT_EQ(field.Text(), "a\u202Egpj\u200B.b");
+    field.Change = countClick;
+    QTest::keyClick(&Find<QWidget>("txtGroup"), Qt::Key_Home);
+    QTest::keyClicks(&Find<QWidget>("txtGroup"), "xy");
+    EXPECT_EQ(field.Text(), "xya\u202Egpj\u200B.b") << "what is not edited stays";
+    Find<QLineEdit>("txtGroup").insert(QStringLiteral("\u2066z"));
+    EXPECT_EQ(TextOf("txtGroup"), "xy\uFFFDza\uFFFDgpj\uFFFD.b");
+    EXPECT_EQ(field.Text(), "xy\u2066za\u202Egpj\u200B.b");
+    EXPECT_EQ(edit.cursorPosition(), 4);
+    EXPECT_EQ(clicks, 3);
+    TextBox password(window, "txtSecret", {0, 3300, 900, 300}, {.masked = true});
+    password.SetText("\u200Dx");
+    EXPECT_EQ(TextOf("txtSecret"), "\u200Dx") << "nobody sees it";
 }
 
 TEST_F(ControlsTest, AStepperReadsWhateverTheFieldHolds)
@@ -291,6 +312,43 @@ TEST_F(ControlsTest, EnabledIsTheControlsOwn)
     EXPECT_FALSE(IsEnabled("cmdInside"));
     window.SSPanel1.SetEnabled(true);
     EXPECT_TRUE(IsEnabled("cmdInside"));
+}
+
+// The toolkit would hand it to the next control, for the next key to change that one.
+TEST_F(ControlsTest, TheFocusComesBackToWhatTheProgramTookAway)
+{
+    QWidget& form = *WindowNamed("frmTest");
+    const auto hasFocus = [&](const char* name) { return form.focusWidget() == &Find<QWidget>(name); };
+    struct Row {
+        const char* what;
+        Control& taken;
+        Control& focused;
+    };
+    for (const Row& row : {Row{"itself", window.chkOne, window.chkOne}, Row{"a list", window.lstPlain, window.lstPlain},
+             Row{"what it lies in", window.SSPanel1, window.cmdInside}}) {
+        for (const auto set : {&Control::SetEnabled, &Control::SetVisible}) {
+            SCOPED_TRACE(row.what);
+            const std::string name = row.focused.Name();
+            for (const bool moveOn : {false, true}) {
+                row.focused.SetFocus();
+                ASSERT_TRUE(hasFocus(name.c_str()));
+                (row.taken.*set)(false);
+                (row.taken.*set)(false);
+                ASSERT_NE(form.focusWidget(), nullptr);
+                EXPECT_EQ(form.focusWidget()->focusPolicy(), Qt::NoFocus) << "a control could be changed";
+                if (moveOn)
+                    window.cboNames.SetFocus();
+                (row.taken.*set)(true);
+                EXPECT_TRUE(hasFocus(moveOn ? "cboNames" : name.c_str()));
+            }
+        }
+    }
+    window.chkOne.SetFocus();
+    window.chkOne.SetVisible(false);
+    window.chkOne.SetEnabled(false);
+    window.chkOne.SetVisible(true);
+    window.chkOne.SetEnabled(true);
+    EXPECT_TRUE(hasFocus("chkOne"));
 }
 
 TEST_F(ControlsTest, AStatusPanelTakesItsTextAtOnce)

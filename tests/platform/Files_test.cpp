@@ -12,7 +12,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::vector<std::string> Fields(const std::string& content)
+std::vector<std::string> Fields(
+    const std::string& content, std::string (SequentialInput::*read)() = &SequentialInput::ReadQuotedField)
 {
     const TemporaryFolder folder;
     MakeFile(folder.File("fields"), content);
@@ -20,7 +21,7 @@ std::vector<std::string> Fields(const std::string& content)
     EXPECT_TRUE(input.IsOpen());
     std::vector<std::string> fields;
     while (!input.AtEnd())
-        fields.push_back(input.ReadField());
+        fields.push_back((input.*read)());
     return fields;
 }
 
@@ -35,6 +36,7 @@ TEST(Files, FieldsEndAtCommasAndLineEnds)
     EXPECT_EQ(Fields("\"no end"), (Texts{"no end"}));
     EXPECT_EQ(Fields("a\r\n\r\nb\r\n"), (Texts{"a", "", "b"}));
     EXPECT_EQ(Fields(""), Texts{});
+    EXPECT_EQ(Fields("\"a,b\r\n  c\"d\n\"", &SequentialInput::ReadField), (Texts{"\"a", "b", "c\"d", "\""}));
 }
 
 TEST(Files, RecordsAreReadAndWrittenInPlace)

@@ -30,6 +30,28 @@ protected:
         EXPECT_EQ(TextOf("txtPassword"), password);
     }
 
+    static void ExpectCountsAgree()
+    {
+        const auto agree = [](int panel, std::string text, const char* list) {
+            return Until([=] { return PanelText("StatusBar2", panel) == text + std::to_string(RowsOf(list).size()); },
+                std::chrono::seconds(1));
+        };
+        EXPECT_TRUE(agree(1, "Total: ", "lstAllGroups"));
+        EXPECT_TRUE(agree(2, "Filtered: ", "lstFilteredGroups"));
+        EXPECT_TRUE(agree(3, "Selected: ", "lstSelectedGroups"));
+    }
+
+    // Puts something into every list.
+    static void FillLists()
+    {
+        Click("cmdRefreshDisk");
+        TypeInto("txtNewsGroups", "alt");
+        Click("cmdOrFilter");
+        DoubleClickRow("lstAllGroups", 0);
+        ExpectCountsAgree();
+        EXPECT_NE(PanelText("StatusBar2", 2), "Filtered: 0");
+    }
+
     // Works the dialog that a click on "Add News Server..." opens.
     static void Add(const std::function<void()>& work)
     {
@@ -120,6 +142,7 @@ TEST_F(ServersTest, AddingAServer)
     MakeFile(ProgramFile("!@#!.localhost"), "\"alt.cats 1 1 y\"\r\n");
     Start({"alt.kites"}, 119);
     ClickRow("lstSelectedGroups", 0);
+    MakeFile(ProgramFile("!@#!." + serverName), "\"alt.kites 1 1 y\r\nalt.boats 1 1 y\"\r\n");
 
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
         Add([key] {
@@ -131,6 +154,7 @@ TEST_F(ServersTest, AddingAServer)
     EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("127.0.0.1", "localhost"));
     EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.kites"));
 
+    FillLists();
     Add([this] {
         EXPECT_EQ(CaptionOf("frmNewsServer"), "Add News Server");
         EXPECT_TRUE(Until([] { return Find<QLineEdit>("txtNewsServer").hasSelectedText(); }));
@@ -148,6 +172,7 @@ TEST_F(ServersTest, AddingAServer)
         TypeInto("txtNewsServer", " " + std::string(250, 'n') + " ");
         Click("cmdSave");
     });
+    ExpectCountsAgree();
     const std::string longName(250, 'n');
     ASSERT_EQ(desktop.boxes.size(), 3U);
     EXPECT_EQ(desktop.boxes[0].title, "File write error");
@@ -176,7 +201,7 @@ TEST_F(ServersTest, AddingAServer)
 TEST_F(ServersTest, DeletingAServer)
 {
     for (const char* prefix : {"!@#!.", "@!!#.", "#!@!."})
-        MakeFile(ProgramFile(prefix + serverName), "");
+        MakeFile(ProgramFile(prefix + serverName), prefix[0] == '!' ? "\"alt.kites 1 1 y\r\nalt.boats 1 1 y\"\r\n" : "");
     MakeFile(ProgramFile("!@#!.localhost"), "\"alt.cats 1 1 y\"\r\n");
     MakeFile(SelectedFile("localhost"), "alt.cats\r\n");
     settings.SaveSetting("Servers2", "localhost.user", "bob");
@@ -189,8 +214,10 @@ TEST_F(ServersTest, DeletingAServer)
     EXPECT_EQ(desktop.boxes[0].text, "Are you sure you want to delete \r\n127.0.0.1 from the list?");
     EXPECT_EQ(desktop.boxes[0].title, "Delete News Server?");
 
+    FillLists();
     Click("cmdDeleteServer");
     EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("localhost"));
+    ExpectCountsAgree();
     for (const char* prefix : {"!@#!.", "@!!#.", "#!@!."})
         EXPECT_THAT(FilesBelow(ProgramFile("")), Not(Contains(prefix + serverName)));
     EXPECT_THAT(settings.GetAllSettings("Servers2"), Not(Contains(testing::StartsWith(serverName))));
@@ -200,14 +227,33 @@ TEST_F(ServersTest, DeletingAServer)
     EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.cats"));
     EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 1"); // "Auto-load from disk" is on
 
+    FillLists();
     Click("cmdDeleteServer");
     EXPECT_THAT(RowsOf("cboNewsServer"), IsEmpty());
+    ExpectCountsAgree();
     ExpectCredentials(false, "", "");
     EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());
     EXPECT_THAT(settings.GetAllSettings("Servers2"), IsEmpty());
     desktop.boxes.clear();
     Click("cmdDeleteServer");
     EXPECT_THAT(desktop.boxes, IsEmpty());
+}
+
+TEST_F(ServersTest, TheSessionOfADeletedServerIsOver)
+{
+    settings.DeleteSetting("Servers", "localhost");
+    SampleServer server({GroupOf("alt.kites", 1, {})});
+    Start({"alt.kites"}, server.Port());
+    Check("chkUserName", false);
+    Search();
+    EXPECT_EQ(server.CommandCount("group"), 1U);
+    Click("cmdDeleteServer");
+    TypeInto("txtManual", "alt.kites");
+    Click("Command3");
+    Click("cmdFindNow");
+    EXPECT_EQ(desktop.boxes.back().title, "No ISP Selected");
+    EXPECT_EQ(server.CommandCount("group"), 1U);
+    EXPECT_THAT(FilesBelow(ProgramFile("")), Not(Contains("@!!#.")));
 }
 
 TEST_F(ServersTest, TheFirstStartAsksForAServer)

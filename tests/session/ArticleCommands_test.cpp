@@ -203,6 +203,26 @@ TEST(ArticleCommandsTest, NothingIsSentOutsideTheGroupOrTheConnection)
     EXPECT_EQ(client.Server.FirstProblem(), "");
 }
 
+// What stands behind a line end would be a command of its own.
+TEST(ArticleCommandsTest, NoLineEndGetsIntoACommand)
+{
+    ScriptedSession client("C: next\nS: 223 6 <a@b>\nX: close");
+    NewsSession& session = client.Session;
+    ASSERT_TRUE(session.TcpConnect());
+    session.StopFlag = true;
+    for (const char* group : {"alt.kites\r\nquit", "alt.kites\nquit", "alt.kites\r", "\n"}) {
+        EXPECT_EQ(client.Run(std::string("group ") + group), "false");
+        session.CmdManual(group);
+        EXPECT_FALSE(session.SendLine(group));
+    }
+    EXPECT_EQ(session.ReplyState, ReplyState::Finished);
+    EXPECT_EQ(session.CommandKind, CommandKind::Greeting);
+    EXPECT_EQ(client.Outcome(), "connected stop");
+    EXPECT_TRUE(client.Desktop.boxes.empty());
+    EXPECT_EQ(client.Run("next"), "true");
+    EXPECT_EQ(client.Server.FirstProblem(), "");
+}
+
 TEST(ArticleCommandsTest, WatchdogReconnectsAndGoesOnBehindTheArticle)
 {
     const std::string login = "C: authinfo user me\nS: 381\nC: authinfo pass secret\nS: 281\n";
