@@ -16,7 +16,11 @@
 // What the panels lie in.
 class StatusPanel::Row : public QWidget {
 public:
-    Row() { layout.setContentsMargins(0, 0, 0, 0); }
+    Row()
+    {
+        layout.setContentsMargins(0, 0, 0, 0);
+        layout.setSpacing(spacing);
+    }
 
     void Add(Field* field);
 
@@ -111,7 +115,6 @@ void StatusPanel::Row::Add(Field* field)
 {
     fields.push_back(field);
     field->setObjectName(QStringLiteral("%1.Panels(%2)").arg(objectName()).arg(fields.size()));
-    layout.setSpacing(spacing);
     layout.addWidget(field, field->takesRest ? 1 : 0);
 }
 

@@ -39,7 +39,8 @@ struct StatusPanelDesign {
 
 enum class StatusBarPlace { AsDesigned, BottomEdge };
 
-// A row of panels, counted from 1, in a font that is no larger than lets each show its longest text. At the bottom edge it follows the height of its container.
+// A row of panels, counted from 1, in a font that is no larger than lets each show its longest text. At the bottom edge
+// it follows the height of its container.
 class StatusBar : public Control {
 public:
     StatusBar(Container& container, std::string_view name, const Place& place,

@@ -91,17 +91,27 @@ TEST_F(SelectedGroupsTest, AServerChosenWhileTheGroupsOfAnotherCome)
         many += "alt.many\r\n";
     MakeFile(SelectedFile(), "alt.kites\r\n");
     MakeFile(ProgramFile("#!@!.localhost"), many);
-    Start();
-    QTimer user;
-    QObject::connect(&user, &QTimer::timeout, [&] {
-        if (RowsOf("lstSelectedGroups").size() < 5)
-            return;
-        user.stop();
-        ChooseEntry("cboNewsServer", serverName);
-    });
-    user.start(0);
-    ChooseEntry("cboNewsServer", "localhost");
-    EXPECT_TRUE(Until([&] { return !user.isActive(); }));
-    EXPECT_EQ(TextOf("cboNewsServer"), serverName);
-    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.kites"));
+    for (const bool andBack : {false, true}) {
+        SCOPED_TRACE(andBack);
+        Start();
+        QTimer user;
+        QObject::connect(&user, &QTimer::timeout, [&] {
+            if (RowsOf("lstSelectedGroups").size() < 5)
+                return;
+            user.stop();
+            ChooseEntry("cboNewsServer", serverName);
+            if (andBack)
+                ChooseEntry("cboNewsServer", "localhost");
+        });
+        user.start(0);
+        ChooseEntry("cboNewsServer", "localhost");
+        EXPECT_TRUE(Until([&] { return !user.isActive(); }));
+        EXPECT_EQ(TextOf("cboNewsServer"), andBack ? "localhost" : serverName);
+        const std::size_t count = andBack ? 500 : 1;
+        EXPECT_EQ(RowsOf("lstSelectedGroups").size(), count);
+        EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: " + std::to_string(count));
+        Click("Command1");
+        EXPECT_EQ(ContentOf(SelectedFile()), "alt.kites\r\n");
+        EXPECT_EQ(ContentOf(SelectedFile("localhost")), many);
+    }
 }

@@ -44,8 +44,8 @@ struct Window : Form {
     ListBox lstSorted{*this, "lstSorted", {2000, 1200, 2000, 1500}, {.sorted = true}};
     Panel SSPanel1{*this, "SSPanel1", {4000, 1200, 1500, 1500}};
     CommandButton cmdInside{SSPanel1, "cmdInside", "Inside", {0, 0, 900, 300}};
-    StatusBar StatusBar1{
-        *this, "StatusBar1", {0, 3700, 6000, 300}, {{"", "one", "Tip", PanelStyle::Text, true}, {"two", "two"}}, StatusBarPlace::BottomEdge};
+    StatusBar StatusBar1{*this, "StatusBar1", {0, 3700, 6000, 300},
+        {{"", "one", "Tip", PanelStyle::Text, true}, {"two", "two"}}, StatusBarPlace::BottomEdge};
 };
 
 class ControlsTest : public testing::Test {

@@ -201,7 +201,8 @@ TEST_F(ServersTest, AddingAServer)
 TEST_F(ServersTest, DeletingAServer)
 {
     for (const char* prefix : {"!@#!.", "@!!#.", "#!@!."})
-        MakeFile(ProgramFile(prefix + serverName), prefix[0] == '!' ? "\"alt.kites 1 1 y\r\nalt.boats 1 1 y\"\r\n" : "");
+        MakeFile(
+            ProgramFile(prefix + serverName), prefix[0] == '!' ? "\"alt.kites 1 1 y\r\nalt.boats 1 1 y\"\r\n" : "");
     MakeFile(ProgramFile("!@#!.localhost"), "\"alt.cats 1 1 y\"\r\n");
     MakeFile(SelectedFile("localhost"), "alt.cats\r\n");
     settings.SaveSetting("Servers2", "localhost.user", "bob");

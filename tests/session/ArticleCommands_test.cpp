@@ -211,7 +211,7 @@ TEST(ArticleCommandsTest, NoLineEndGetsIntoACommand)
     ASSERT_TRUE(session.TcpConnect());
     session.StopFlag = true;
     for (const char* group : {"alt.kites\r\nquit", "alt.kites\nquit", "alt.kites\r", "\n"}) {
-        EXPECT_EQ(client.Run(std::string("group ") + group), "false");
+        ASSERT_EQ(client.Run(std::string("group ") + group), "false");
         session.CmdManual(group);
         EXPECT_FALSE(session.SendLine(group));
     }
