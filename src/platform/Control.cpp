@@ -4,7 +4,6 @@
 #include "platform/HelpTopic.h"
 
 #include <QEvent>
-#include <QGroupBox>
 #include <QPointer>
 #include <QWidget>
 
@@ -27,27 +26,22 @@ public:
         return false;
     }
 
-    // The toolkit would hand the focus on to the next control, and the next key press would change that one. What the
-    // control lies in does nothing with keys, and Tab goes on from there.
+    // The toolkit would hand the focus on to the next control, and the next key press would change that one. The window
+    // changes nothing, and unlike other containers it is not painted anew for the focus.
     void PutAway()
     {
         QWidget* const focused = widget.window()->focusWidget();
         if (focused == nullptr || (focused != &widget && !widget.isAncestorOf(focused)))
             return;
-        QWidget* container = widget.parentWidget();
-        // A group box would pass it on to the first control in it.
-        while (qobject_cast<QGroupBox*>(container) != nullptr)
-            container = container->parentWidget();
         owner = focused;
-        keptAt = container;
-        container->setFocus();
+        widget.window()->setFocus();
     }
 
     void BringBack()
     {
         if (owner == nullptr || !owner->isEnabled() || owner->isHidden())
             return;
-        if (keptAt != nullptr && keptAt->window()->focusWidget() == keptAt)
+        if (widget.window()->focusWidget() == widget.window())
             owner->setFocus();
         owner = nullptr;
     }
@@ -56,7 +50,6 @@ private:
     QWidget& widget;
     Control& control;
     QPointer<QWidget> owner; // of the focus, until it was put away
-    QPointer<QWidget> keptAt;
 };
 
 void Container::SetFallbackTopic(int number) { content->setProperty(helpTopicProperty, number); }
