@@ -12,7 +12,8 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-// One connection and the events that it has posted. They are posted to this object and die with it.
+// One connection. What it has to tell is posted to the socket's mailbox, so that no handler ever runs inside it, and it
+// can be deleted at any time, by a handler of its own events too.
 class Socket::Connection : public QObject {
 public:
     explicit Connection(Socket& ownerSocket)
@@ -24,7 +25,7 @@ public:
         connect(&tcp, &QTcpSocket::disconnected, this, [this] { PostClosed(); });
         connect(&tcp, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError error) {
             if (!wasConnected)
-                PostState(SocketState::Error);
+                PostFailure();
             else if (error != QAbstractSocket::RemoteHostClosedError)
                 closedState = SocketState::Error;
         });
@@ -36,7 +37,7 @@ public:
     void Open(const std::string& host, int port)
     {
         if (port < 1 || port > 65535 || host.empty())
-            PostState(SocketState::Error);
+            PostFailure();
         else
             tcp.connectToHost(ToDisplay(host), static_cast<quint16>(port));
     }
@@ -52,14 +53,11 @@ public:
         if (arrivalPosted)
             return;
         arrivalPosted = true;
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                arrivalPosted = false;
-                if (tcp.bytesAvailable() > 0)
-                    Raise(owner.DataArrival);
-            },
-            Qt::QueuedConnection);
+        Post([this] {
+            arrivalPosted = false;
+            if (tcp.bytesAvailable() > 0)
+                Raise(owner.DataArrival);
+        });
     }
 
     QTcpSocket tcp;
@@ -86,10 +84,23 @@ private:
         }
     }
 
+    template <class Function> void Post(Function function)
+    {
+        QMetaObject::invokeMethod(owner.mailbox.get(), std::move(function), Qt::QueuedConnection);
+    }
+
     void PostState(SocketState state)
     {
-        QMetaObject::invokeMethod(
-            this, [this, state] { owner.Enter(state); }, Qt::QueuedConnection);
+        Post([this, state] { owner.Enter(state); });
+    }
+
+    // Nothing can come of this connection any more: its descriptor is given back before anybody hears of it.
+    void PostFailure()
+    {
+        Post([&socket = owner] {
+            socket.Close();
+            socket.Enter(SocketState::Error);
+        });
     }
 
     void PostClosed()
@@ -98,17 +109,13 @@ private:
             return;
         if (tcp.bytesAvailable() > 0)
             PostArrival();
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                // The handler may close the socket, and with it this object.
-                Socket& socket = owner;
-                const QPointer<Connection> self(this);
-                socket.Enter(closedState);
-                if (self)
-                    Raise(socket.Closed);
-            },
-            Qt::QueuedConnection);
+        Post([this, &socket = owner] {
+            // The handler may close the socket, and with it this object.
+            const QPointer<Connection> self(this);
+            socket.Enter(closedState);
+            if (self)
+                Raise(socket.Closed);
+        });
     }
 
     Socket& owner;
@@ -117,7 +124,10 @@ private:
     bool arrivalPosted = false;
 };
 
-Socket::Socket() = default;
+Socket::Socket()
+    : mailbox(std::make_unique<QObject>())
+{
+}
 
 Socket::~Socket() = default;
 
@@ -137,16 +147,8 @@ void Socket::Connect(const std::string& host, int port)
 void Socket::Close()
 {
     state = SocketState::Closed;
-    if (!connection)
-        return;
-    // A handler of this very connection may be running: it must not lose the ground under its feet.
-    Connection* old = connection.release();
-    old->disconnect();
-    old->tcp.disconnect(old);
-    QCoreApplication::removePostedEvents(old);
-    old->tcp.close();
-    old->tcp.abort();
-    old->deleteLater();
+    QCoreApplication::removePostedEvents(mailbox.get());
+    connection.reset();
 }
 
 void Socket::SendData(std::string_view bytes)

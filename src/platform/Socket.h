@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+class QObject;
+
 enum class SocketState {
     Closed = 0,
     ResolvingHost = 4,
@@ -19,7 +21,8 @@ enum class SocketState {
 // - events are posted, never raised from inside a signal or a call, so that a handler may wait for further events, and
 //   one DataArrival hands over all bytes that wait;
 // - `State` moves with the events, so that nobody sees a state whose event is still to come;
-// - after Close() no event of that connection arrives any more, not even of bytes that were received before;
+// - after Close() no event of that connection arrives any more, not even of bytes that were received before, and all
+//   that it held is given back, even if one of its handlers is still running;
 // - acknowledgements go out at once: a server that writes its status line and its text separately would otherwise wait
 //   40 milliseconds for each.
 class Socket {
@@ -61,6 +64,7 @@ private:
 
     void Enter(SocketState newState);
 
+    std::unique_ptr<QObject> mailbox; // whom the events are posted to
     std::unique_ptr<Connection> connection;
     SocketState state = SocketState::Closed;
 };

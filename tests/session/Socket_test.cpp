@@ -1,11 +1,17 @@
 #include "platform/Events.h"
 #include "platform/Socket.h"
+#include "sample/Loopback.h"
 #include "support/ScriptedServer.h"
 
 #include <QCoreApplication>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <malloc.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -77,4 +83,48 @@ TEST(SocketTest, NothingIsHeardOfAConnectionThatWasLeft)
         }
     }
     EXPECT_TRUE(sawBytes && sawEnd);
+}
+
+// A search is one long call: what its connections held must not be kept until it has returned. The call is a handler of
+// the very socket here, which closes the connection that it tells of, too.
+TEST(SocketTest, WhatIsOverIsGivenBackWhileAHandlerStillRuns)
+{
+    const auto descriptors = [] {
+        const std::filesystem::directory_iterator open("/proc/self/fd");
+        return std::distance(begin(open), end(open));
+    };
+    const int listening = socket(AF_INET, SOCK_STREAM, 0), deaf = socket(AF_INET, SOCK_STREAM, 0);
+    const std::uint16_t openPort = ListenOnLoopback(listening), refusingPort = ListenOnLoopback(deaf);
+    close(deaf);
+    Socket socket;
+    const auto connectUntil = [&socket](std::uint16_t port, SocketState state) {
+        socket.Connect("127.0.0.1", port);
+        while (socket.State() != state)
+            WaitForEvents();
+    };
+    std::ptrdiff_t before = 0, most = 0;
+    std::size_t kept = 0;
+    socket.StateChanged = [&] {
+        if (socket.State() != SocketState::Connected || before != 0)
+            return;
+        socket.StateChanged = nullptr;
+        before = descriptors();
+        for (int round = 0; round < 100; ++round) {
+            if (round == 20) // all that is made once has been made
+                kept = mallinfo2().uordblks;
+            connectUntil(refusingPort, SocketState::Error);
+            EXPECT_EQ(descriptors(), before - 1); // a refused connection has none
+            if (round % 10 == 0) // so many may wait for their server
+                connectUntil(openPort, SocketState::Connected);
+            most = std::max(most, descriptors());
+            socket.Close();
+        }
+        kept = mallinfo2().uordblks - kept;
+    };
+    socket.Connect("127.0.0.1", openPort);
+    while (most == 0)
+        WaitForEvents();
+    EXPECT_EQ(most, before);
+    EXPECT_LT(kept, 80 * 100U) << "bytes of connections that are over";
+    close(listening);
 }
