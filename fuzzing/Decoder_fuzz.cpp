@@ -1,3 +1,4 @@
+#include "CameToSomething.h"
 #include "decoder/AttachmentDecoder.h"
 #include "support/TemporaryFolder.h"
 
@@ -15,6 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     decoder.SetDecodeFilename(body);
     if ((decoder.DecodeStatus() > 0) == decoder.StoredNames().empty())
         std::abort();
+    cameToSomething = decoder.DecodeStatus() > 0;
     for (const auto& entry : std::filesystem::directory_iterator(folder.Path())) {
         if (entry.path() != body) {
             if (entry.path().filename().native().starts_with('.') || decoder.DecodeStatus() <= 0)

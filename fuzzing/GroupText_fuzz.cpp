@@ -1,3 +1,4 @@
+#include "CameToSomething.h"
 #include "catalogue/GroupText.h"
 
 #include <cstdint>
@@ -14,5 +15,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             std::abort();
         last = lines.Position();
     }
+    cameToSomething = last > 0;
     return 0;
 }

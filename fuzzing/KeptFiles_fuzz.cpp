@@ -1,3 +1,4 @@
+#include "CameToSomething.h"
 #include "catalogue/PointerFile.h"
 #include "platform/Files.h"
 #include "support/TemporaryFolder.h"
@@ -18,6 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         for (std::size_t fields = 0; !input.AtEnd(); ++fields) {
             if ((input.*read)().size() > size || fields > size)
                 std::abort();
+            cameToSomething = true;
         }
     }
 

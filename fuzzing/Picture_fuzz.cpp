@@ -1,3 +1,4 @@
+#include "CameToSomething.h"
 #include "OffscreenApplication.h"
 #include "platform/Picture.h"
 #include "support/TemporaryFolder.h"
@@ -15,5 +16,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const Picture picture = Picture::FromFile(path);
     if ((picture.Width() > 0) != (picture.Height() > 0))
         std::abort();
+    cameToSomething = picture.Width() > 0;
     return 0;
 }

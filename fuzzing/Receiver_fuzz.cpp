@@ -1,84 +1,242 @@
+#include "CameToSomething.h"
 #include "OffscreenApplication.h"
 #include "platform/Events.h"
+#include "sample/ShortPort.h"
 #include "session/NewsSession.h"
 
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <utility>
+#include <memory>
+#include <thread>
+
+using namespace std::chrono_literals;
 
 namespace {
+
+constexpr std::string_view terminator = "\r\n.\r\n";
+
+void Demand(bool kept)
+{
+    if (!kept)
+        std::abort();
+}
 
 struct QuietDesktop : Desktop {
     MessageAnswer MsgBox(std::string_view, std::string_view, MessageButtons) override { return MessageAnswer::Ok; }
     void Sleep(std::chrono::milliseconds) override { }
 };
 
-// The real session on a real connection, whose other end says what the input tells.
-struct Client {
-    Client()
+// The real session on a real connection. The input is a conversation: the letters of its first line are what the client
+// does once it has connected (see Do), the rest is what the server says, its greeting and its answers to the login
+// among it, in packets:
+//
+//   |   ends a packet; the next one goes out when the client has had it
+//   ~   the next one waits for a line of the client
+//   +   the next one waits for a new connection
+//   !   the server hangs up
+//   ^   the user presses Stop
+//   %   the time of the head that is waited for is up
+//
+// Where the conversation cannot go on, the server hangs up and the user presses Stop.
+class Conversation {
+public:
+    Conversation()
     {
-        listener.listen(QHostAddress::LocalHost, 0);
+        Demand(ListenOnShortPort([this](std::uint16_t port) { return listener.listen(QHostAddress::LocalHost, port); })
+            != 0);
         QObject::connect(&listener, &QTcpServer::newConnection, &listener, [this] {
-            server = listener.nextPendingConnection();
-            server->write("200 hello\r\n");
+            server.reset(listener.nextPendingConnection());
+            heard = true;
+            clientSpoke = false;
+            clientCame = connections++ > 0;
         });
-        QObject::connect(&feeder, &QTimer::timeout, &feeder, [this] { Feed(); });
+        QObject::connect(&clock, &QTimer::timeout, &clock, [this] { Step(); });
         MainForm.cboNewsServer.AddItem("127.0.0.1");
         MainForm.cboNewsServer.SetListIndex(0);
-        MainForm.chkUserName.SetValue(1);
-        // The field takes four digits; set from code it is not asked.
         MainForm.txtPort.SetText(std::to_string(listener.serverPort()));
     }
 
-    // The first byte says which command is in flight; then come packets, each behind its length.
     void Run(std::string_view input)
     {
-        constexpr CommandKind kinds[] = {CommandKind::None, CommandKind::List, CommandKind::Group, CommandKind::Body,
-            CommandKind::Head, CommandKind::Next, CommandKind::Stat, CommandKind::Manual, CommandKind::AuthUser};
-        if (input.empty() || !Session.TcpConnect())
-            return;
-        Session.ReplyState = ReplyState::Awaiting;
-        Session.CommandKind = kinds[static_cast<unsigned char>(input.front()) % std::size(kinds)];
-        rest = input.substr(1);
+        const std::size_t lineEnd = input.find('\n');
+        const std::string_view letters = input.substr(0, std::min(lineEnd, mostLetters));
+        rest = lineEnd == std::string_view::npos ? std::string_view() : input.substr(lineEnd + 1);
+        length = rest.size();
+        MainForm.chkUserName.SetValue(letters.find('u') != std::string_view::npos ? 1 : 0);
+
+        NewsSession newSession(MainForm, desktop);
+        session = &newSession;
+        session->LongestReply = 1000;
+        session->CurrentGroup = "alt.kites";
+        session->GroupListArrived = [](const std::string& text) {
+            ExpectOneReply(text);
+            DoEvents();
+        };
+        Socket& TCP1 = MainForm.TCP1;
+        TCP1.StateChanged = [this, show = TCP1.StateChanged] {
+            connected = connected || MainForm.TCP1.State() == SocketState::Connected;
+            if (MainForm.TCP1.State() == SocketState::Connecting)
+                MainForm.Timer1.SetInterval(15s);
+            idle = 0;
+            show();
+        };
+        TCP1.DataArrival = [this, receive = TCP1.DataArrival] { Hear(receive); };
+
+        answers = 0;
         idle = 0;
-        feeder.start(0);
-        while (idle < 4)
-            WaitForEvents();
-        feeder.stop();
-        // Whatever came is held somewhere once, or thrown away.
-        if (Session.RecvBuffer.Length() > 2 * input.size() + 64)
-            std::abort();
-        Session.TcpDisconnect();
-        Session.StopFlag = false;
-        DoEvents();
-        delete std::exchange(server, nullptr);
+        connections = 0;
+        connected = false;
+        clock.start(0);
+        (void)session->TcpConnect();
+        Demand(connected);
+        for (const char letter : letters)
+            Do(letter);
+        session->TcpDisconnect();
+        Demand(session->RecvBuffer.Length() == 0 && session->LastBody.empty());
+        clock.stop();
+        server.reset();
+        cameToSomething = answers > 0 && rest.empty();
     }
 
-    void Feed()
+private:
+    static constexpr std::size_t mostLetters = 12;
+    static constexpr int patience = 16; // turns of the event loop
+
+    static void ExpectOneReply(std::string_view text) { Demand(text.find(terminator) == std::string_view::npos); }
+
+    void Do(char letter)
     {
-        if (rest.empty() || server == nullptr || server->state() != QAbstractSocket::ConnectedState) {
-            ++idle;
-            Session.StopFlag = true; // the user gives up
+        std::int32_t number = session->CurrentArticle;
+        switch (letter) {
+        case 'c': // as every long operation begins
+            session->StopFlag = false;
+            (void)session->TcpConnect();
+            break;
+        case 'd':
+            session->TcpDisconnect();
+            break;
+        case 'g':
+            (void)session->CmdGroup("alt.kites");
+            break;
+        case 'n':
+            (void)session->CmdNext();
+            break;
+        case 's':
+            (void)session->CmdStat(number);
+            break;
+        case 'h':
+            ExpectOneReply(session->CmdHead(number));
+            break;
+        case 'b':
+            ExpectOneReply(session->CmdBody(number));
+            break;
+        case 'l':
+            session->CmdList();
+            break;
+        case 'm':
+            session->CmdManual("help");
+            break;
+        case 'i':
+            for (int turn = 0; turn < patience / 2; ++turn)
+                WaitForEvents();
+            break;
+        default: // u: the server is known to want a user name
+            break;
+        }
+    }
+
+    // The client has a packet.
+    void Hear(const std::function<void()>& receive)
+    {
+        heard = true;
+        const bool awaited = session->ReplyState == ReplyState::Awaiting;
+        ++receiving;
+        receive();
+        --receiving;
+        if (awaited && session->ReplyState != ReplyState::Awaiting && session->CommandKind != CommandKind::Greeting)
+            ++answers;
+        Demand(session->RecvBuffer.Length() <= std::min(length, session->LongestReply));
+        // Wherever the packets were cut, no terminator has been passed over.
+        if (receiving == 0 && MainForm.TCP1.State() == SocketState::Connected)
+            Demand(session->ReplyText.empty() && session->RecvBuffer.Find(terminator, 1) == 0);
+    }
+
+    // One turn of the event loop.
+    void Step()
+    {
+        if (!connected)
+            return;
+        const bool open = server != nullptr && server->state() == QAbstractSocket::ConnectedState;
+        if (open && !server->readAll().isEmpty()) {
+            clientSpoke = true;
+            idle = 0;
+        }
+        const bool user = rest.starts_with('^') || rest.starts_with('%');
+        const bool waits
+            = rest.empty() || (rest.front() == '~' && !clientSpoke) || (rest.front() == '+' && !clientCame);
+        if (waits || !(user || (open && heard))) {
+            if (++idle < patience)
+                return;
+            session->StopFlag = true;
+            if (server != nullptr)
+                server->abort();
             return;
         }
-        const std::size_t length = std::min<std::size_t>(1 + static_cast<unsigned char>(rest.front()), rest.size() - 1);
-        server->write(rest.data() + 1, static_cast<qint64>(length));
-        server->flush();
-        rest.remove_prefix(length + 1);
+        idle = 0;
+        const std::size_t packet = std::min(rest.find_first_of("|~+!^%"), rest.size());
+        if (packet > 0) {
+            server->write(rest.data(), static_cast<qint64>(packet));
+            server->flush();
+            heard = false;
+            rest.remove_prefix(packet);
+            return;
+        }
+        switch (rest.front()) {
+        case '~':
+            clientSpoke = false;
+            break;
+        case '+':
+            clientCame = false;
+            break;
+        case '!':
+            server->close();
+            break;
+        case '^':
+            session->StopFlag = true;
+            break;
+        case '%':
+            if (MainForm.Timer1.Enabled()) {
+                MainForm.Timer1.SetInterval(1ms);
+                std::this_thread::sleep_for(2ms);
+            }
+            break;
+        default:
+            break;
+        }
+        rest.remove_prefix(1);
     }
 
-    QuietDesktop Desktop;
+    QuietDesktop desktop;
     frmTamarack MainForm;
-    NewsSession Session{MainForm, Desktop};
+    NewsSession* session = nullptr;
     QTcpServer listener;
-    QTcpSocket* server = nullptr;
-    QTimer feeder;
-    std::string_view rest;
-    int idle = 0;
+    std::unique_ptr<QTcpSocket> server;
+    QTimer clock;
+    std::string_view rest; // of what the server says
+    std::size_t length = 0; // of all of it
+    bool connected = false;
+    bool heard = true; // the last packet, by the client
+    bool clientSpoke = false; // since the last '~'
+    bool clientCame = false; // again, since the last '+'
+    int connections = 0;
+    int idle = 0; // turns in which nothing happened
+    int receiving = 0;
+    int answers = 0; // that were taken for one
 };
 
 }
@@ -86,7 +244,7 @@ struct Client {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     NeedApplication();
-    static Client& client = *new Client;
-    client.Run({reinterpret_cast<const char*>(bytes), size});
+    static Conversation& conversation = *new Conversation;
+    conversation.Run({reinterpret_cast<const char*>(bytes), size});
     return 0;
 }

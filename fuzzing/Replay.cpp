@@ -1,3 +1,4 @@
+#include "CameToSomething.h"
 #include "support/TemporaryFolder.h"
 
 #include <cstdint>
@@ -13,14 +14,20 @@ extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfi
 int main(int argc, char** argv)
 {
     int inputs = 0;
+    bool asExpected = true;
     for (int at = 1; at < argc; ++at) {
         const std::string directory = std::string(argv[at]) + "/";
         for (const std::string& name : FilesBelow(directory)) {
             const std::string input = ContentOf(directory + name);
+            cameToSomething = false;
             LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
             ++inputs;
+            if (cameToSomething == name.starts_with("nothing-")) {
+                std::fprintf(stderr, "%s came to %s\n", name.c_str(), cameToSomething ? "something" : "nothing");
+                asExpected = false;
+            }
         }
     }
     std::printf("%d inputs\n", inputs);
-    return inputs > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return inputs > 0 && asExpected ? EXIT_SUCCESS : EXIT_FAILURE;
 }
