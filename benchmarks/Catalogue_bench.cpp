@@ -103,7 +103,7 @@ std::optional<double> FillOurs(Lists& lists, const std::vector<std::string>& nam
             list.AddItem(name);
         list.SetVisible(true);
         lists.Paint();
-        return list.ListCount() == static_cast<int>(names.size());
+        return list.ListCount() == static_cast<int>(names.size()) && !SortsBefore(list.List(1), list.List(0));
     });
 }
 
@@ -165,9 +165,9 @@ void FilterGrowth(benchmark::State& state)
             lists.MainForm.lstAllGroups.AddItem(name);
         lists.MainForm.SSTab1.SetTab(1);
         TypeInto("txtNewsGroups", "alt;pictures");
-        return Timed([] {
+        return Timed([&lists] {
             Click("cmdAndFilter");
-            return true;
+            return lists.MainForm.lstFilteredGroups.ListCount() > 0;
         });
     };
     for (auto _ : state)
@@ -187,6 +187,9 @@ void Filter(benchmark::State& state, const char* button)
         const double start = ProcessorTime();
         Click(button);
         state.SetIterationTime(ProcessorTime() - start);
+        if (lists.MainForm.lstFilteredGroups.ListCount() == 0)
+            state.SkipWithError("nothing was found");
+        lists.MainForm.lstFilteredGroups.Clear();
     }
     char label[160];
     std::snprintf(label, sizeof label, "processor time, aim under 100 ms; longest time without events %.1f ms",
@@ -207,8 +210,12 @@ void MovesInFiveThousandRows(benchmark::State& state)
     const int buttons[] = {0, 1, 2, 3};
     std::size_t next = 0;
     for (auto _ : state) {
+        const int row = lists.MainForm.lstSelectedGroups.ListIndex();
+        const std::string name = lists.MainForm.lstSelectedGroups.List(row);
         lists.MainForm.MyUpDown[buttons[next++ % 4]].Click();
         lists.Paint();
+        if (lists.MainForm.lstSelectedGroups.List(row) == name)
+            state.SkipWithError("the row stayed where it was");
     }
     state.SetLabel("a move, painted");
 }
@@ -227,7 +234,8 @@ void RefreshFromALargeServer(benchmark::State& state)
         Click("cmdRefresh");
         lists.Paint();
     }
-    if (lists.MainForm.lstAllGroups.ListCount() <= fullList)
+    if (lists.MainForm.lstAllGroups.ListCount() <= fullList
+        || server.CommandCount("list") != static_cast<std::size_t>(state.iterations()))
         state.SkipWithError("the list did not arrive");
     char label[120];
     std::snprintf(label, sizeof label, "%d groups fetched, listed, written; longest time without events %.1f ms",
@@ -253,7 +261,7 @@ void StartUpLoadOfALargeServer(benchmark::State& state)
         return Timed([&] {
             lists.store.LoadGroupsFromDisk(file, progress, activity);
             lists.Paint();
-            return true;
+            return lists.MainForm.lstAllGroups.ListCount() >= std::min(count, fullList);
         });
     };
     for (auto _ : state)

@@ -1,5 +1,6 @@
 # Makes one table of Google Benchmark's JSON reports, any number of them one after the other: a line for each benchmark
-# with its time, what it went through in a second, and then its label and whatever else it counted.
+# with its time, what it went through in a second, and then its label and whatever else it counted. Fails if one of them
+# went wrong; one that was left out, as it says itself, did not.
 
 function text_of(line) {
     sub(/^[^:]*: */, "", line)
@@ -33,6 +34,8 @@ function finish_row(    rate, notes, key) {
     for (key = 1; key <= counters; key++)
         notes = notes (notes == "" ? "" : "; ") counter[key] " " sprintf("%.4g", field[counter[key]])
     rows++
+    if (field["error_message"] != "" && field["error_message"] !~ /^left out/)
+        failed = 1
     cell[rows, 1] = field["name"]
     cell[rows, 2] = field["error_message"] != "" ? "" \
         : scaled(nanoseconds(field["real_time"], field["time_unit"]), 1000, "ns us ms s")
@@ -75,4 +78,5 @@ END {
                 width[column] = length(cell[row, column])
     for (row = 0; row <= rows; row++)
         print_row(row)
+    exit failed
 }

@@ -97,6 +97,8 @@ TEST_F(HostileNamesTest, OfGroups)
     Search();
     ExpectNothingOutsideChanged();
     EXPECT_EQ(ContentOf(PointerFile()).size() % 84, 0U);
+    EXPECT_GT(ContentOf(PointerFile()).size(), 84U * 30);
+    EXPECT_GT(captions.size(), 30U);
     for (const std::string& row : RowsOf("lstSelectedGroups"))
         EXPECT_EQ(row.find("\xe2\x80\xae"), std::string::npos);
     for (const std::string& caption : captions)

@@ -71,6 +71,7 @@ TEST(Kill, AtAnyMomentLeavesWholeFiles)
     }
     std::mt19937 random(static_cast<unsigned>(kills));
     int last = 0;
+    int stored = 0;
     for (int kill = 0; kill < kills; ++kill) {
         SCOPED_TRACE(kill);
         if (last >= articles) { // and from the first article again
@@ -92,6 +93,7 @@ TEST(Kill, AtAnyMomentLeavesWholeFiles)
         QTest::qWait(static_cast<int>(random() % 60));
         victim.kill();
         ASSERT_TRUE(victim.waitForFinished());
+        ASSERT_EQ(victim.exitStatus(), QProcess::CrashExit); // it has not come to an end by itself
 
         const std::string record = ContentOf(pointers);
         ASSERT_EQ(record.size() % 84, 0U);
@@ -106,6 +108,7 @@ TEST(Kill, AtAnyMomentLeavesWholeFiles)
         for (const std::string& name : FilesBelow(destination + "alt.kites/")) {
             if (name.starts_with('.'))
                 continue; // one that was being written
+            ++stored;
             const int number = std::atoi(name.c_str() + 1);
             EXPECT_EQ(ContentOf(destination + "alt.kites/" + name), Attachment(number)) << name;
             EXPECT_LE(number, pointer);
@@ -114,4 +117,5 @@ TEST(Kill, AtAnyMomentLeavesWholeFiles)
         EXPECT_EQ(ContentOf(program + "#!@!." + server), "alt.kites\r\n");
         EXPECT_EQ(Settings(folder.File("settings.ini")).GetSetting("Startup", "6"), "kept");
     }
+    EXPECT_GT(stored, 0);
 }

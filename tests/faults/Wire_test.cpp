@@ -35,6 +35,8 @@ protected:
         Forget();
         proxy.SetFault(fault);
         program->Form().cboNewsServer.Click(); // ends the session
+        // Of a status line that comes in pieces only the first piece is judged. Any other text may come so.
+        const bool mayHang = fault.kind != Fault::Kind::Split || proxy.IsInStatusLine(fault.at);
         QTimer heart;
         QElapsedTimer beat;
         qint64 longest = 0;
@@ -44,12 +46,13 @@ protected:
             longest = std::max(longest, beat.restart());
             idle = proxy.BytesPassed() == seen ? idle + 1 : 0;
             seen = proxy.BytesPassed();
-            if (idle > 10 && (proxy.HasStruck() || idle > 2000))
+            if (idle > 10 && ((proxy.HasStruck() && mayHang) || idle > 2000))
                 Click("cmdStop");
         });
         beat.start();
         heart.start(2ms);
         Click("cmdFindNow");
+        EXPECT_TRUE(proxy.HasStruck() || fault.kind == Fault::Kind::None);
         EXPECT_EQ(CaptionOf("frmTamarack"), frmTamarack::idleCaption);
         EXPECT_TRUE(IsEnabled("cmdFindNow"));
         return std::chrono::milliseconds(longest);
@@ -105,7 +108,6 @@ TEST_F(WireTest, EveryReplySplitAtEveryByte)
     for (std::uint64_t at = 1; at < bytes; ++at) {
         SCOPED_TRACE("split at " + std::to_string(at));
         SearchWith({Fault::Kind::Split, at});
-        // Of a status line that comes in pieces only the first piece is judged.
         if (proxy.IsInStatusLine(at))
             ExpectWholeFiles();
         else
@@ -186,12 +188,14 @@ TEST_F(WireTest, MoreThanAnybodyWants)
 {
     StartSearches();
     SearchWith({});
+    const std::uint64_t bytes = proxy.BytesPassed();
     std::uint64_t inBody = 0;
-    for (std::uint64_t at = 100; inBody == 0 && at < proxy.BytesPassed(); at += 20) {
+    for (std::uint64_t at = 100; inBody == 0 && at < bytes; at += 20) {
         SearchWith({Fault::Kind::Stall, at});
         if (server.CommandCount("body") > 3)
             inBody = at + 40;
     }
+    ASSERT_NE(inBody, 0U);
     const long before = KilobytesInUse();
     const std::string lines = std::string(126, 'x') + "\r\n";
     std::string manyLines;

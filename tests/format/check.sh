@@ -11,7 +11,7 @@ fi
 
 cd "$1"
 folders=()
-for folder in src demo tests benchmarks; do
+for folder in src demo tests benchmarks fuzzing; do
     [[ -d $folder ]] && folders+=("$folder")
 done
 mapfile -d '' sources < <(find "${folders[@]}" -type f \( -name '*.h' -o -name '*.cpp' \) -print0 | sort -z)

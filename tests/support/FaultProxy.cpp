@@ -118,6 +118,7 @@ bool FaultProxy::PassOn(int client, std::string_view bytes, const Fault& now)
     if (now.kind == Fault::Kind::None || now.at < before || now.at >= passed + (isEnd ? 1 : 0))
         return SendAll(client, bytes);
     const std::size_t first = static_cast<std::size_t>(now.at - before);
+    struck = now.kind == Fault::Kind::Split; // the first part may be all that the client waits for
     const std::string_view firstBytes = bytes.substr(0, first);
     // In one segment with the last bytes, so that both are there when the client looks.
     const bool together = now.kind == Fault::Kind::Close && now.after == 0ms;
