@@ -393,20 +393,6 @@ TEST_F(ControlsTest, AModalFormReturnsWhenItIsHidden)
     EXPECT_FALSE(dialog.Visible());
 }
 
-TEST(Events, DoEventsIsOnePass)
-{
-    int turns = 0;
-    QObject receiver;
-    std::function<void()> postAgain = [&] {
-        ++turns;
-        QMetaObject::invokeMethod(&receiver, postAgain, Qt::QueuedConnection);
-    };
-    QMetaObject::invokeMethod(&receiver, postAgain, Qt::QueuedConnection);
-    DoEvents();
-    EXPECT_EQ(turns, 1) << "what is posted during the pass waits for the next";
-    WaitForEvents();
-    EXPECT_EQ(turns, 2);
-}
 
 TEST(Events, ATimerTicksInsideAWaitUntilItIsDisabled)
 {
