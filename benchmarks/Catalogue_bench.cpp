@@ -97,14 +97,19 @@ std::optional<double> FillOurs(Lists& lists, const std::vector<std::string>& nam
     ListBox& list = lists.MainForm.lstAllGroups;
     list.Clear();
     lists.Paint();
-    return Timed([&] {
+    const std::optional<double> taken = Timed([&] {
         list.SetVisible(false);
         for (const std::string& name : names)
             list.AddItem(name);
         list.SetVisible(true);
         lists.Paint();
-        return list.ListCount() == static_cast<int>(names.size()) && !SortsBefore(list.List(1), list.List(0));
+        return list.ListCount() == static_cast<int>(names.size());
     });
+    for (int row = 1; row < list.ListCount(); ++row) {
+        if (SortsBefore(list.List(row), list.List(row - 1)))
+            return std::nullopt;
+    }
+    return taken;
 }
 
 void FilledSortedAndPainted(benchmark::State& state)
