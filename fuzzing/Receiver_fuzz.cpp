@@ -105,7 +105,7 @@ public:
 
 private:
     static constexpr std::size_t mostLetters = 12;
-    static constexpr int patience = 16; // turns of the event loop
+    static constexpr int patience = 100; // turns of the event loop, of which one DoEvents takes up to sixteen
 
     static void ExpectOneReply(std::string_view text) { Demand(text.find(terminator) == std::string_view::npos); }
 
@@ -142,7 +142,7 @@ private:
             session->CmdManual("help");
             break;
         case 'i':
-            for (int turn = 0; turn < patience / 2; ++turn)
+            for (int turn = 0; turn < 8; ++turn)
                 WaitForEvents();
             break;
         default: // u: the server is known to want a user name

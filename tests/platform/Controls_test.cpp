@@ -393,7 +393,6 @@ TEST_F(ControlsTest, AModalFormReturnsWhenItIsHidden)
     EXPECT_FALSE(dialog.Visible());
 }
 
-
 TEST(Events, ATimerTicksInsideAWaitUntilItIsDisabled)
 {
     Timer timer(5ms);
