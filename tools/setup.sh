@@ -4,7 +4,8 @@
 buildPackages=(g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev qt6-tools-dev qt6-documentation-tools libdeflate-dev pkg-config libwmf-dev libemf2svg-dev)
 # What the program needs beside the libraries that it is linked with.
 windowPackages=(fonts-dejavu-core qt6-image-formats-plugins libqt6sql6-sqlite)
-testPackages=(libgtest-dev libgmock-dev clang-format-14 dpkg-dev file appstream desktop-file-utils)
+testPackages=(libgtest-dev libgmock-dev clang-format-14 dpkg-dev file appstream desktop-file-utils
+    xvfb openbox xdotool wmctrl x11-utils)
 fuzzPackages=(clang-14 libclang-rt-14-dev)
 benchPackages=(libbenchmark-dev libuu-dev)
 newsServerPackages=(inn2)

@@ -93,7 +93,6 @@ void SlideShow::Bind()
 
 void SlideShow::Form_Load()
 {
-    form->SetState(WindowState::Normal);
     form->SetHeight(frmSlideShow::designedHeight);
     NextPane = 0;
     SelectedPane = 0;

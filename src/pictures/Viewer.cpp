@@ -46,7 +46,6 @@ frmShowPicture& Viewer::Loaded()
 
 void Viewer::Form_Load()
 {
-    form->SetState(WindowState::Normal);
     form->SetCaption(frmShowPicture::emptyCaption);
     form->Check1.SetValue(0);
     form->Image1.SetPicture({});

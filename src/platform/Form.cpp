@@ -16,6 +16,8 @@
 #include <QTabWidget>
 #include <QWidget>
 #include <QWindow>
+#include <algorithm>
+#include <optional>
 
 // Lays out a menu bar above the client area by hand: a layout would move the controls, whose places are given.
 class Form::Window : public MouseReporting<QWidget> {
@@ -27,9 +29,11 @@ public:
     {
     }
 
+    int MenuHeight() const { return form.menuBar != nullptr ? form.menuBar->sizeHint().height() : 0; }
+
     void ArrangeClient()
     {
-        const int menuHeight = form.menuBar != nullptr ? form.menuBar->sizeHint().height() : 0;
+        const int menuHeight = MenuHeight();
         if (form.menuBar != nullptr)
             form.menuBar->setGeometry(0, 0, width(), menuHeight);
         client.setGeometry(0, menuHeight, width(), height() - menuHeight);
@@ -38,7 +42,76 @@ public:
     void resizeEvent(QResizeEvent*) override
     {
         ArrangeClient();
+        KeepPlace();
         Raise(form.Resize);
+    }
+
+    void moveEvent(QMoveEvent*) override { KeepPlace(); }
+
+    // What the desktop has put around the window by now. The toolkit's frameGeometry() and move() may go by what it was
+    // before.
+    QMargins FrameMargins() const { return windowHandle() != nullptr ? windowHandle()->frameMargins() : QMargins(); }
+
+    QRect FramePlace() const { return geometry().marginsAdded(FrameMargins()); }
+
+    // Where the window is, or was when it was last neither hidden nor minimised nor maximised: the corner of its frame
+    // and the size within it. Once the desktop has taken a window away, its place is no longer to be had from there.
+    QRect NormalPlace() const
+    {
+        const bool isNormal
+            = isVisible() && !(windowState() & (Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen));
+        return isNormal ? QRect(FramePlace().topLeft(), size()) : place;
+    }
+
+    void KeepPlace()
+    {
+        place = NormalPlace();
+        QMetaObject::invokeMethod(
+            this, [this] { settledPlace = place; }, Qt::QueuedConnection);
+    }
+
+    // Some desktops enlarge a window just before they say that it is maximised.
+    void changeEvent(QEvent* event) override
+    {
+        if (event->type() == QEvent::WindowStateChange && isMaximized() && place.size() == size()
+            && FramePlace().contains(screen()->availableGeometry()))
+            place = settledPlace;
+        MouseReporting<QWidget>::changeEvent(event);
+    }
+
+    void MoveTo(QPoint newCorner)
+    {
+        hasPlace = true;
+        place.moveTopLeft(newCorner);
+        if (corner)
+            corner = newCorner;
+        if (isVisible()) {
+            const QMargins frame = FrameMargins();
+            setGeometry(QRect(newCorner + QPoint(frame.left(), frame.top()), size()));
+            return;
+        }
+        move(newCorner);
+        // The toolkit passes over a move to where it believes a hidden window to be, and the desktop would then choose.
+        if (windowHandle() != nullptr)
+            windowHandle()->setFramePosition(newCorner);
+    }
+
+    void Appear()
+    {
+        if (hasPlace) {
+            MoveTo(place.topLeft());
+            corner = place.topLeft();
+        }
+        hasPlace = true;
+        show();
+    }
+
+    void Disappear()
+    {
+        place = NormalPlace();
+        hide();
+        setWindowState(Qt::WindowNoState);
+        resize(place.size());
     }
 
     void closeEvent(QCloseEvent* event) override
@@ -47,7 +120,7 @@ public:
         if (form.Unload)
             Raise(form.Unload);
         else
-            hide();
+            Disappear();
     }
 
     // A window that is minimised is not done with.
@@ -89,10 +162,34 @@ public:
             QWidget::keyPressEvent(event);
     }
 
-    void MoveMiddleTo(QPoint middle)
+    void Centre(QPoint newMiddle)
     {
-        const QSize size = frameGeometry().size();
-        move(middle - QPoint(size.width() / 2, size.height() / 2));
+        MoveMiddleTo(newMiddle);
+        middle = newMiddle;
+    }
+
+    // Only a window that is on the screen has its frame, and what was reckoned before without it, or with that of the
+    // last time, is put right.
+    void paintEvent(QPaintEvent*) override
+    {
+        if (middle)
+            MoveMiddleTo(*middle);
+        else if (corner)
+            MoveTo(*corner);
+        middle.reset();
+        corner.reset();
+    }
+
+    // As near to it as keeps the whole frame on the screen.
+    void MoveMiddleTo(QPoint newMiddle)
+    {
+        QRect wanted = FramePlace();
+        wanted.moveCenter(newMiddle);
+        const QScreen* found = QApplication::screenAt(newMiddle);
+        const QRect room = (found != nullptr ? found : QApplication::primaryScreen())->availableGeometry();
+        wanted.moveBottomRight({std::min(wanted.right(), room.right()), std::min(wanted.bottom(), room.bottom())});
+        wanted.moveTopLeft({std::max(wanted.left(), room.left()), std::max(wanted.top(), room.top())});
+        MoveTo(wanted.topLeft());
     }
 
     Form& form;
@@ -100,6 +197,11 @@ public:
     QPushButton* acceptButton = nullptr;
     QPushButton* cancelButton = nullptr;
     QEventLoop* modalLoop = nullptr;
+    QRect place; // see NormalPlace
+    QRect settledPlace; // the same, as it was before the events that are being delivered
+    bool hasPlace = false; // or else the desktop finds one
+    std::optional<QPoint> corner; // of the frame, or its middle, where the window is to come up
+    std::optional<QPoint> middle;
 };
 
 std::function<void(int)> Form::HelpKey;
@@ -126,30 +228,38 @@ std::string Form::Caption() const { return FromDisplay(window->windowTitle()); }
 
 void Form::SetCaption(std::string_view caption) { window->setWindowTitle(ToShow(caption)); }
 
-double Form::Left() const { return Twips::FromPixels(window->x()); }
+double Form::Left() const { return Twips::FromPixels(window->NormalPlace().x()); }
 
-double Form::Top() const { return Twips::FromPixels(window->y()); }
+double Form::Top() const { return Twips::FromPixels(window->NormalPlace().y()); }
 
-double Form::Width() const { return ScaleWidth() + designedBorders; }
+double Form::Width() const
+{
+    return designedBorders
+        + (border != BorderStyle::Sizable ? clientWidth : Twips::FromPixels(window->NormalPlace().width()));
+}
 
-double Form::Height() const { return ScaleHeight() + Chrome(); }
+double Form::Height() const
+{
+    const int height = window->NormalPlace().height() - window->MenuHeight();
+    return Chrome() + (border != BorderStyle::Sizable ? clientHeight : Twips::FromPixels(height));
+}
 
 double Form::Chrome() const { return menuBar != nullptr ? designedTitle + designedMenuBar : designedTitle; }
 
-void Form::SetLeft(double left) { window->move(Twips::ToPixels(left), window->y()); }
+void Form::SetLeft(double left) { window->MoveTo({Twips::ToPixels(left), window->NormalPlace().y()}); }
 
-void Form::SetTop(double top) { window->move(window->x(), Twips::ToPixels(top)); }
+void Form::SetTop(double top) { window->MoveTo({window->NormalPlace().x(), Twips::ToPixels(top)}); }
 
 void Form::SetWidth(double width)
 {
-    clientHeight = ScaleHeight();
+    clientHeight = Height() - Chrome();
     clientWidth = width - designedBorders;
     Layout();
 }
 
 void Form::SetHeight(double height)
 {
-    clientWidth = ScaleWidth();
+    clientWidth = Width() - designedBorders;
     clientHeight = height - Chrome();
     Layout();
 }
@@ -180,22 +290,36 @@ void Form::SetState(WindowState state)
 
 bool Form::Visible() const { return window->isVisible(); }
 
-void Form::SetVisible(bool visible) { window->setVisible(visible); }
+void Form::SetVisible(bool visible)
+{
+    if (visible == window->isVisible())
+        return;
+    if (visible)
+        window->Appear();
+    else
+        window->Disappear();
+}
 
 void Form::ShowModal()
 {
     QEventLoop loop;
     window->modalLoop = &loop;
     window->setWindowModality(Qt::ApplicationModal);
-    window->show();
+    window->Appear();
     loop.exec(QEventLoop::DialogExec);
     window->modalLoop = nullptr;
     window->setWindowModality(Qt::NonModal);
 }
 
-void Form::CentreOnScreen() { window->MoveMiddleTo(QApplication::primaryScreen()->geometry().center()); }
+void Form::CentreOnScreen() { window->Centre(QApplication::primaryScreen()->geometry().center()); }
 
-void Form::CentreOnForm(const Form& other) { window->MoveMiddleTo(other.window->frameGeometry().center()); }
+void Form::CentreOnForm(const Form& other)
+{
+    if (other.Visible())
+        window->Centre(other.window->FramePlace().center());
+    else
+        CentreOnScreen();
+}
 
 void Form::SetDialogButtons(CommandButton& accept, CommandButton& cancel)
 {
@@ -247,11 +371,11 @@ QMenuBar& Form::MenuBar()
 
 void Form::Layout()
 {
-    const int menuHeight = menuBar != nullptr ? menuBar->sizeHint().height() : 0;
-    const QSize size(Twips::ToPixels(clientWidth), Twips::ToPixels(clientHeight) + menuHeight);
+    const QSize size(Twips::ToPixels(clientWidth), Twips::ToPixels(clientHeight) + window->MenuHeight());
     if (border != BorderStyle::Sizable)
         window->setFixedSize(size);
     else
         window->resize(size);
+    window->place.setSize(size);
     window->ArrangeClient();
 }

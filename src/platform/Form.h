@@ -38,7 +38,7 @@ public:
     std::string Caption() const;
     void SetCaption(std::string_view caption);
 
-    // In twips, on the screen.
+    // In twips, on the screen, of the whole window; as they were before while it is hidden, minimised or maximised.
     double Left() const;
     double Top() const;
     double Width() const;
@@ -55,13 +55,15 @@ public:
     WindowState State() const;
     void SetState(WindowState state);
 
+    // A window that was hidden comes back where it was, neither minimised nor maximised.
     bool Visible() const;
     void SetVisible(bool visible);
 
     // Shows the form and returns when it is hidden again; meanwhile no other form takes input.
     void ShowModal();
 
-    // Puts the middle of the window to the middle of the screen, or of another window.
+    // Puts the middle of the window, its frame counted in, to the middle of the screen, or of another window if that is
+    // on it; as near to it as keeps the whole window on the screen.
     void CentreOnScreen();
     void CentreOnForm(const Form& other);
 
