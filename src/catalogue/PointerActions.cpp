@@ -31,6 +31,7 @@ void PointerActions::Command4_Click()
     }
     const PointerFile::Lookup found = Pointers().Find(Group());
     frmSetPointer form;
+    form.CentreOnForm(MainForm);
     form.Text2.SetText(Group());
     form.Text1.SetText(std::to_string(found.article));
     form.Text1.SelectAll();

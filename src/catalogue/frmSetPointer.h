@@ -13,6 +13,7 @@ struct frmSetPointer : Form {
         SetFallbackTopic(610);
         Text2.SetAccessibleName("Group");
         Text1.SetAccessibleName("Article number");
+        Text1.SetToolTip("Number of the last article read; 0 begins with the oldest");
         SetDialogButtons(cmdOk[0], cmdOk[1]);
         Text1.SetFocus();
     }
