@@ -2,6 +2,7 @@
 
 #include "platform/Control.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QIcon>
 #include <QPainter>
@@ -17,14 +18,15 @@
 
 namespace {
 
-// A frame with the keyboard focus shows so; the toolkit leaves lists as they are.
+// A list or text area with the keyboard focus shows so, which the toolkit leaves out. A panel draws its own edge.
 class FocusStyle : public QProxyStyle {
 public:
     void drawControl(
         ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const override
     {
         QProxyStyle::drawControl(element, option, painter, widget);
-        if (element != CE_ShapedFrame || !option->state.testFlag(State_HasFocus))
+        if (element != CE_ShapedFrame || !option->state.testFlag(State_HasFocus)
+            || qobject_cast<const QAbstractScrollArea*>(widget) == nullptr)
             return;
         painter->save();
         painter->setBrush(Qt::NoBrush);

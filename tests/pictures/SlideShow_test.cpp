@@ -162,6 +162,22 @@ TEST_F(SlideShowTest, ThePictureOfAPane)
     EXPECT_THAT(desktop.boxes, IsEmpty());
 }
 
+TEST_F(SlideShowTest, ThePaneWithTheFocusHasOneEdge)
+{
+    Open(1);
+    QWidget& frame = PaneFrame(1);
+    const auto isMarked = [&](QWidget::RenderFlags parts) {
+        QImage image(frame.size(), QImage::Format_RGB32);
+        frame.render(&image, {}, {}, parts);
+        return image.pixelColor(0, frame.height() / 2) == frame.palette().color(QPalette::Highlight);
+    };
+    EXPECT_FALSE(isMarked(QWidget::DrawWindowBackground | QWidget::DrawChildren));
+    frame.setFocus();
+    ASSERT_TRUE(Until([&] { return frame.hasFocus(); }));
+    EXPECT_TRUE(isMarked(QWidget::DrawWindowBackground | QWidget::DrawChildren));
+    EXPECT_FALSE(isMarked(QWidget::DrawWindowBackground)); // the frame beneath stays as it is
+}
+
 TEST_F(SlideShowTest, ItsPlaceComesBackIfItIsOnTheScreen)
 {
     Open(1);
