@@ -46,8 +46,14 @@ void ContextIDs::HelpContents()
     form->Pages.ShowContents();
 }
 
-// With the window goes what its engine keeps on disk.
-void ContextIDs::HelpQuit() { form.reset(); }
+// A message box may stand over the window, and still wait further down for its answer, so that the window has to stay.
+void ContextIDs::HelpQuit()
+{
+    if (!form)
+        return;
+    form->SetVisible(false);
+    form->Pages.Close();
+}
 
 // Each opening of the window reads the file anew, since it may have been put right.
 bool ContextIDs::Show()

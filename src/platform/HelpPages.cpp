@@ -51,10 +51,15 @@ struct HelpPages::Parts {
             browser->document()->setDefaultStyleSheet(
                 QStringLiteral("a { color: %1 }").arg(palette.color(QPalette::Highlight).lighter(150).name()));
     }
-    ~Parts()
+    ~Parts() { Close(); }
+
+    void Close()
     {
         browser->engine = nullptr;
         delete contents;
+        contents = nullptr;
+        engine.reset();
+        folder.reset();
     }
 
     // In the table of contents.
@@ -90,9 +95,9 @@ bool HelpPages::Open(const std::string& helpFile)
     engine->setReadOnly(false);
     if (!engine->setupData() || !engine->registerDocumentation(file))
         return false;
+    parts->Close();
     parts->space = space;
     parts->browser->engine = engine.get();
-    delete parts->contents;
     parts->contents = engine->contentWidget();
     parts->contents->setObjectName(QStringLiteral("contents"));
     parts->contents->setAccessibleName(QStringLiteral("Contents"));
@@ -116,6 +121,8 @@ bool HelpPages::Open(const std::string& helpFile)
     parts->folder = std::move(folder);
     return true;
 }
+
+void HelpPages::Close() { parts->Close(); }
 
 bool HelpPages::ShowTopic(int number)
 {

@@ -16,6 +16,9 @@ public:
     // False if the file is missing or is no help file; nothing is shown then.
     [[nodiscard]] bool Open(const std::string& helpFile);
 
+    // Lets go of the help file, and of what has been noted of it on disk. Only Open may follow.
+    void Close();
+
     // The page that has this number for its identifier. False, and no change, if there is none.
     [[nodiscard]] bool ShowTopic(int number);
 

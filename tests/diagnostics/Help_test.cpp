@@ -4,6 +4,7 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QTreeView>
 #include <filesystem>
 #include <utility>
@@ -118,7 +119,27 @@ TEST_F(HelpTest, EachControlHasItsTopic)
     EXPECT_EQ(Page(), "The preview strip");
     EXPECT_EQ(contents.currentIndex().data().toString(), "The preview strip");
     Click("frmTamarack/Command1");
-    EXPECT_EQ(WindowNamed("frmHelp"), nullptr);
+    EXPECT_FALSE(IsVisible("frmHelp"));
+}
+
+// As when the system ends the program.
+TEST_F(HelpTest, ItsWindowOutlivesAMessageBoxOverIt)
+{
+    Start();
+    ChooseMenu("mnuHelpTopics");
+    ASSERT_TRUE(Until([] { return QApplication::activeWindow() == WindowNamed("frmHelp"); }));
+    QTimer::singleShot(0, [this] {
+        QWidget* const box = QApplication::activeModalWidget();
+        ASSERT_EQ(box->parentWidget(), WindowNamed("frmHelp"));
+        program->End();
+        EXPECT_FALSE(IsVisible("frmHelp"));
+        ASSERT_EQ(QApplication::activeModalWidget(), box);
+        box->close();
+    });
+    Desktop().MsgBox("The disk is full.", "Error");
+    EXPECT_EQ(desktop.programEnds, 1);
+    ChooseMenu("mnuHelpTopics");
+    EXPECT_EQ(Page(), "What Tamarack does");
 }
 
 // Where a control has no topic of its own.
