@@ -22,6 +22,7 @@ struct frmShowPicture : Form {
         Command1.SetToolTip("Empty the window; the file stays");
         Command2.SetToolTip("Delete the file of the picture, without a question");
         Check1.SetToolTip("Follow the search and the slide show");
+        ClosesWithEscape();
     }
 
     CommandButton cmdViewCurrent{*this, "cmdViewCurrent", "View Current", {90, 45, 1140, 390}};

@@ -158,6 +158,8 @@ public:
                                                                 : acceptButton;
         if (meant != nullptr)
             meant->click();
+        else if (form.closesWithEscape && event->key() == Qt::Key_Escape)
+            close();
         else
             QWidget::keyPressEvent(event);
     }
@@ -332,6 +334,8 @@ void Form::SetDialogButtons(CommandButton& accept, CommandButton& cancel)
             window->acceptButton->setDefault(now == window->acceptButton || !qobject_cast<QPushButton*>(now));
     });
 }
+
+void Form::ClosesWithEscape() { closesWithEscape = true; }
 
 void Form::BringToFront()
 {

@@ -71,6 +71,9 @@ public:
     // second.
     void SetDialogButtons(CommandButton& accept, CommandButton& cancel);
 
+    // Escape closes the window, as its close button does.
+    void ClosesWithEscape();
+
     // Shows the form in front of the other windows; over a modal one too, and usable there.
     void BringToFront();
 
@@ -93,6 +96,7 @@ private:
 
     std::unique_ptr<Window> window;
     QMenuBar* menuBar = nullptr;
+    bool closesWithEscape = false;
     BorderStyle border;
     double clientWidth;
     double clientHeight;
