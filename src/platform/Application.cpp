@@ -1,17 +1,21 @@
 #include "platform/Application.h"
 
 #include "platform/Control.h"
+#include "platform/Twips.h"
 
 #include <QAbstractScrollArea>
 #include <QApplication>
+#include <QFontInfo>
 #include <QIcon>
 #include <QPainter>
 #include <QPixmap>
 #include <QProxyStyle>
+#include <QScreen>
 #include <QSessionManager>
 #include <QSocketNotifier>
 #include <QStyleOption>
 #include <QSvgRenderer>
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
@@ -35,6 +39,33 @@ public:
         painter->restore();
     }
 };
+
+bool LargestWindowFits()
+{
+    // In twips, the client area of the help, which is the largest window in both directions; and what a desktop puts
+    // around a window at most, in pixels.
+    constexpr double width = 9600;
+    constexpr double height = 7200;
+    constexpr QSize frame(10, 40);
+    const QList<QScreen*> screens = QApplication::screens();
+    return std::all_of(screens.begin(), screens.end(), [&](const QScreen* screen) {
+        const QSize room = screen->availableGeometry().size() - frame;
+        return Twips::ToPixels(width) <= room.width() && Twips::ToPixels(height) <= room.height();
+    });
+}
+
+// All places grow with the font. One that is too large for a screen, as with 192 dots per inch on a small one, would
+// leave buttons out of reach.
+void FitFontToScreens()
+{
+    constexpr double smallest = 6;
+    constexpr double step = 0.5;
+    QFont font = QApplication::font();
+    for (double points = QFontInfo(font).pointSizeF(); points > smallest && !LargestWindowFits(); points -= step) {
+        font.setPointSizeF(points - step);
+        QApplication::setFont(font);
+    }
+}
 
 QIcon WindowIcon()
 {
@@ -79,6 +110,7 @@ Application::Application(int& argc, char** argv)
     QApplication::setApplicationVersion(QStringLiteral(TAMARACK_VERSION));
     QApplication::setWindowIcon(WindowIcon());
     QApplication::setStyle(new FocusStyle);
+    FitFontToScreens();
     // The program ends when its main form is unloaded, not when nothing is on the screen for a moment.
     QApplication::setQuitOnLastWindowClosed(false);
 }

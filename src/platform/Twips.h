@@ -2,7 +2,7 @@
 
 // Forms are designed in twips, 1440 to the inch and 15 to the pixel of the design. On screen they grow with the
 // application's font by one factor, 1.0 where a line of it is 13 pixels high, so that the designed places fit the
-// text at every font size and display scale.
+// text at every font size and display scale. Application keeps the font to what the screens have room for.
 
 // A control's place in its container, in twips.
 struct Place {

@@ -1,13 +1,18 @@
-#include "XDesktop.h"
 #include "forms/frmTamarack.h"
 #include "support/Screen.h"
+#include "support/TemporaryFolder.h"
 
+#include <QProcess>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTest>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <sstream>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -18,160 +23,326 @@ std::string Text(const QRect& place)
     return text.str();
 }
 
-// The program and its user on a screen of that size.
-class User : public XDesktop {
+// The four numbers behind these labels, in their order.
+QList<int> Numbers(const std::string& text, std::initializer_list<const char*> labels)
+{
+    QList<int> numbers;
+    std::size_t place = 0;
+    for (const char* label : labels) {
+        place = text.find(label, place);
+        numbers << (place != std::string::npos ? std::atoi(text.c_str() + (place += strlen(label))) : 0);
+    }
+    return numbers;
+}
+
+// The real program under a window manager (openbox) on a screen that nobody sees (Xvfb), worked with mouse and keyboard
+// from outside. Windows are known by their numbers, and what tells the place of one counts its frame in. What a tool
+// or a window does not do throws std::runtime_error, which fails the test.
+class XScreen {
 public:
-    using XDesktop::XDesktop;
+    const QRect room;
 
-    std::string Main() const { return WindowNow("Tamarack -- "); }
+    explicit XScreen(QSize size, int dotsPerInch = 96)
+        : room({}, size)
+    {
+        server.setStandardErrorFile(QProcess::nullDevice());
+        server.startCommand(QStringLiteral("Xvfb -displayfd 1 -screen 0 %1x%2x24 -nolisten tcp -noreset")
+                                .arg(size.width())
+                                .arg(size.height()));
+        if (!server.waitForReadyRead(10000))
+            throw std::runtime_error("Xvfb does not start: " + server.errorString().toStdString());
+        environment.insert("DISPLAY", ':' + QString::fromLatin1(server.readLine()).trimmed());
+        environment.insert("QT_QPA_PLATFORM", "xcb");
+        for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+            environment.insert(name, QString::fromStdString(folder.File("home")));
+        environment.insert("TMPDIR", QString::fromStdString(temporary));
+        fs::create_directories(temporary);
+        Run("xprop -root -f RESOURCE_MANAGER 8s -set RESOURCE_MANAGER \"Xft.dpi:\t" + std::to_string(dotsPerInch)
+            + "\"");
+        windowManager.setProcessEnvironment(environment);
+        windowManager.setStandardErrorFile(QProcess::nullDevice());
+        windowManager.startCommand("openbox --sm-disable");
+        if (!Until([this] { return Run("wmctrl -m").find("Openbox") != std::string::npos; }))
+            throw std::runtime_error("openbox does not start: " + windowManager.errorString().toStdString());
 
-    // Every window opens as a whole on the screen.
+        // Installed, it keeps nothing beside itself.
+        const fs::path built = TAMARACK_PROGRAM;
+        for (const char* directory : {"bin", "share/tamarack"})
+            fs::create_directories(folder.File(directory));
+        fs::copy_file(built, folder.File("bin/tamarack"));
+        fs::copy_file(built.parent_path() / "Tamarack.hlp", folder.File("share/tamarack/Tamarack.hlp"));
+        program.setProcessEnvironment(environment);
+        program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        Start();
+    }
+
+    ~XScreen()
+    {
+        for (QProcess* process : {&program, &windowManager, &server}) {
+            process->kill();
+            process->waitForFinished();
+        }
+    }
+
+    void Start() { program.start(QString::fromStdString(folder.File("bin/tamarack")), {}); }
+    bool HasEnded() { return program.waitForFinished() && program.exitCode() == 0; }
+
+    // The window whose title begins so, or nothing.
+    std::string Window(const std::string& title) const
+    {
+        // 0x00600006  0 host Tamarack Help
+        std::istringstream rows(Run("wmctrl -l"));
+        for (std::string row; std::getline(rows, row);) {
+            std::string window, desktop, host, rest;
+            std::istringstream fields(row);
+            fields >> window >> desktop >> host >> std::ws;
+            if (std::getline(fields, rest) && rest.starts_with(title))
+                return window;
+        }
+        return {};
+    }
+    std::string Main() const { return Window("Tamarack -- "); }
+
+    // Waits for it to come up. Every window does so as a whole on the screen.
     std::string Opened(const std::string& title) const
     {
-        std::string window = Window(title);
-        const QRect frame = Frame(window);
-        EXPECT_TRUE(Screen().contains(frame)) << title << ": " << Text(frame);
+        std::string window;
+        if (!Until([&] { return !(window = Window(title)).empty(); }))
+            throw std::runtime_error("There is no window " + title);
+        const QRect place = Settled(window);
+        EXPECT_TRUE(room.contains(place)) << title << ": " << Text(place);
         return window;
     }
 
-    std::string Choose(const std::string& keys, const std::string& title) const
+    QRect Client(const std::string& window) const
     {
-        Press(Main(), keys);
-        return Opened(title);
+        const QList<int> is = Numbers(
+            Run("xwininfo -id " + window), {"Absolute upper-left X:", "Absolute upper-left Y:", "Width:", "Height:"});
+        return {is[0], is[1], is[2], is[3]};
     }
 
-    // Where a control lies, another copy of the form tells, which may have another font.
+    QRect Place(const std::string& window) const
+    {
+        // _NET_FRAME_EXTENTS(CARDINAL) = 1, 1, 20, 5
+        const QList<int> edges
+            = Numbers(Run("xprop -id " + window + " _NET_FRAME_EXTENTS"), {"=", ",", ",", ","}); // left, right, ...
+        return Client(window).marginsAdded({edges[0], edges[2], edges[1], edges[3]});
+    }
+
+    // The same, when it has not changed for a moment.
+    QRect Settled(const std::string& window) const
+    {
+        QRect before;
+        for (QRect now = Place(window); now != before; now = Place(window)) {
+            before = now;
+            QTest::qWait(30);
+        }
+        return before;
+    }
+
+    // The window comes to that place, to two pixels, and stays there.
+    void ExpectAt(const std::string& window, const QRect& place) const
+    {
+        const auto isThere = [&](const QRect& now) {
+            const QMargins off(now.left() - place.left(), now.top() - place.top(), now.right() - place.right(),
+                now.bottom() - place.bottom());
+            return std::max({std::abs(off.left()), std::abs(off.top()), std::abs(off.right()), std::abs(off.bottom())})
+                <= 2;
+        };
+        EXPECT_TRUE(Until([&] { return isThere(Place(window)); }, std::chrono::seconds(3)) && isThere(Settled(window)))
+            << Text(Place(window)) << " and not " << Text(place);
+    }
+
+    void ExpectMiddle(const std::string& window, QPoint middle) const
+    {
+        QRect wanted = Place(window);
+        wanted.moveCenter(middle);
+        ExpectAt(window, wanted);
+    }
+
+    QRect Move(const std::string& window, const QRect& to) const
+    {
+        std::ostringstream place;
+        place << "0," << to.x() << ',' << to.y() << ',' << to.width() << ',' << to.height();
+        Run("wmctrl -ir " + window + " -e " + place.str());
+        return Settled(window);
+    }
+
+    void Maximise(const std::string& window) const
+    {
+        Run("wmctrl -ir " + window + " -b add,maximized_vert,maximized_horz");
+        EXPECT_TRUE(Until([&] { return Place(window).width() == room.width(); }));
+    }
+
+    void Close(const std::string& window) const
+    {
+        Run("wmctrl -ic " + window);
+        if (!Until([&] { return Run("wmctrl -l").find(window) == std::string::npos; }))
+            throw std::runtime_error(window + " does not close");
+    }
+
+    // Keys and other doings, as xdotool names them.
+    void Do(const std::string& window, const std::string& what) const
+    {
+        Run("xdotool windowactivate --sync " + window + ' ' + what);
+    }
+
+    // So far from the corner of what is within the frame, as parts of the window's width.
+    void Click(const std::string& window, QPointF place, const std::string& how = "click 1") const
+    {
+        const QPoint pixels = (place * Client(window).width()).toPoint();
+        Do(window,
+            "mousemove --window " + window + ' ' + std::to_string(pixels.x()) + ' ' + std::to_string(pixels.y()) + ' '
+                + how);
+    }
+
+    // Where it lies on the main window, another one in this process tells.
     void Click(const std::string& control) const
     {
-        const QWidget& widget = ::Find<QWidget>("frmTamarack/" + control);
-        const QWidget& form = *WindowNamed("frmTamarack");
+        const QWidget& widget = Find<QWidget>(control);
         const auto click = [&](const QWidget& part, QPoint place) {
-            const QPointF inForm = part.mapTo(&form, place);
-            XDesktop::Click(Main(), inForm / form.width());
+            Click(Main(), QPointF(part.mapTo(part.window(), place)) / part.window()->width());
         };
-        ::Click("frmTamarack/" + control);
+        ::Click(control);
         for (const char* strip : {"SSTMain", "SSTab1"}) {
-            const auto& tabs = ::Find<QTabWidget>(strip);
+            const auto& tabs = Find<QTabWidget>(strip);
             if (tabs.isAncestorOf(&widget))
                 click(*tabs.tabBar(), tabs.tabBar()->tabRect(tabs.currentIndex()).center());
         }
         click(widget, widget.rect().center());
     }
 
-    // Both have it, to two pixels, and the window keeps it.
-    void ExpectMiddle(const std::string& window, QPoint middle) const
+    std::string Choose(const std::string& keys, const std::string& title) const
     {
-        QRect wanted = Frame(window);
-        wanted.moveCenter(middle);
-        ExpectAt(window, wanted);
+        Do(Main(), "key " + keys);
+        return Opened(title);
     }
 
-    void ExpectAt(const std::string& window, const QRect& place) const
+    TemporaryFolder folder;
+    const std::string temporary = folder.File("temporary/");
+
+private:
+    std::string Run(const std::string& command) const
     {
-        EXPECT_TRUE(StaysAt(window, place)) << Text(Frame(window)) << " and not " << Text(place);
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.startCommand(QString::fromStdString(command));
+        if (!process.waitForFinished(10000))
+            throw std::runtime_error(command + ": " + process.errorString().toStdString());
+        return process.readAllStandardOutput().toStdString();
     }
+
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    QProcess server, windowManager, program;
 };
 
-constexpr const char* viewerTitle = "<Filename Here>";
-
-std::string Viewer(const User& user) { return user.Choose("alt+v Down Return", viewerTitle); }
-std::string SlideShow(const User& user) { return user.Choose("alt+v Down Down Return", "Slide Show"); }
-std::string Help(const User& user) { return user.Choose("alt+h Return", "Tamarack Help"); }
-std::string Debug(const User& user)
+std::string Viewer(const XScreen& screen) { return screen.Choose("alt+v Down Return", "<Filename Here>"); }
+std::string SlideShow(const XScreen& screen) { return screen.Choose("alt+v Down Down Return", "Slide Show"); }
+std::string Help(const XScreen& screen) { return screen.Choose("alt+h Return", "Tamarack Help"); }
+std::string Debug(const XScreen& screen)
 {
-    user.XDesktop::Click(Viewer(user), {0.5, 0.5}, "keydown ctrl click 3 keyup ctrl");
-    return user.Opened("Debug Window");
+    screen.Click(Viewer(screen), {0.5, 0.5}, "keydown ctrl click 3 keyup ctrl");
+    return screen.Opened("Debug Window");
+}
+
+struct Row {
+    const char* what;
+    std::string (*open)(const XScreen& screen);
+    QRect place; // with its size for a window whose border can be dragged
+    bool isKept; // also for the next start
+};
+
+const Row windows[]
+    = {{"slide show", SlideShow, {150, 120, -1, -1}, true}, {"viewer", Viewer, {201, 75, 400, 300}, true},
+        {"help", Help, {99, 151, 640, 400}, false}, {"debug window", Debug, {120, 90, 500, 410}, false}};
+
+// A new user's start: no server is known, and then no group.
+void StartAnew(const XScreen& screen)
+{
+    const std::string first = screen.Opened("Add News Server");
+    screen.ExpectMiddle(first, screen.room.center());
+    screen.Do(first, "key Return");
+    screen.Do(screen.Opened("The Tamarack"), "key Return");
+    screen.Opened("Tamarack -- ");
 }
 
 }
 
 TEST(Windows, ComeBackWhereTheyWere)
 {
-    User users[] = {User({1024, 768}), User({1920, 1080})};
-    for (User& user : users)
-        user.Start();
     frmTamarack copy;
     copy.SetVisible(true);
-    for (User& user : users) {
-        const QSize size = user.Screen().size();
-        SCOPED_TRACE(size.width());
-        const std::string first = user.Opened("Add News Server");
-        user.ExpectMiddle(first, user.Screen().center());
-        user.Press(first, "Return");
-        user.Press(user.Opened("The Tamarack"), "Return"); // its list of groups is empty
-        user.Opened("Tamarack -- ");
-
-        struct Row {
-            const char* what;
-            std::string (*open)(const User& user);
-            QRect place; // its size is that of a window whose border can be dragged
-            bool isKept; // also for the next start
-        };
+    XScreen screens[] = {XScreen({1024, 768}), XScreen({1920, 1080})};
+    for (XScreen& screen : screens) {
+        SCOPED_TRACE(screen.room.width());
+        StartAnew(screen);
         std::map<const char*, QRect> places;
-        const std::vector<Row> rows
-            = {{"slide show", SlideShow, {150, 120, -1, -1}, true}, {"viewer", Viewer, {201, 75, 400, 300}, true},
-                {"help", Help, {99, 151, 640, 400}, false}, {"debug window", Debug, {120, 90, 500, 410}, false}};
-        for (const Row& row : rows) {
-            SCOPED_TRACE(row.what);
-            std::string window = row.open(user);
-            user.Move(window, row.place);
-            const QRect place = places[row.what] = user.SettledFrame(window);
-            EXPECT_NEAR(place.x(), row.place.x(), 2);
-            user.Close(window);
-            window = row.open(user);
-            user.ExpectAt(window, place);
-            if (row.place.width() > 0) {
-                user.Maximise(window);
-                EXPECT_TRUE(Until([&] { return user.Frame(window).width() == size.width(); }));
-                user.Close(window);
-                window = row.open(user);
-                user.ExpectAt(window, place);
+        for (const auto& [what, open, to, isKept] : windows) {
+            SCOPED_TRACE(what);
+            std::string window = open(screen);
+            const QRect place = places[what] = screen.Move(window, to);
+            EXPECT_NEAR(place.x(), to.x(), 2);
+            screen.Close(window);
+            window = open(screen);
+            screen.ExpectAt(window, place);
+            if (to.width() > 0) {
+                screen.Maximise(window);
+                screen.Close(window);
+                window = open(screen);
+                screen.ExpectAt(window, place);
             }
-            user.Close(window);
+            screen.Close(window);
         }
-        Help(user);
-        user.Press(user.Main(), "ctrl+q");
-        EXPECT_TRUE(user.HasEnded());
-        EXPECT_THAT(FilesBelow(user.Temporary()), testing::IsEmpty());
+        Help(screen);
+        screen.Do(screen.Main(), "key ctrl+q");
+        EXPECT_TRUE(screen.HasEnded());
+        EXPECT_THAT(FilesBelow(screen.temporary), testing::IsEmpty());
 
         std::string groups;
         for (int group = 0; group < 50; ++group)
             groups += "alt.kites\r\n";
-        MakeFile(user.ProgramFile("#!@!.news.example.com"), groups);
-        user.Start();
-        user.Press(user.Opened("The Tamarack"), "Return");
-        user.Opened("Tamarack -- ");
-        for (const Row& row : rows) {
-            if (!row.isKept)
+        MakeFile(screen.folder.File("home/Tamarack/#!@!.news.example.com"), groups);
+        screen.Start();
+        screen.Do(screen.Opened("The Tamarack"), "key Return");
+        const std::string main = screen.Opened("Tamarack -- ");
+        for (const auto& [what, open, to, isKept] : windows) {
+            if (!isKept)
                 continue;
-            SCOPED_TRACE(row.what);
-            const std::string window = row.open(user);
-            user.ExpectAt(window, places[row.what]);
-            user.Close(window);
+            SCOPED_TRACE(what);
+            const std::string window = open(screen);
+            screen.ExpectAt(window, places[what]);
+            screen.Close(window);
         }
 
         // Dialogs over the main window, and as near to it as the screen lets them.
-        const std::string main = user.Main();
         const auto dialog = [&](const char* control, const char* title) {
             SCOPED_TRACE(title);
-            user.Click(control);
-            std::string window = user.Opened(title);
-            if (user.Screen().contains(user.Frame(main)))
-                user.ExpectMiddle(window, user.Frame(main).center());
-            user.Press(window, "Escape");
+            screen.Click(control);
+            const std::string window = screen.Opened(title);
+            if (const QRect place = screen.Place(main); screen.room.contains(place))
+                screen.ExpectMiddle(window, place.center());
+            screen.Do(window, "key Escape");
         };
-        user.Move(main, {90, 160, -1, -1});
-        user.SettledFrame(main);
-        user.Click("lstSelectedGroups");
+        screen.Move(main, {90, 160, -1, -1});
+        screen.Click("lstSelectedGroups");
         dialog("Command4", "Set Article Pointer");
         dialog("cmdAddNewsServer", "Add News Server");
         dialog("cmdSelectDir", "Select the image destination");
-        user.Move(main, {size.width() - 200, size.height() - 150, -1, -1});
-        user.SettledFrame(main);
+        screen.Move(main, {screen.room.width() - 200, screen.room.height() - 150, -1, -1});
         dialog("cmdSelectDir", "Select the image destination");
-
-        const std::string about = user.Choose("alt+h Down Return", "About ");
-        user.ExpectMiddle(about, user.Screen().center());
-        user.Press(about, "Return");
+        screen.ExpectMiddle(screen.Choose("alt+h Down Return", "About "), screen.room.center());
     }
+}
+
+TEST(Windows, FitASmallScreenOfManyDots)
+{
+    const XScreen screen({1280, 900}, 192);
+    StartAnew(screen);
+    for (const Row& row : windows)
+        screen.Close(row.open(screen));
+    screen.Do(screen.Choose("alt+h Down Return", "About "), "key Return");
+    const int height = screen.Place(screen.Main()).height();
+    screen.Do(screen.Main(), "key alt+v Return"); // the strip of previews
+    EXPECT_TRUE(Until([&] { return screen.Place(screen.Main()).height() > height; }));
+    screen.Opened("Tamarack -- ");
 }
