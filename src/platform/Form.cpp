@@ -76,6 +76,12 @@ public:
         if (event->type() == QEvent::WindowStateChange && isMaximized() && place.size() == size()
             && FramePlace().contains(screen()->availableGeometry()))
             place = settledPlace;
+        if (event->type() == QEvent::WindowStateChange && windowHandle() != nullptr && FollowsOnce()) {
+            if (isMaximized())
+                setWindowState(Qt::WindowNoState);
+            else
+                windowHandle()->setMaximumSize(maximumSize());
+        }
         MouseReporting<QWidget>::changeEvent(event);
     }
 
@@ -103,7 +109,26 @@ public:
             corner = place.topLeft();
         }
         hasPlace = true;
+        if (windowHandle() == nullptr && FollowsOnce())
+            FollowOnce();
         show();
+    }
+
+    // Wayland's frames have a button to maximise every window, and one that does not follow loses its connection, and
+    // with that the program ends. So a window of a fixed size follows, and goes back.
+    bool FollowsOnce() const
+    {
+        return form.border == BorderStyle::Fixed
+            && QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    }
+
+    void FollowOnce()
+    {
+        create();
+        QObject::connect(windowHandle(), &QWindow::windowStateChanged, this, [this](Qt::WindowState state) {
+            if (state == Qt::WindowMaximized)
+                windowHandle()->setMaximumSize({QWIDGETSIZE_MAX, QWIDGETSIZE_MAX});
+        });
     }
 
     void Disappear()
