@@ -131,8 +131,10 @@ void SlideShow::Form_Unload()
 {
     if (!loaded)
         return;
-    settings.SaveSetting(section, "1", DecimalText(static_cast<float>(form->Left())));
-    settings.SaveSetting(section, "2", DecimalText(static_cast<float>(form->Top())));
+    if (Screen::TellsPlaces()) {
+        settings.SaveSetting(section, "1", DecimalText(static_cast<float>(form->Left())));
+        settings.SaveSetting(section, "2", DecimalText(static_cast<float>(form->Top())));
+    }
     settings.SaveSetting(section, "3", std::to_string(form->chkOptions.Value()));
     settings.SaveSetting(section, "4", form->txtDelay.Text());
     MainForm.mnuSlideShow.SetChecked(false);

@@ -72,8 +72,10 @@ void Viewer::Form_Unload()
         return;
     ViewerAutoUpdate = false;
     MainForm.mnuSizeableViewer.SetChecked(false);
-    settings.SaveSetting(section, "1", DecimalText(static_cast<float>(form->Left())));
-    settings.SaveSetting(section, "2", DecimalText(static_cast<float>(form->Top())));
+    if (Screen::TellsPlaces()) {
+        settings.SaveSetting(section, "1", DecimalText(static_cast<float>(form->Left())));
+        settings.SaveSetting(section, "2", DecimalText(static_cast<float>(form->Top())));
+    }
     settings.SaveSetting(section, "3", DecimalText(static_cast<float>(form->Width())));
     settings.SaveSetting(section, "4", DecimalText(static_cast<float>(form->Height())));
     loaded = false;

@@ -5,6 +5,7 @@
 #include "platform/DisplayText.h"
 #include "platform/HelpTopic.h"
 #include "platform/MouseReporting.h"
+#include "platform/Screen.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -116,11 +117,7 @@ public:
 
     // Wayland's frames have a button to maximise every window, and one that does not follow loses its connection, and
     // with that the program ends. So a window of a fixed size follows, and goes back.
-    bool FollowsOnce() const
-    {
-        return form.border == BorderStyle::Fixed
-            && QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
-    }
+    bool FollowsOnce() const { return form.border == BorderStyle::Fixed && !Screen::TellsPlaces(); }
 
     void FollowOnce()
     {

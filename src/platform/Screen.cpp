@@ -19,6 +19,8 @@ void Screen::SetMousePointer(MousePointer pointer)
     }
 }
 
+bool Screen::TellsPlaces() { return !QApplication::platformName().startsWith(QLatin1String("wayland")); }
+
 double Screen::Width() { return Twips::FromPixels(QApplication::primaryScreen()->size().width()); }
 
 double Screen::Height() { return Twips::FromPixels(QApplication::primaryScreen()->size().height()); }
