@@ -369,11 +369,11 @@ void Form::BringToFront()
         window->winId(); // makes the handle
         QWindow* handle = window->windowHandle();
         if (!modal->windowHandle()->isAncestorOf(handle, QWindow::IncludeTransients)) {
-            window->hide();
+            SetVisible(false);
             handle->setTransientParent(modal->windowHandle());
         }
     }
-    window->show();
+    SetVisible(true);
     window->raise();
     window->activateWindow();
 }
