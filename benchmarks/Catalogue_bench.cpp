@@ -81,7 +81,7 @@ public:
             sinceLast.start();
         });
         sinceLast.start();
-        timer.start(0);
+        timer.start(1); // without an interval it would be due again in each pass over the queue
     }
 
     double LongestMilliseconds() const { return static_cast<double>(longest) / 1e6; }
