@@ -159,7 +159,10 @@ bool AttachmentStore::OpenHiddenFile()
 bool AttachmentStore::Keep()
 {
     Write({}); // an attachment of no bytes is a file too
-    // Some file systems tell only when the file is closed that they could not write it.
+    // What has its name is whole, also after the power went: a disk may keep names before bytes. Some file systems tell
+    // only here, or when the file is closed, that they could not write it.
+    if (!failed && fdatasync(hidden) != 0 && errno != EINVAL)
+        failed = true;
     if (!failed)
         failed = close(std::exchange(hidden, -1)) != 0;
     const bool kept = !failed && (TakeName(wantedName) || TakeName(PortableFileName(wantedName)));

@@ -7,8 +7,9 @@
 #include <vector>
 
 // Writes attachments into a directory, under names that no other file there has. An attachment is written to a hidden
-// file beside its place and takes its name when it is whole: until then nothing of it is to be seen, and no existing
-// file is ever written to, replaced or followed as a link. An existing file with the same content is not stored again.
+// file beside its place and takes its name when it is whole and its bytes are on the disk: until then nothing of it is
+// to be seen, and no existing file is ever written to, replaced or followed as a link. An existing file with the same
+// content is not stored again.
 class AttachmentStore final : public AttachmentSink {
 public:
     // `storeDirectory` is empty or ends in a "/". The file `bodyFile` is no attachment, whatever its content.

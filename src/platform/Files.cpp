@@ -138,12 +138,17 @@ std::error_code MoveFile(const std::string& from, const std::string& to)
 
 std::error_code CopyFile(const std::string& from, const std::string& to)
 {
-    // The copy gets its name only when it is whole. Of the name that it has until then there may be what a killed
-    // program left behind.
+    // The copy gets its name only when it is whole and on the disk. Of the name that it has until then there may be
+    // what a killed program left behind.
     const std::string beside = to.substr(0, to.rfind('/') + 1) + ".copy.part";
     unlink(beside.c_str());
     std::error_code error;
     std::filesystem::copy_file(from, beside, error);
+    if (!error) {
+        const Descriptor copy(open(beside.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+        if (copy.Get() < 0 || (fsync(copy.Get()) != 0 && errno != EINVAL))
+            error = LastError();
+    }
     if (!error && std::rename(beside.c_str(), to.c_str()) != 0)
         error = LastError();
     if (error)

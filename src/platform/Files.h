@@ -16,7 +16,8 @@ bool FileExists(const std::string& path);
 // True if the path names a directory, or a plain file.
 bool DirExists(const std::string& path);
 
-// Written beside its final name and renamed over it, so that a crash or a full disk leaves the old file or the new one.
+// Written beside its final name, down to the disk, and renamed over it, so that a crash, a full disk or a loss of power
+// leaves the old file or the new one.
 [[nodiscard]] std::error_code ReplaceFile(const std::string& path, std::initializer_list<std::string_view> contents);
 
 // A new file with this content, in place of what was there, a link included.

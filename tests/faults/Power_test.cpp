@@ -1,0 +1,107 @@
+#include "program-test/ProgramTest.h"
+
+#include "sample/Encoders.h"
+
+#include <fcntl.h>
+#include <set>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#include <utility>
+
+// A disk may keep a name before the bytes that it names, so that a loss of power leaves files of the right name and
+// length with nothing in them. Every call of this process that gives a file its name passes through here, does what it
+// is to do, and is noted if the file's bytes were not on the disk by then.
+
+namespace {
+
+using File = std::pair<dev_t, ino_t>;
+
+std::set<File> onDisk;
+std::vector<std::string> namedTooEarly;
+int named = 0;
+
+void NoteSync(int descriptor)
+{
+    struct stat status { };
+    if (fstat(descriptor, &status) == 0)
+        onDisk.insert({status.st_dev, status.st_ino});
+}
+
+void NoteWrite(int descriptor)
+{
+    struct stat status { };
+    if (fstat(descriptor, &status) == 0)
+        onDisk.erase({status.st_dev, status.st_ino});
+}
+
+void NoteName(const char* file, const char* name)
+{
+    struct stat status { };
+    if (lstat(file, &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    ++named;
+    if (!onDisk.contains({status.st_dev, status.st_ino}))
+        namedTooEarly.emplace_back(name);
+}
+
+}
+
+extern "C" {
+ssize_t write(int descriptor, const void* bytes, size_t length)
+{
+    NoteWrite(descriptor);
+    return syscall(SYS_write, descriptor, bytes, length);
+}
+
+int fsync(int descriptor)
+{
+    NoteSync(descriptor);
+    return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
+
+int fdatasync(int descriptor)
+{
+    NoteSync(descriptor);
+    return static_cast<int>(syscall(SYS_fdatasync, descriptor));
+}
+
+int rename(const char* from, const char* to) noexcept
+{
+    NoteName(from, to);
+    return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned flags) noexcept
+{
+    NoteName(from, to);
+    return static_cast<int>(syscall(SYS_renameat2, fromDirectory, from, toDirectory, to, flags));
+}
+
+int linkat(int fromDirectory, const char* from, int toDirectory, const char* to, int flags) noexcept
+{
+    NoteName(from, to);
+    return static_cast<int>(syscall(SYS_linkat, fromDirectory, from, toDirectory, to, flags));
+}
+}
+
+using PowerTest = ProgramTest;
+
+TEST_F(PowerTest, WhatHasItsNameIsOnTheDisk)
+{
+    SampleServer server({GroupOf("alt.kites", 1, {Uuencode("red", "red.jpg"), Uuencode("blue", "blue.jpg")})});
+    Start({"alt.kites"}, server.Port());
+    MakeFile(destination + "blue.jpg", "blue"); // stays there, and its group gets a copy
+    onDisk.clear();
+    namedTooEarly.clear();
+    named = 0;
+    Search();
+    EXPECT_THAT(
+        FilesBelow(destination), testing::UnorderedElementsAre("alt.kites/red.jpg", "alt.kites/blue.jpg", "blue.jpg"));
+    EXPECT_EQ(std::exchange(named, 0), 4); // each as it is stored, and in its group's directory
+    Click("cmdRefresh");
+    Check("chkMaximumFiles", true);
+    Click("Command1"); // Exit
+    EXPECT_GE(named, 3); // the groups, the selected ones, the settings
+    EXPECT_THAT(namedTooEarly, testing::IsEmpty());
+}
