@@ -136,7 +136,7 @@ struct frmTamarack : Form {
 
     StatusBar StatusBar2{SSTMain.Page(3), "StatusBar2", {45, 2310, 5160, 270},
         {{"Total: 64318", "Total: 0", "Total number of active groups"},
-            {"Filtered: 64318", "Filtered: 0", "Total number of filtered groups"},
+            {"Filtered: 128636", "Filtered: 0", "Total number of filtered groups"},
             {"Selected: 64318", "Selected: 0", "Total number of selected groups"},
             {"Scanning Groups", "", "", PanelStyle::Text, true}}};
 
@@ -171,7 +171,7 @@ struct frmTamarack : Form {
 
     StatusBar StatusBar1{*this, "StatusBar1", {0, 6015, 6630, 330},
         {{"Status: Username Required", "Status: Disconnected", "Connection Status", PanelStyle::Text, true},
-            {"Items: 10000", "Items: 0", "Total items found"}, {"Tamarack", "Tamarack"},
+            {"Items: 100000", "Items: 0", "Total items found"}, {"Tamarack", "Tamarack"},
             {"22:22:22", "", "Current Time"}, {"", "", "Current Date", PanelStyle::Date}},
         StatusBarPlace::BottomEdge};
 

@@ -62,7 +62,7 @@ struct frmSlideShow : Form {
     Panel Frame1[2] = {{*this, "Frame1(0)", {0, 15, 6795, 30}, PanelEdge::Sunken},
         {*this, "Frame1(1)", {0, 6255, 6795, 30}, PanelEdge::Sunken}};
     StatusBar StatusBar1{*this, "StatusBar1", {0, 6300, 6450, 345},
-        {{"Displaying 1000 of 1000", "", "Current image number displayed"},
+        {{"Displaying 10000 of 10000", "", "Current image number displayed"},
             {"Stopped", "Stopped", "Current pane being updated"},
             {"", "", "Filename of image mouse is currently over", PanelStyle::Text, true}},
         StatusBarPlace::BottomEdge};

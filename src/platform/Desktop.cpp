@@ -78,6 +78,7 @@ bool Desktop::ShellOpen(const std::string& address)
         return QDesktopServices::openUrl(QUrl(ToDisplay(address)));
     constexpr int patience = 1000;
     auto* process = new QProcess;
+    process->setStandardInputFile(QProcess::nullDevice());
     process->setStandardOutputFile(QProcess::nullDevice());
     process->setStandardErrorFile(QProcess::nullDevice());
     // What it opens outlives this program, however that ends.

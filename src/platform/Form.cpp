@@ -15,6 +15,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QTabWidget>
+#include <QTimer>
 #include <QWidget>
 #include <QWindow>
 #include <algorithm>
@@ -23,6 +24,8 @@
 // Lays out a menu bar above the client area by hand: a layout would move the controls, whose places are given.
 class Form::Window : public MouseReporting<QWidget> {
 public:
+    static constexpr Qt::WindowStates enlarged = Qt::WindowMaximized | Qt::WindowFullScreen;
+
     explicit Window(Form& ownerForm)
         : MouseReporting<QWidget>(ownerForm)
         , form(ownerForm)
@@ -59,8 +62,7 @@ public:
     // and the size within it. Once the desktop has taken a window away, its place is no longer to be had from there.
     QRect NormalPlace() const
     {
-        const bool isNormal
-            = isVisible() && !(windowState() & (Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen));
+        const bool isNormal = isVisible() && !isComingBack && !(windowState() & (Qt::WindowMinimized | enlarged));
         return isNormal ? QRect(FramePlace().topLeft(), size()) : place;
     }
 
@@ -77,6 +79,8 @@ public:
         if (event->type() == QEvent::WindowStateChange && isMaximized() && place.size() == size()
             && FramePlace().contains(screen()->availableGeometry()))
             place = settledPlace;
+        if (event->type() == QEvent::WindowStateChange)
+            NoteComingBack(static_cast<QWindowStateChangeEvent*>(event)->oldState());
         if (event->type() == QEvent::WindowStateChange && windowHandle() != nullptr && FollowsOnce()) {
             if (isMaximized())
                 setWindowState(Qt::WindowNoState);
@@ -84,6 +88,19 @@ public:
                 windowHandle()->setMaximumSize(maximumSize());
         }
         MouseReporting<QWidget>::changeEvent(event);
+    }
+
+    // A window that is no longer maximised gets its size back before its place.
+    void NoteComingBack(Qt::WindowStates before)
+    {
+        if (!isVisible() || !(before & enlarged) || (windowState() & enlarged))
+            return;
+        constexpr std::chrono::milliseconds longest(500);
+        isComingBack = true;
+        QTimer::singleShot(longest, this, [this] {
+            isComingBack = false;
+            KeepPlace();
+        });
     }
 
     void MoveTo(QPoint newCorner)
@@ -112,6 +129,7 @@ public:
         hasPlace = true;
         if (windowHandle() == nullptr && FollowsOnce())
             FollowOnce();
+        setWindowState(windowState() & ~Qt::WindowMinimized);
         show();
     }
 
@@ -132,7 +150,10 @@ public:
     {
         place = NormalPlace();
         hide();
-        setWindowState(Qt::WindowNoState);
+        // To take "minimised" from a hidden window would show it.
+        if (windowState() & enlarged)
+            setWindowState(windowState() & ~enlarged);
+        isComingBack = false;
         resize(place.size());
     }
 
@@ -155,7 +176,7 @@ public:
     int HelpTopic() const
     {
         QVariant topic;
-        const QWidget* widget = focusWidget() != nullptr ? focusWidget() : &client;
+        const QWidget* widget = focusWidget() != nullptr && focusWidget() != this ? focusWidget() : &client;
         for (; widget != nullptr && !topic.isValid(); widget = widget->parentWidget()) {
             topic = widget->property(helpTopicProperty);
             // With the focus on a tab, the page behind it is meant.
@@ -223,6 +244,7 @@ public:
     QEventLoop* modalLoop = nullptr;
     QRect place; // see NormalPlace
     QRect settledPlace; // the same, as it was before the events that are being delivered
+    bool isComingBack = false; // from maximised: it is not yet where it was
     bool hasPlace = false; // or else the desktop finds one
     std::optional<QPoint> corner; // of the frame, or its middle, where the window is to come up
     std::optional<QPoint> middle;
@@ -369,8 +391,10 @@ void Form::BringToFront()
         window->winId(); // makes the handle
         QWindow* handle = window->windowHandle();
         if (!modal->windowHandle()->isAncestorOf(handle, QWindow::IncludeTransients)) {
+            const WindowState state = State();
             SetVisible(false);
             handle->setTransientParent(modal->windowHandle());
+            SetState(state);
         }
     }
     SetVisible(true);

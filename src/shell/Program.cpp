@@ -59,10 +59,12 @@ void Program::Start()
 // What is on the form before it is visible is not yet what the user left there, and must not be kept as such.
 void Program::End()
 {
-    if (MainForm.Visible())
+    if (MainForm.Visible()) {
         Form_Unload();
-    else
-        desktop.EndProgram();
+        return;
+    }
+    help.HelpQuit();
+    desktop.EndProgram();
 }
 
 void Program::Form_Load()
@@ -72,6 +74,7 @@ void Program::Form_Load()
     MainForm.SetHeight(frmTamarack::heightWithoutPreviews);
     help.HelpInit(resources);
     if (!LoadBehindBanner()) {
+        help.HelpQuit();
         desktop.EndProgram();
         return;
     }

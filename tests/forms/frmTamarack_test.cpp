@@ -160,9 +160,9 @@ TEST(MainFormPanels, HaveRoomForTheirLongestTexts)
                      {"Status: Username Required", "Status: Password Required", "Status: Error Connecting",
                          "Status: Username Failed", "Status: Password Failed", "Status: Reply Too Long",
                          "Status: Disconnected", "Status: Resolving Host"}},
-                    Row{"StatusBar1", 2, {"Items: 10000"}}, Row{"StatusBar1", 3, {"Tamarack"}},
+                    Row{"StatusBar1", 2, {"Items: 123456"}}, Row{"StatusBar1", 3, {"Tamarack"}},
                     Row{"StatusBar1", 4, {time}}, Row{"StatusBar1", 5, {date}}, Row{"StatusBar2", 1, {"Total: 32201"}},
-                    Row{"StatusBar2", 2, {"Filtered: 64318"}}, Row{"StatusBar2", 3, {"Selected: 64318"}},
+                    Row{"StatusBar2", 2, {"Filtered: 128324"}}, Row{"StatusBar2", 3, {"Selected: 64318"}},
                     Row{"StatusBar2", 4, {"Filtering Groups", "Scanning Groups", "Filling List", "Packets: 12345"}}}) {
                 const auto& label
                     = Find<QLabel>(std::string(panel.bar) + ".Panels(" + std::to_string(panel.number) + ")");

@@ -174,6 +174,14 @@ public:
         EXPECT_TRUE(Until([&] { return Place(window).width() == room.width(); }));
     }
 
+    void Restore(const std::string& window) const
+    {
+        Run("wmctrl -ir " + window + " -b remove,maximized_vert,maximized_horz");
+        EXPECT_TRUE(Until([&] { return Place(window).width() < room.width(); }));
+    }
+
+    void Minimise(const std::string& window) const { Run("xdotool windowminimize --sync " + window); }
+
     void Close(const std::string& window) const
     {
         Run("wmctrl -ic " + window);
@@ -286,11 +294,20 @@ TEST(Windows, ComeBackWhereTheyWere)
             window = open(screen);
             screen.ExpectAt(window, place);
             if (to.width() > 0) {
+                for (int time = 0; time < 3; ++time) {
+                    screen.Maximise(window);
+                    screen.Restore(window);
+                    screen.ExpectAt(window, place);
+                }
                 screen.Maximise(window);
                 screen.Close(window);
                 window = open(screen);
                 screen.ExpectAt(window, place);
             }
+            screen.Minimise(window);
+            screen.Close(window);
+            window = open(screen);
+            screen.ExpectAt(window, place);
             screen.Close(window);
         }
         Help(screen);
@@ -332,6 +349,18 @@ TEST(Windows, ComeBackWhereTheyWere)
         dialog("cmdSelectDir", "Select the image destination");
         screen.ExpectMiddle(screen.Choose("alt+h Down Return", "About "), screen.room.center());
     }
+}
+
+TEST(Windows, LeaveNothingBehindWhenThereIsNoServer)
+{
+    XScreen screen({1024, 768});
+    const std::string first = screen.Opened("Add News Server");
+    screen.Do(first, "key F1");
+    screen.Opened("Tamarack Help");
+    screen.Do(first, "key Escape");
+    screen.Do(screen.Opened("Error"), "key Escape");
+    EXPECT_TRUE(screen.HasEnded());
+    EXPECT_THAT(FilesBelow(screen.temporary), testing::IsEmpty());
 }
 
 TEST(Windows, FitASmallScreenOfManyDots)
