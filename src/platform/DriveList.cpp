@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QSignalBlocker>
 #include <QStorageInfo>
+#include <QWheelEvent>
 #include <algorithm>
 
 namespace {
@@ -63,6 +64,8 @@ protected:
         list.LookForVolumes();
         QComboBox::keyPressEvent(event);
     }
+    // A wheel that happens to turn above it chooses nothing.
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
 
 private:
     DriveList& list;

@@ -151,6 +151,18 @@ void Socket::Close()
     connection.reset();
 }
 
+bool Socket::EndIsComing() const
+{
+    if (state != SocketState::Connected)
+        return false;
+    if (connection->tcp.state() != QAbstractSocket::ConnectedState)
+        return true;
+    char byte = 0;
+    const auto descriptor = static_cast<int>(connection->tcp.socketDescriptor());
+    const ssize_t count = recv(descriptor, &byte, 1, MSG_PEEK | MSG_DONTWAIT);
+    return count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR);
+}
+
 void Socket::SendData(std::string_view bytes)
 {
     if (state != SocketState::Connected)

@@ -43,6 +43,10 @@ public:
 
     SocketState State() const { return state; }
 
+    // Whether a connected socket's other side has ended the connection, as far as this machine has heard; nobody has
+    // been told yet, and bytes may still wait to be handed over.
+    bool EndIsComing() const;
+
     // Sends the bytes, or nothing if the socket is not connected.
     void SendData(std::string_view bytes);
 

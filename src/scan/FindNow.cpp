@@ -34,22 +34,24 @@ void FindNow::cmdFindNow_Click()
         MainForm.SSTMain.SetTab(0);
         return;
     }
-    Search();
+    if (!Search())
+        return;
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
 }
 
-void FindNow::Search()
+bool FindNow::Search()
 {
     const SessionUse use(Session);
     if (!use)
-        return;
+        return false;
     Session.StopFlag = false;
     if (!Session.TcpConnect())
-        return;
+        return false;
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     DoEvents();
     scan.ScanGroups(MainForm.lstSelectedGroups);
+    return true;
 }
 
 void FindNow::cmdStop_Click() { Session.StopFlag = true; }

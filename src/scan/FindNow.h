@@ -9,7 +9,7 @@ public:
 
 private:
     void cmdFindNow_Click();
-    void Search();
+    bool Search();
     void cmdStop_Click();
 
     frmTamarack& MainForm;

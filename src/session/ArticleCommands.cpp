@@ -18,7 +18,8 @@ bool NewsSession::SendLine(std::string_view text)
 
 bool NewsSession::Send(::CommandKind kind, const std::string& line)
 {
-    if (MainForm.TCP1.State() != SocketState::Connected)
+    // To a server that is known to be gone there is nothing to say: its reply would be waited for in vain.
+    if (MainForm.TCP1.State() != SocketState::Connected || MainForm.TCP1.EndIsComing())
         return false;
     const ::ReplyState stateBefore = std::exchange(ReplyState, ReplyState::Awaiting);
     const ::CommandKind kindBefore = std::exchange(CommandKind, kind);

@@ -16,7 +16,8 @@ NewsSession::NewsSession(frmTamarack& mainForm, Desktop& newDesktop)
 bool NewsSession::TcpConnect()
 {
     Socket& TCP1 = MainForm.TCP1;
-    if (TCP1.State() == SocketState::Connected) {
+    // The rest of a text that nobody waits for would be read as the replies to what is sent next.
+    if (TCP1.State() == SocketState::Connected && !manualTextIsComing) {
         MainForm.SetMousePointer(MousePointer::Default);
         return true;
     }
@@ -33,7 +34,9 @@ bool NewsSession::TcpConnect()
     // Nothing survives from the last connection, such as a farewell that nobody waited for.
     TCP1.Close();
     RecvBuffer.Clear();
+    LastBody.clear();
     SearchPos = 1;
+    manualTextIsComing = false;
     ++connectionNumber;
     ShowStatus("Status: Connecting");
     TCP1.Connect(MainForm.cboNewsServer.Text(), Socket::PortFrom(MainForm.txtPort.Text()));

@@ -42,6 +42,14 @@ void ReadNumber(std::string_view text, std::int32_t& number)
         number = value;
 }
 
+// The status lines behind which a text follows (RFC 3977, appendix C), 211 being one of those to "listgroup".
+bool AnnouncesText(std::string_view statusLine)
+{
+    constexpr std::string_view codes = "100 101 211 215 220 221 222 224 225 230 231";
+    const std::string_view code = statusLine.substr(0, 3);
+    return code.size() == 3 && codes.find(code) != std::string_view::npos;
+}
+
 }
 
 void NewsSession::tcp1_DataArrival()
@@ -123,6 +131,7 @@ void NewsSession::JudgeStatusLine(std::string& packet)
         ReplyState = ReplyState::Finished;
     } else {
         ReplyState = ReplyState::Taken;
+        manualTextIsComing = inFlight(CommandKind::Manual) && AnnouncesText(packet);
     }
 
     // A piece of a status line without its end stays whole.
@@ -181,4 +190,5 @@ void NewsSession::Deliver()
         break;
     }
     ReplyState = ReplyState::Finished;
+    manualTextIsComing = false;
 }

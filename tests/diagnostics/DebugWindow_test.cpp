@@ -82,7 +82,10 @@ TEST_F(DebugWindowTest, OneCommandAtATime)
 {
     ScriptedServer server("S: 200\nC: group alt.kites\nS: 211 2 1 2 alt.kites\nC: next\nS: 223 2 <a>\nC: body 2\n"
                           "X: pause\nS: 222\nS: begin 644 kite.jpg\nS: #<F5D\nS: `\nS: end\nS: .\nC: next\nS: 421\n"
-                          "C: help\nX: pause\nS: 100 help\nS: next\nS: .\n");
+                          "C: help\nX: pause\nS: 100 help\nS: next\nS: .\n"
+                          // A text that is still on its way is no reply to anything.
+                          "C: date\nS: 215 groups\nX: connect\nS: 200\nC: group alt.kites\nS: 211 2 1 2 alt.kites\n"
+                          "C: stat 2\nS: 223 2 <a>\nC: next\nS: 421\n");
     const std::vector<std::string> commands = {"cmdFindNow", "cmdRefresh", "cmdRefreshDisk", "cmdCmd(0)", "cmdCmd(1)"};
     const auto expectEnabled = [&](bool enabled) {
         for (const std::string& command : commands)
@@ -105,6 +108,8 @@ TEST_F(DebugWindowTest, OneCommandAtATime)
     EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(2, "alt.kites"));
     Click("cmdCmd(0)");
     expectEnabled(true);
+    Click("cmdCmd(1)");
+    Search();
     EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
 }
 

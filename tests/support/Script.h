@@ -13,9 +13,9 @@
 //   X: pause NAME                         the test is told, and does something just here
 //   X: close                              the server hangs up
 //   X: reset                              the server breaks the connection off
-//   X: stall                              the server says nothing more and takes whatever comes, until the client
-//   closes X: wait-close                         the client is to close the connection, without another line X: connect
-//   the client is to connect once more
+//   X: stall                              nothing more is said, and whatever comes is taken, until the client closes
+//   X: wait-close                         the client is to close the connection, without another line
+//   X: connect                            the client is to connect once more
 //
 // "C~" and "S~" read \r \n \t \\ \s (a blank) and \xHH. Blanks before a step, empty lines and lines that begin with
 // "#" are skipped. `S:` lines that follow each other are one packet.
