@@ -1,11 +1,14 @@
 #include "platform/Desktop.h"
+#include "support/Screen.h"
 #include "support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
 #include <QByteArray>
+#include <QCoreApplication>
 
+#include <cerrno>
 #include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
 
 TEST(ShellOpen, TellsWhetherSomethingOpensTheDocument)
 {
@@ -22,7 +25,7 @@ TEST(ShellOpen, TellsWhetherSomethingOpensTheDocument)
     Desktop desktop;
     for (const Row& row : {Row{"no opener", nullptr, false}, Row{"no program for it", "exit 3", false},
              Row{"it is handed on", "[ \"$1\" = \"$ADDRESS\" ]", true},
-             Row{"the program stays", "exec /bin/sleep 3", true}, Row{"it crashes", "kill -SEGV $$", false}}) {
+             Row{"the program stays", "exec /bin/sleep 1.5", true}, Row{"it crashes", "kill -SEGV $$", false}}) {
         SCOPED_TRACE(row.what);
         qputenv("ADDRESS", address.c_str());
         if (row.script != nullptr) {
@@ -32,4 +35,7 @@ TEST(ShellOpen, TellsWhetherSomethingOpensTheDocument)
         EXPECT_EQ(desktop.ShellOpen(address), row.works);
     }
     qputenv("PATH", path);
+    // What is kept for the program that stays goes with it.
+    EXPECT_TRUE(Until([] { return waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) != 0 && errno == ECHILD; }));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
