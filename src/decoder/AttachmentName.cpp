@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <unicode/uchar.h>
 
 namespace {
 
@@ -83,23 +84,25 @@ std::u32string Characters(std::string_view name)
     return characters;
 }
 
-// Controls, and what makes a name look like another one: direction marks, joined line ends, the byte order mark.
-bool IsDropped(char32_t character)
+// Of the characters that only arrange others, those that stand before a number are drawn. A Braille cell without dots
+// is a symbol to Unicode, and empty all the same.
+bool ShowsAsNothing(char32_t character)
 {
-    return character < 0x20 || (character >= 0x7f && character < 0xa0) || character == 0x061c
-        || (character >= 0x200b && character <= 0x200f) || (character >= 0x2028 && character <= 0x202e)
-        || (character >= 0x2060 && character <= 0x206f) || character == 0xfeff;
+    const auto code = static_cast<UChar32>(character);
+    const bool arranges = (U_MASK(u_charType(code)) & (U_GC_CC_MASK | U_GC_CF_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK)) != 0
+        && !u_hasBinaryProperty(code, UCHAR_PREPENDED_CONCATENATION_MARK);
+    return arranges || u_hasBinaryProperty(code, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) || character == 0x2800;
 }
 
-std::string_view Trimmed(std::string_view text, std::string_view atFront, std::string_view atBack)
+bool IsBlank(char32_t character)
 {
-    text.remove_prefix(std::min(text.find_first_not_of(atFront), text.size()));
-    return text.substr(0, text.find_last_not_of(atBack) + 1);
+    return u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_WHITE_SPACE) != 0;
 }
 
 std::string_view LastComponent(std::string_view name)
 {
-    name = Trimmed(name, " \t", " \t");
+    name.remove_prefix(std::min(name.find_first_not_of(" \t"), name.size()));
+    name = name.substr(0, name.find_last_not_of(" \t") + 1);
     if (name.size() >= 2 && name.front() == '"' && name.back() == '"')
         name = name.substr(1, name.size() - 2);
     const std::size_t separator = name.find_last_of("/\\");
@@ -127,14 +130,35 @@ std::string_view Front(std::string_view text, std::size_t size)
 
 std::string SafeFileName(std::string_view name)
 {
-    std::string kept;
-    for (const char32_t character : Characters(LastComponent(name))) {
-        if (!IsDropped(character))
-            AppendUtf8(kept, character);
-    }
+    std::u32string characters = Characters(LastComponent(name));
+    std::erase_if(characters, ShowsAsNothing);
     // A dot in front would hide the file; blanks and dots at the end get lost on some file systems.
-    const std::string_view trimmed = Trimmed(kept, " .", " .");
-    return NumberedFileName(trimmed.empty() ? nameForNothing : trimmed, 1);
+    const auto isAtEdge = [](char32_t character) { return character == '.' || IsBlank(character); };
+    const auto end = std::find_if_not(characters.rbegin(), characters.rend(), isAtEdge).base();
+    auto next = std::find_if_not(characters.begin(), end, isAtEdge);
+    std::string kept;
+    // A hyphen in front would make commands take the name for an option.
+    if (next != end && *next == '-')
+        kept = "_";
+    while (next != end) {
+        const auto afterBlanks = std::find_if_not(next, end, IsBlank);
+        // A long row of blanks could push the extension out of sight.
+        AppendUtf8(kept, afterBlanks - next > 1 ? U' ' : *next);
+        next = std::max(next + 1, afterBlanks);
+    }
+    return NumberedFileName(kept.empty() ? nameForNothing : kept, 1);
+}
+
+bool IsVisibleThroughout(std::string_view name)
+{
+    while (!name.empty()) {
+        const std::optional<char32_t> character = TakeUtf8(name);
+        if (!character)
+            name.remove_prefix(1);
+        else if (ShowsAsNothing(*character) || IsBlank(*character))
+            return false;
+    }
+    return true;
 }
 
 std::string PortableFileName(std::string_view safeName)

@@ -8,9 +8,14 @@
 constexpr std::size_t longestFileName = 255;
 
 // A bare file name, in UTF-8, made from a name that a stranger chose. It has no directory part, is not hidden, is no
-// longer than longestFileName and never empty, and shows what it is: control characters and those that turn the
-// direction of writing are dropped. Bytes that are no valid UTF-8 are read as Windows-1252.
+// longer than longestFileName and never empty, does not begin with a "-", and shows what it is: controls, characters
+// that turn the direction of writing and all others that show as nothing are dropped, and so are blanks of every kind
+// at its ends; two or more of them inside become one. Bytes that are no valid UTF-8 are read as Windows-1252.
 std::string SafeFileName(std::string_view name);
+
+// False if a name holds a control, a blank of any kind, or a character that shows as nothing. Bytes that are no valid
+// UTF-8 are none of these.
+bool IsVisibleThroughout(std::string_view name);
 
 // The safe name as every file system takes it: the characters that some keep for themselves become "_", and it has at
 // most 120 bytes.
