@@ -74,6 +74,12 @@ bool DirExists(const std::string& path)
     return !name.empty() && std::filesystem::exists(name, error);
 }
 
+bool SameFile(const std::string& one, const std::string& other)
+{
+    std::error_code error;
+    return std::filesystem::equivalent(one, other, error);
+}
+
 std::error_code ReplaceFile(const std::string& path, std::initializer_list<std::string_view> contents)
 {
     // A name of its own: the file's, which may be as long as a name can be, leaves no room for an ending.

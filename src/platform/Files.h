@@ -16,6 +16,9 @@ bool FileExists(const std::string& path);
 // True if the path names a directory, or a plain file.
 bool DirExists(const std::string& path);
 
+// True if both paths lead to the same directory or file, by whatever name.
+bool SameFile(const std::string& one, const std::string& other);
+
 // Written beside its final name, down to the disk, and renamed over it, so that a crash, a full disk or a loss of power
 // leaves the old file or the new one.
 [[nodiscard]] std::error_code ReplaceFile(const std::string& path, std::initializer_list<std::string_view> contents);

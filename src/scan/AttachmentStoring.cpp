@@ -1,5 +1,6 @@
 #include "scan/AttachmentStoring.h"
 
+#include "decoder/AttachmentName.h"
 #include "platform/Events.h"
 #include "platform/Files.h"
 #include "platform/Screen.h"
@@ -9,11 +10,12 @@
 
 namespace {
 
-// A group's name comes from a server or a file: it must not lead out of the destination.
-bool IsPlainDirectoryName(std::string_view name)
+// A group's name comes from a server or a file: it must not lead out of the destination, nor to what is hidden there,
+// and it has to show what it is. No component of a name is empty (RFC 5536, section 3.1.4).
+bool CanBeDirectoryName(std::string_view name)
 {
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos
-        && name.find('\0') == std::string_view::npos;
+    return !name.empty() && !name.starts_with('.') && !name.ends_with('.') && name.find("..") == std::string_view::npos
+        && !name.starts_with('-') && name.find('/') == std::string_view::npos && IsVisibleThroughout(name);
 }
 
 }
@@ -75,7 +77,7 @@ std::string AttachmentStoring::MoveToItsPlace(const std::string& destination)
     if (MainForm.chkGroupSubDir.Value() != 1)
         return destination + name;
     const std::string groupDirectory = destination + Session.CurrentGroup + "/";
-    if (!IsPlainDirectoryName(Session.CurrentGroup))
+    if (!CanBeDirectoryName(Session.CurrentGroup))
         return destination + name;
     // An attachment of the group's own name stands where the directory is to be.
     const std::string aside = destination + ".attachment.part";
@@ -100,10 +102,13 @@ bool AttachmentStoring::IsNew(const std::string& name) const
     return holds(MainForm.UU.StoredNames()) && !holds(MainForm.UU.FoundNames());
 }
 
-// False if the path that leads to it does not exist. Any other failure shows when the file is moved.
-bool AttachmentStoring::MakeGroupDirectory(const std::string& directory)
+// False if the path that leads to it does not exist, or if it is none of a group's. Any other failure shows when the
+// file is moved.
+bool AttachmentStoring::MakeGroupDirectory(const std::string& directory) const
 {
-    return MakeDirectory(directory) != std::errc::no_such_file_or_directory;
+    return MakeDirectory(directory) != std::errc::no_such_file_or_directory
+        && std::none_of(OwnDirectories.begin(), OwnDirectories.end(),
+            [&directory](const std::string& own) { return SameFile(directory, own); });
 }
 
 void AttachmentStoring::Show(const std::string& imageFile)

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 // The article that a search has in hand.
 struct ArticleInHand {
@@ -27,6 +28,9 @@ public:
     // sets StopFlag.
     AfterStoring Store(const ArticleInHand& article, const std::string& body);
 
+    // Where the program's own files lie. They are no group's directories, since what is stored there replaces files.
+    std::vector<std::string> OwnDirectories;
+
     std::int32_t TotalCount = 0; // attachments stored in this run
     std::int32_t GroupCount = 0; // and from the current group
 
@@ -34,7 +38,7 @@ private:
     void Decode(const ArticleInHand& article, const std::string& temporaryFile, const std::string& body);
     std::string MoveToItsPlace(const std::string& destination);
     bool IsNew(const std::string& name) const;
-    bool MakeGroupDirectory(const std::string& directory);
+    bool MakeGroupDirectory(const std::string& directory) const;
     void Show(const std::string& imageFile);
 
     frmTamarack& MainForm;

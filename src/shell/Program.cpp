@@ -34,6 +34,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     , destination(MainForm, desktop)
 {
     Session.AppDir = places.appDir;
+    store.OwnDirectories = places.Directories();
     MainForm.Unload = [this] { Form_Unload(); };
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };

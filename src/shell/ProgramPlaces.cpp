@@ -40,6 +40,13 @@ ProgramPlaces ProgramPlaces::OfUser()
     return {directory.string() + '/', Settings::UserFileName()};
 }
 
+std::vector<std::string> ProgramPlaces::Directories() const
+{
+    const fs::path executables = ExecutableDirectory();
+    return {appDir, fs::path(settingsFile).parent_path().string(), resources, resources + "help", executables.string(),
+        (executables.parent_path() / "libexec" / "tamarack").string()};
+}
+
 std::string ProgramPlaces::OfResources()
 {
     const fs::path directory = ExecutableDirectory();

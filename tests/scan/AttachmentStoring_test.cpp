@@ -58,6 +58,14 @@ TEST_F(AttachmentStoringTest, WhereAttachmentsGo)
             {"alt.kites/alt (2).kites: blue", "alt.kites/alt.kites: red"}, "Items: 2"},
         {"an old body", true, {Kite("red")}, {"alt.kites/kite.jpg: red"}, "Items: 1", "alt.kites", "article2.uue"},
         {"up", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", ".."},
+        {"hidden", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", ".ssh"},
+        {"an empty component", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", "alt..kites"},
+        {"an empty last component", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", "alt.kites."},
+        {"an option", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", "-rf"},
+        {"a direction mark", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", "alt.\xe2\x80\xaekites"},
+        {"a blank", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", "alt.\xe3\x80\x80kites"},
+        {"a control", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", "alt.\x1bkites"},
+        {"other bytes", true, {Kite("red")}, {"alt.gr\xfcn\x9d/kite.jpg: red"}, "Items: 1", "alt.gr\xfcn\x9d"},
         {"a path", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", "alt/kites"},
         {"a name too long for a directory", true, {Kite("red")}, {"kite.jpg: red"}, "Items: 1", std::string(300, 'x')},
     };
@@ -75,11 +83,32 @@ TEST_F(AttachmentStoringTest, WhereAttachmentsGo)
         Search();
         EXPECT_EQ(Stored(), row.stored);
         EXPECT_EQ(PanelText("StatusBar1", 2), row.items);
-        EXPECT_THAT(
-            captions, Contains("Finished decoding 2 of " + std::to_string(row.bodies.size() + 1) + " -- " + started));
+        EXPECT_THAT(captions,
+            Contains(testing::StartsWith("Finished decoding 2 of " + std::to_string(row.bodies.size() + 1) + " -- ")));
         EXPECT_EQ(QApplication::overrideCursor(), nullptr);
     }
     EXPECT_THAT(FilesBelow(folder.Path()), testing::Not(Contains(testing::StartsWith("kite"))));
+}
+
+// Whatever a group is called: what lies there decides what the program does and shows.
+TEST_F(AttachmentStoringTest, TheProgramsOwnDirectoriesAreNoGroups)
+{
+    places.resources = ProgramFile("");
+    MakeFile(ProgramFile("help/find-a-server.html"), "help");
+    MakeFile(ProgramFile("debug.log"), "log");
+    SampleServer server({GroupOf("program", 1, {Uuencode("red", "debug.log")}),
+        GroupOf("help", 1, {Uuencode("red", "find-a-server.html"), Uuencode("red", "debug.log")})});
+    for (const auto& [group, place] : {std::pair("program", folder.Path()), {"help", ProgramFile("")}}) {
+        SCOPED_TRACE(group);
+        settings.SaveSetting("Startup", "1", place);
+        Start({group}, server.Port());
+        Search();
+        EXPECT_EQ(ContentOf(ProgramFile("help/find-a-server.html")), "help");
+        EXPECT_EQ(ContentOf(ProgramFile("debug.log")), "log");
+    }
+    EXPECT_EQ(ContentOf(folder.File("debug.log")), "red");
+    EXPECT_EQ(ContentOf(ProgramFile("find-a-server.html")), "red");
+    EXPECT_EQ(ContentOf(ProgramFile("debug (2).log")), "red");
 }
 
 TEST_F(AttachmentStoringTest, DestinationIsReadForEachArticle)

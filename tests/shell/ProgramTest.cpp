@@ -18,7 +18,7 @@ void ProgramTest::Launch()
 {
     program.reset();
     desktop.boxes.clear();
-    program = std::make_unique<Program>(desktop, ProgramPlaces{ProgramFile(""), folder.File("settings.ini")});
+    program = std::make_unique<Program>(desktop, places);
     // The banner's two seconds are for people.
     program->Form().Timer2.SetInterval(std::chrono::milliseconds(1));
     program->Start();

@@ -48,6 +48,7 @@ protected:
     TemporaryFolder folder;
     const std::string destination = folder.File("pictures/");
     Settings settings{folder.File("settings.ini")};
+    ProgramPlaces places{ProgramFile(""), folder.File("settings.ini")};
     TestDesktop desktop;
     std::unique_ptr<Program> program;
     std::vector<std::string> captions; // of the main form, in their order

@@ -171,7 +171,7 @@ TEST_F(ShellTest, TheSecondCopyTellsSoAndEnds)
     TestDesktop otherDesktop;
     settings.SaveSetting("Startup", "6", "kites");
     {
-        Program other(otherDesktop, ProgramPlaces{ProgramFile(""), folder.File("settings.ini")});
+        Program other(otherDesktop, places);
         other.Start();
         EXPECT_FALSE(other.Form().Visible());
     }
