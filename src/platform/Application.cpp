@@ -1,6 +1,7 @@
 #include "platform/Application.h"
 
 #include "platform/Control.h"
+#include "platform/Process.h"
 #include "platform/Twips.h"
 
 #include <QAbstractScrollArea>
@@ -100,6 +101,7 @@ const std::string_view Application::companyName = "Tamarack developers";
 
 Application::Application(int& argc, char** argv)
 {
+    PrepareProcess();
     // With a factor such as 1.5 the lines of one pixel around frames would fall between the screen's. What is left of
     // it comes as a larger font, which all places follow.
     QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::Floor);

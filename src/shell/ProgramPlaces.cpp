@@ -15,8 +15,9 @@ fs::path UserDataDirectory()
 {
     if (const char* dataHome = std::getenv("XDG_DATA_HOME"); dataHome != nullptr && *dataHome == '/')
         return dataHome;
+    // Somebody without a home directory has none that others could foresee either.
     const char* home = std::getenv("HOME");
-    return fs::path(home != nullptr ? home : "/tmp") / ".local" / "share";
+    return fs::path(home != nullptr && *home == '/' ? home : "/") / ".local" / "share";
 }
 
 fs::path ExecutableDirectory()

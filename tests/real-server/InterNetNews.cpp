@@ -55,8 +55,10 @@ public:
             return false;
         if (geteuid() == 0)
             return setgroups(0, nullptr) == 0 && setgid(group) == 0 && setuid(user) == 0;
-        return unshare(CLONE_NEWUSER) == 0 && WriteWhole("/proc/self/setgroups", "deny")
-            && WriteWhole("/proc/self/uid_map", userMap) && WriteWhole("/proc/self/gid_map", groupMap);
+        // The child of a process without core dumps may not open these files of its own.
+        return prctl(PR_SET_DUMPABLE, 1) == 0 && unshare(CLONE_NEWUSER) == 0
+            && WriteWhole("/proc/self/setgroups", "deny") && WriteWhole("/proc/self/uid_map", userMap)
+            && WriteWhole("/proc/self/gid_map", groupMap);
     }
 
     void Own(const std::filesystem::path& directory) const

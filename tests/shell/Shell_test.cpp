@@ -193,10 +193,16 @@ TEST_F(ShellTest, ASignalEndsTheProgramAsItsUserWould)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
         environment.insert(name, QString::fromStdString(home));
+    environment.insert("QT_QPA_PLATFORMTHEME", "cat");
+    environment.insert("TAMARACK_HOSTILE_MARK", QString::fromStdString(folder.File("ran")));
     process.setProcessEnvironment(environment);
-    std::filesystem::create_directory(folder.File("bin"));
+    std::filesystem::create_directories(folder.File("bin/platformthemes"));
     std::filesystem::copy_file(
         TAMARACK_PROGRAM, folder.File("bin/tamarack")); // an installed one keeps nothing beside it
+    // What was stored beside it decides nothing.
+    std::filesystem::copy_file(TAMARACK_HOSTILE_PLUGIN, folder.File("bin/platformthemes/cat.so"));
+    for (const char* name : {"bin/qt.conf", "bin/qt6.conf"})
+        MakeFile(folder.File(name), "[Paths]\nPrefix=/nonexistent\n");
     process.start(QString::fromStdString(folder.File("bin/tamarack")), {});
     const std::string lock = home + "/Tamarack/tamarack.lock";
     ASSERT_TRUE(Until([&] { return std::filesystem::exists(lock); }));
@@ -205,6 +211,7 @@ TEST_F(ShellTest, ASignalEndsTheProgramAsItsUserWould)
     ASSERT_TRUE(process.waitForFinished());
     EXPECT_EQ(process.exitCode(), 0);
     EXPECT_EQ(Settings(home + "/Tamarack/Tamarack.ini").GetSetting("Startup", "6"), "kites");
+    EXPECT_FALSE(std::filesystem::exists(folder.File("ran")));
 }
 
 TEST_F(ShellTest, WalkingToADestination)
