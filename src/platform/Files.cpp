@@ -119,9 +119,13 @@ std::error_code WriteFile(const std::string& path, std::string_view content, std
 
 std::error_code AppendToFile(const std::string& path, std::string_view text)
 {
-    Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+    constexpr mode_t ownerAlone = S_IRUSR | S_IWUSR;
+    Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, ownerAlone));
     if (file.Get() < 0)
         return LastError();
+    struct stat status { };
+    if (fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+        (void)fchmod(file.Get(), ownerAlone); // some disks know no rights
     const std::error_code error = WriteAll(file.Get(), text);
     const std::error_code closeError = file.Close();
     return error ? error : closeError;
@@ -257,6 +261,7 @@ void SequentialInput::EndField()
 
 LockFile::LockFile(const std::string& path)
     : descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666))
+    , ofAnotherUser(descriptor < 0 && errno == EACCES && FileExists(path))
     , heldByAnother(descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
 {
 }

@@ -26,7 +26,7 @@ bool SameFile(const std::string& one, const std::string& other);
 // A new file with this content, in place of what was there, a link included.
 [[nodiscard]] std::error_code WriteFile(const std::string& path, std::string_view content, std::string_view more = {});
 
-// Writes behind the end of a file, which is made, for its owner alone, if it is not there.
+// Writes behind the end of a file, which is made if it is not there, and is for its owner alone from then on.
 [[nodiscard]] std::error_code AppendToFile(const std::string& path, std::string_view text);
 
 [[nodiscard]] std::error_code DeleteFile(const std::string& path);
@@ -91,8 +91,12 @@ public:
     // Where the file cannot be made, or the disk knows no locks, nobody is known to hold it.
     bool HeldByAnother() const { return heldByAnother; }
 
+    // The file is there and cannot be opened: whether anybody holds it cannot be told.
+    bool OfAnotherUser() const { return ofAnotherUser; }
+
 private:
     int descriptor;
+    bool ofAnotherUser;
     bool heldByAnother;
 };
 

@@ -6,9 +6,21 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
-#include <QStandardPaths>
+#include <sys/stat.h>
 
 namespace {
+
+// What is made meanwhile is for its owner alone, from its first byte on.
+class OwnerAlone {
+public:
+    OwnerAlone() = default;
+    ~OwnerAlone() { umask(before); }
+    OwnerAlone(const OwnerAlone&) = delete;
+    OwnerAlone& operator=(const OwnerAlone&) = delete;
+
+private:
+    const mode_t before = umask(S_IRWXG | S_IRWXO);
+};
 
 // An empty key would name its whole section.
 const QString emptyKey = QStringLiteral("%");
@@ -42,20 +54,48 @@ QVariant StoreValue(std::string_view value)
 
 }
 
+// The toolkit writes the file anew, with the rights of the one that is there, and if that has been deleted meanwhile
+// with those that any new file gets. What it could not write at once it writes later, by itself.
+class OwnersStore : public QSettings {
+public:
+    explicit OwnersStore(const QString& path)
+        : QSettings(path, QSettings::IniFormat)
+    {
+    }
+
+    void Narrow() { (void)QFile::setPermissions(fileName(), QFile::ReadOwner | QFile::WriteOwner); }
+
+    void Write()
+    {
+        const OwnerAlone rights;
+        Narrow();
+        sync();
+    }
+
+protected:
+    bool event(QEvent* event) override
+    {
+        const OwnerAlone rights;
+        Narrow();
+        return QSettings::event(event);
+    }
+};
+
 Settings::Settings(const std::string& fileName)
 {
     const QString path = QFile::decodeName(fileName.c_str());
     QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    // Made before anything is written into it, so that a password never lies in a file that others can read.
-    if (!file.exists() && file.open(QIODevice::NewOnly | QIODevice::WriteOnly, QFile::ReadOwner | QFile::WriteOwner))
-        file.close();
-    else
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-    store = std::make_unique<QSettings>(path, QSettings::IniFormat);
+    if (QFile file(path); !file.exists())
+        (void)file.open(QIODevice::NewOnly | QIODevice::WriteOnly, QFile::ReadOwner | QFile::WriteOwner);
+    store = std::make_unique<OwnersStore>(path);
+    store->Narrow();
 }
 
-Settings::~Settings() = default;
+Settings::~Settings()
+{
+    const OwnerAlone rights;
+    store.reset();
+}
 
 std::string Settings::UserFileName()
 {
@@ -96,4 +136,4 @@ std::vector<std::string> Settings::GetAllSettings(std::string_view section) cons
     return keys;
 }
 
-void Settings::Write() { store->sync(); }
+void Settings::Write() { store->Write(); }

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-class QSettings;
+class OwnersStore;
 
 // The per-user store of texts under a section and a key: an INI file that its owner alone can read, written out after
 // each change. A file that is missing or damaged reads as empty, one that cannot be written keeps its old values.
@@ -30,5 +30,5 @@ public:
 private:
     void Write();
 
-    std::unique_ptr<QSettings> store;
+    std::unique_ptr<OwnersStore> store;
 };

@@ -5,10 +5,16 @@
 
 using namespace std::chrono_literals;
 
+namespace {
+
+constexpr const char* lockName = "tamarack.lock";
+
+}
+
 Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     : desktop(newDesktop)
     , resources(places.resources)
-    , lock(places.appDir + "tamarack.lock")
+    , lock(places.appDir + lockName)
     , settings(places.settingsFile)
     , Session(MainForm, desktop)
     , debugWindow(Session, desktop)
@@ -50,6 +56,13 @@ void Program::Start()
     if (lock.HeldByAnother()) {
         desktop.MsgBox("Tamarack is already running.\r\n"
                        "A second one would write into the same files.",
+            "Tamarack");
+        desktop.EndProgram();
+        return;
+    }
+    if (lock.OfAnotherUser()) {
+        desktop.MsgBox("Tamarack may be running for another user, whose file this is:\r\n" + Session.AppDir + lockName
+                + "\r\nIf it is not, delete the file and start again.",
             "Tamarack");
         desktop.EndProgram();
         return;

@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -68,6 +72,51 @@ TEST(Files, ReplacingLeavesTheOldFileWhenItFails)
     EXPECT_EQ(ContentOf(folder.File("kept")), "new");
 }
 
+namespace {
+
+unsigned RightsOf(const std::string& path)
+{
+    struct stat status { };
+    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 0777;
+}
+
+}
+
+TEST(Files, ALogIsForItsOwner)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.File("debug.log");
+    for (const bool old : {false, true}) {
+        if (old) {
+            MakeFile(path, "");
+            fs::permissions(path, fs::perms(0664));
+        }
+        EXPECT_FALSE(AppendToFile(path, "pass secret"));
+        EXPECT_EQ(RightsOf(path), 0600U);
+        EXPECT_EQ(ContentOf(path), "pass secret");
+        fs::remove(path);
+    }
+}
+
+TEST(Files, ALockOfAnotherUserIsNotTaken)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.File("lock");
+    MakeFile(path, "");
+    fs::permissions(path, fs::perms::none);
+    fs::permissions(folder.Path(), fs::perms::all);
+    // Root opens anything, so that somebody else has to try.
+    const auto trial = [&path] {
+        if (geteuid() == 0 && setuid(65534) != 0)
+            std::_Exit(2);
+        const LockFile lock(path);
+        std::_Exit(lock.OfAnotherUser() && !lock.HeldByAnother() ? 0 : 1);
+    };
+    EXPECT_EXIT(trial(), testing::ExitedWithCode(0), "");
+    EXPECT_FALSE(LockFile(folder.File("mine")).OfAnotherUser());
+}
+
 TEST(Files, WritingDoesNotFollowALink)
 {
     const TemporaryFolder folder;
@@ -107,15 +156,45 @@ TEST(SettingsStore, KeepsTextsAndBytesUnderAnyKey)
             settings.DeleteSetting("Servers2", gone);
         }
     }
-    struct stat status { };
-    ASSERT_EQ(stat(path.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600U);
+    EXPECT_EQ(RightsOf(path), 0600U);
     const Settings settings(path);
     for (std::size_t i = 0; i < keys.size(); ++i)
         EXPECT_EQ(settings.GetSetting("Servers2", keys[i]), values[i % values.size()]) << keys[i];
     EXPECT_EQ(settings.GetSetting("Servers2", "gone"), "");
     EXPECT_EQ(settings.GetAllSettings("Servers2").size(), keys.size());
     EXPECT_TRUE(settings.GetAllSettings("Servers").empty());
+}
+
+// Whatever happens to the file meanwhile: the password is in it.
+TEST(SettingsStore, IsForItsOwner)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.File("config/Tamarack.ini");
+    const auto widen = [&path] { fs::permissions(path, fs::perms(0644)); };
+    const mode_t before = umask(0);
+    Settings settings(path);
+    for (const std::function<void()>& change : std::initializer_list<std::function<void()>>{
+             [] {}, [&path] { fs::remove(path); }, [&folder] { fs::remove_all(folder.File("config")); }, widen}) {
+        change();
+        settings.SaveSetting("Servers2", "news.example.com.pass", std::to_string(std::rand()));
+        EXPECT_EQ(RightsOf(path), 0600U);
+    }
+    EXPECT_EQ(umask(before), 0U);
+}
+
+// What could not be written at once is written when it can be.
+TEST(SettingsStore, IsForItsOwnerAlsoWhenWrittenLater)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.File("config/Tamarack.ini");
+    Settings settings(path);
+    fs::remove_all(folder.File("config"));
+    MakeFile(folder.File("config"), "in its way");
+    settings.SaveSetting("Servers2", "news.example.com.pass", "secret");
+    fs::remove(folder.File("config"));
+    fs::create_directory(folder.File("config"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(RightsOf(path), 0600U);
 }
 
 TEST(SettingsStore, ReadsWhatItCanOfADamagedFile)
