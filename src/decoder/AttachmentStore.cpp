@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <utility>
 
@@ -21,6 +24,21 @@ constexpr std::size_t mostFilesOfOneName = 1 << 24;
 
 // How many hidden names may be taken by the remains of programs that were killed.
 constexpr int mostHiddenNames = 1000;
+
+// The hidden name has the process between its start and its end, and a number: ".attachment-4711-0.part".
+constexpr std::string_view hiddenStart = ".attachment-";
+constexpr std::string_view hiddenEnd = ".part";
+
+// Is this the hidden file of a process that lives no more? One of another user lives if it cannot be signalled.
+bool IsOfDeadProcess(std::string_view name)
+{
+    if (!name.starts_with(hiddenStart) || !name.ends_with(hiddenEnd))
+        return false;
+    name.remove_prefix(hiddenStart.size());
+    pid_t process = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), process);
+    return error == std::errc() && *end == '-' && process > 0 && kill(process, 0) != 0 && errno == ESRCH;
+}
 
 bool WriteAll(int file, std::string_view bytes)
 {
@@ -145,7 +163,9 @@ void AttachmentStore::Write(std::string_view bytes)
 bool AttachmentStore::OpenHiddenFile()
 {
     for (int number = 0; number < mostHiddenNames; ++number) {
-        hiddenPath = directory + ".attachment-" + std::to_string(getpid()) + "-" + std::to_string(number) + ".part";
+        hiddenPath = directory;
+        hiddenPath.append(hiddenStart).append(std::to_string(getpid())).append("-").append(std::to_string(number));
+        hiddenPath.append(hiddenEnd);
         hidden = open(hiddenPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
         if (hidden >= 0)
             return true;
@@ -238,4 +258,14 @@ void AttachmentStore::Drop()
         (void)unlink(hiddenPath.c_str()); // nothing more can be done about it
     hiddenPath.clear();
     failed = false;
+}
+
+void RemoveRemains(const std::string& directory)
+{
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (IsOfDeadProcess(entry->path().filename().native()))
+            (void)unlink(entry->path().c_str()); // somebody else may have been quicker
+    }
 }

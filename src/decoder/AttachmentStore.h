@@ -45,3 +45,6 @@ private:
     int hidden = -1;
     bool failed = false;
 };
+
+// Removes from a directory the hidden files of attachments that processes of this machine had in hand when they died.
+void RemoveRemains(const std::string& directory);

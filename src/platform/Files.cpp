@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
@@ -270,6 +271,21 @@ LockFile::~LockFile()
 {
     if (descriptor >= 0)
         close(descriptor);
+}
+
+// A byte 0 ends it: cutting the file to its length each time would cost the disk more than the note.
+void LockFile::SetNote(const std::string& path)
+{
+    (void)!pwrite(descriptor, path.c_str(), path.size() + 1, 0); // without it, something stays behind
+}
+
+std::string LockFile::Note() const
+{
+    std::string note(PATH_MAX, '\0');
+    const ssize_t count = pread(descriptor, note.data(), note.size(), 0);
+    note.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    note.resize(std::min(note.find('\0'), note.size()));
+    return note;
 }
 
 RandomFile::RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength)

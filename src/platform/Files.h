@@ -94,6 +94,10 @@ public:
     // The file is there and cannot be opened: whether anybody holds it cannot be told.
     bool OfAnotherUser() const { return ofAnotherUser; }
 
+    // A path that the holder has in hand, "" for none. Whoever holds the mark after a process that died finds its note.
+    void SetNote(const std::string& path);
+    std::string Note() const;
+
 private:
     int descriptor;
     bool ofAnotherUser;

@@ -1,12 +1,13 @@
 #include "scan/AttachmentStoring.h"
 
 #include "decoder/AttachmentName.h"
+#include "decoder/AttachmentStore.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
 #include "platform/Screen.h"
 #include "platform/Text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -16,6 +17,22 @@ bool CanBeDirectoryName(std::string_view name)
 {
     return !name.empty() && !name.starts_with('.') && !name.ends_with('.') && name.find("..") == std::string_view::npos
         && !name.starts_with('-') && name.find('/') == std::string_view::npos && IsVisibleThroughout(name);
+}
+
+constexpr std::string_view bodyStart = "article";
+constexpr std::string_view bodyEnd = ".uue";
+
+std::string BodyName(std::int32_t article)
+{
+    return std::string(bodyStart).append(std::to_string(article)).append(bodyEnd);
+}
+
+bool IsBodyName(std::string_view name)
+{
+    if (!name.starts_with(bodyStart) || !name.ends_with(bodyEnd))
+        return false;
+    name.remove_prefix(bodyStart.size());
+    return name.find_first_not_of("-0123456789") == name.size() - bodyEnd.size();
 }
 
 }
@@ -28,57 +45,86 @@ std::string ArticleInHand::Caption(std::string_view doing, const std::string& gr
 }
 
 AttachmentStoring::AttachmentStoring(
-    frmTamarack& mainForm, NewsSession& session, PreviewStrip& newPreviews, Viewer& newViewer)
+    frmTamarack& mainForm, NewsSession& session, PreviewStrip& newPreviews, Viewer& newViewer, LockFile& newLock)
     : MainForm(mainForm)
     , Session(session)
     , previews(newPreviews)
     , viewer(newViewer)
+    , lock(newLock)
 {
+}
+
+void AttachmentStoring::Begin()
+{
+    TotalCount = 0;
+    RemoveRemains(MainForm.txtSelectDir.Text());
+    if (const std::string left = lock.Note(); IsBodyName(BareName(left))) {
+        RemoveRemains(left.substr(0, left.rfind('/') + 1));
+        (void)DeleteFile(left);
+        lock.SetNote("");
+    }
+}
+
+void AttachmentStoring::End()
+{
+    MoveToItsPlace();
+    if (!temporaryFile.empty())
+        DeleteTemporaryFile();
 }
 
 AfterStoring AttachmentStoring::Store(const ArticleInHand& article, const std::string& body)
 {
     Screen::SetMousePointer(MousePointer::Hourglass);
     DoEvents();
-    const std::string destination = MainForm.txtSelectDir.Text();
-    const std::string temporaryFile = destination + "article" + std::to_string(article.number) + ".uue";
-    Decode(article, temporaryFile, body);
+    destination = MainForm.txtSelectDir.Text();
+    temporaryFile = destination + BodyName(article.number);
+    Decode(article, body);
     if (MainForm.UU.DecodeStatus() > 0) {
-        Show(MoveToItsPlace(destination));
+        MoveToItsPlace();
+        Show();
         ++GroupCount;
         ++TotalCount;
         if (Val(MainForm.txtLimitPictures.Text()) <= GroupCount && MainForm.chkLimitPictures.Value() == 1) {
-            (void)DeleteFile(temporaryFile);
+            DeleteTemporaryFile();
             return AfterStoring::GroupLimitReached;
         }
         if (Val(MainForm.txtMaxToDownload.Text()) <= TotalCount && MainForm.chkMaximumFiles.Value() == 1)
             Session.StopFlag = true;
         MainForm.StatusBar1.Panels(2).SetText("Items: " + std::to_string(TotalCount));
     }
-    (void)DeleteFile(temporaryFile);
+    DeleteTemporaryFile();
     return AfterStoring::GoOn;
 }
 
-void AttachmentStoring::Decode(const ArticleInHand& article, const std::string& temporaryFile, const std::string& body)
+void AttachmentStoring::Decode(const ArticleInHand& article, const std::string& body)
 {
     MainForm.SetCaption(article.Caption("Decoding ", Session.CurrentGroup));
+    lock.SetNote(temporaryFile);
     // What could not be written is for the decoder to judge.
     (void)WriteFile(temporaryFile, body, "\r\n");
     MainForm.UU.SetDecodeFilename(temporaryFile);
+    hasItsPlace = MainForm.UU.DecodeStatus() <= 0;
     Screen::SetMousePointer(MousePointer::Default);
     MainForm.SetCaption(article.Caption("Finished decoding ", Session.CurrentGroup));
     DoEvents();
 }
 
-// Gives the full path of the stored attachment, of the first if there are several.
-std::string AttachmentStoring::MoveToItsPlace(const std::string& destination)
+void AttachmentStoring::DeleteTemporaryFile()
 {
+    (void)DeleteFile(temporaryFile);
+    temporaryFile.clear();
+    lock.SetNote("");
+}
+
+void AttachmentStoring::MoveToItsPlace()
+{
+    if (std::exchange(hasItsPlace, true))
+        return;
     const std::string& name = MainForm.UU.ImageFilename();
-    if (MainForm.chkGroupSubDir.Value() != 1)
-        return destination + name;
+    imageFile = destination + name;
+    if (MainForm.chkGroupSubDir.Value() != 1 || !CanBeDirectoryName(Session.CurrentGroup))
+        return;
     const std::string groupDirectory = destination + Session.CurrentGroup + "/";
-    if (!CanBeDirectoryName(Session.CurrentGroup))
-        return destination + name;
     // An attachment of the group's own name stands where the directory is to be.
     const std::string aside = destination + ".attachment.part";
     const bool inTheWay = IsNew(Session.CurrentGroup) && !MoveFile(destination + Session.CurrentGroup, aside);
@@ -86,11 +132,11 @@ std::string AttachmentStoring::MoveToItsPlace(const std::string& destination)
     if (inTheWay && (!made || MoveFile(aside, groupDirectory + Session.CurrentGroup)))
         (void)MoveFile(aside, destination + Session.CurrentGroup);
     if (!made)
-        return destination + name;
+        return;
     // The newest attachment replaces an older one of its name. A file that lay in the destination before stays there.
     for (const std::string& stored : MainForm.UU.StoredNames())
         (void)(IsNew(stored) ? MoveFile : CopyFile)(destination + stored, groupDirectory + stored);
-    return groupDirectory + name;
+    imageFile = groupDirectory + name;
 }
 
 // Did this decode make the file?
@@ -111,7 +157,7 @@ bool AttachmentStoring::MakeGroupDirectory(const std::string& directory) const
             [&directory](const std::string& own) { return SameFile(directory, own); });
 }
 
-void AttachmentStoring::Show(const std::string& imageFile)
+void AttachmentStoring::Show()
 {
     if (!viewer.ViewerAutoUpdate && !MainForm.mnuInteractiveDownload.Checked())
         return;

@@ -20,7 +20,7 @@ GroupScan::GroupScan(frmTamarack& mainForm, NewsSession& session, Desktop& newDe
 void GroupScan::ScanGroups(ListBox& list)
 {
     Session.StopFlag = false;
-    store.TotalCount = 0;
+    store.Begin();
     MainForm.StatusBar1.Panels(2).SetText("Items: 0");
     if (list.ListIndex() < 0)
         list.SetListIndex(0);

@@ -34,7 +34,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     , slideShow(MainForm, settings, desktop, viewer)
     , criteria(MainForm, desktop)
     , matching(MainForm, Session, criteria)
-    , store(MainForm, Session, previewStrip, viewer)
+    , store(MainForm, Session, previewStrip, viewer, lock)
     , scan(MainForm, Session, desktop, matching, store)
     , findNow(MainForm, Session, desktop, scan)
     , destination(MainForm, desktop)
@@ -140,5 +140,6 @@ void Program::Form_Unload()
     selectedGroups.SaveSelectedGroups();
     help.HelpQuit();
     MainForm.TCP1.Close();
+    store.End();
     desktop.EndProgram();
 }

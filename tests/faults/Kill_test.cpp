@@ -18,12 +18,28 @@ namespace {
 const char* const folderVariable = "TAMARACK_KILL_FOLDER";
 const char* const portVariable = "TAMARACK_KILL_PORT";
 
+const char* const captionVariable = "TAMARACK_KILL_CAPTION"; // at which the victim kills itself
+
 constexpr int articles = 400;
 
 std::string Attachment(int number)
 {
     return std::string(static_cast<std::size_t>(2000 + number), static_cast<char>('a' + number % 26));
 }
+
+void StartVictim(QProcess& victim, const TemporaryFolder& folder, const SampleServer& server, const QString& caption)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(folderVariable, QString::fromStdString(folder.File("")));
+    environment.insert(portVariable, QString::number(server.Port()));
+    environment.insert(captionVariable, caption);
+    environment.insert("TMPDIR", QString::fromStdString(folder.Path())); // what it cannot clear away goes with this
+    victim.setProcessEnvironment(environment);
+    victim.start(QCoreApplication::applicationFilePath(),
+        {"--gtest_also_run_disabled_tests", "--gtest_filter=Kill.DISABLED_Victim"});
+}
+
+using KilledProgramTest = ProgramTest;
 
 }
 
@@ -37,6 +53,13 @@ TEST(Kill, DISABLED_Victim)
     program.Form().Timer2.SetInterval(std::chrono::milliseconds(1));
     program.Start();
     TypeInto("txtPort", std::getenv(portVariable));
+    if (const char* const caption = std::getenv(captionVariable)) {
+        const auto killAtCaption = [caption](const QString& title) {
+            if (title == caption)
+                raise(SIGKILL);
+        };
+        QObject::connect(WindowNamed("frmTamarack"), &QWidget::windowTitleChanged, killAtCaption);
+    }
     while (true) {
         Click("cmdFindNow");
         Click("cmdRefresh");
@@ -85,13 +108,7 @@ TEST(Kill, AtAnyMomentLeavesWholeFiles)
             last = 0;
         }
         QProcess victim;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(folderVariable, QString::fromStdString(folder.File("")));
-        environment.insert(portVariable, QString::number(newsServer.Port()));
-        environment.insert("TMPDIR", QString::fromStdString(folder.Path())); // what it cannot clear away goes with this
-        victim.setProcessEnvironment(environment);
-        victim.start(QCoreApplication::applicationFilePath(),
-            {"--gtest_also_run_disabled_tests", "--gtest_filter=Kill.DISABLED_Victim"});
+        StartVictim(victim, folder, newsServer, "");
         // This start works, and has come to its search or to its refresh.
         const char* const moment = kill % 2 == 0 ? "group" : "list";
         const std::size_t before = newsServer.CommandCount(moment);
@@ -125,4 +142,28 @@ TEST(Kill, AtAnyMomentLeavesWholeFiles)
         EXPECT_EQ(Settings(folder.File("settings.ini")).GetSetting("Startup", "6"), "kept");
     }
     EXPECT_GT(stored, 0);
+}
+
+TEST_F(KilledProgramTest, WhatItHadInHandGoesAtTheNextSearch)
+{
+    SampleServer server({GroupOf("alt.kites", 1, {Uuencode("red", "red.jpg"), Uuencode("blue", "blue.jpg")})});
+    MakeFile(SelectedFile(), "alt.kites\r\n");
+    QProcess victim;
+    StartVictim(victim, folder, server, "Finished decoding 2 of 3 -- alt.kites");
+    ASSERT_TRUE(victim.waitForStarted());
+    const std::string process = std::to_string(victim.processId());
+    ASSERT_TRUE(victim.waitForFinished());
+    EXPECT_THAT(FilesBelow(destination), testing::ElementsAre("article2.uue", "red.jpg"));
+    // As if it had been killed a moment before, too; a living one keeps what it has, and so does the user.
+    MakeFile(destination + ".attachment-" + process + "-0.part", "half");
+    const std::string living = ".attachment-" + std::to_string(getppid()) + "-0.part";
+    MakeFile(destination + living, "half");
+    MakeFile(destination + "article7.uue", "kept");
+    Start({"alt.kites"}, server.Port());
+    const std::string elsewhere = folder.File("elsewhere/");
+    std::filesystem::create_directory(elsewhere);
+    program->Form().txtSelectDir.SetText(elsewhere);
+    Search();
+    EXPECT_THAT(FilesBelow(destination), testing::ElementsAre(living, "article7.uue", "red.jpg"));
+    EXPECT_THAT(FilesBelow(elsewhere), testing::ElementsAre("alt.kites/blue.jpg"));
 }

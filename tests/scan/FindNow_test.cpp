@@ -83,17 +83,22 @@ TEST_F(FindNowTest, ControlsDuringASearch)
 // What lies on disk at that moment is all that stays.
 TEST_F(FindNowTest, ExitInTheMiddle)
 {
-    const std::string body = Uuencode("blue", "boat.jpg");
+    const std::string body = Uuencode("blue", "boat.jpg") + Uuencode("green", "cat.jpg");
     SampleServer server({GroupOf("alt.kites", 1, {Uuencode("red", "kite.jpg"), body})});
     Start({"alt.kites"}, server.Port());
     TypeInto("txtNamed", "changed");
-    atCaption["Finished decoding 3 of 3 -- alt.kites"] = [] { AtNextYield([] { Click("Command1"); }); };
+    atCaption["Finished decoding 3 of 3 -- alt.kites"] = [&] {
+        EXPECT_EQ(ContentOf(destination + "article3.uue"), "\r\n" + body);
+        EXPECT_THAT(FilesBelow(destination), ElementsAre("alt.kites/kite.jpg", "article3.uue", "boat.jpg", "cat.jpg"));
+        AtNextYield([] { Click("Command1"); });
+    };
     desktop.atEndProgram = [&] {
         EXPECT_EQ(settings.GetSetting("Startup", "6"), "changed");
         EXPECT_EQ(ContentOf(SelectedFile()), "alt.kites\r\n");
         EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(3, "alt.kites"));
-        EXPECT_THAT(FilesBelow(destination), ElementsAre("alt.kites/kite.jpg", "article3.uue", "boat.jpg"));
-        EXPECT_EQ(ContentOf(destination + "article3.uue"), "\r\n" + body);
+        // What was in hand has come to its place.
+        EXPECT_THAT(
+            FilesBelow(destination), ElementsAre("alt.kites/boat.jpg", "alt.kites/cat.jpg", "alt.kites/kite.jpg"));
     };
     Search();
     EXPECT_EQ(desktop.programEnds, 1);

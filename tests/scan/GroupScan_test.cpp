@@ -201,7 +201,8 @@ TEST(GroupScanListTest, RowsRemovedDuringASearch)
     PreviewStrip previews(MainForm, viewer);
     SearchCriteria criteria(MainForm, desktop);
     ArticleMatching matching(MainForm, session, criteria);
-    AttachmentStoring store(MainForm, session, previews, viewer);
+    LockFile lock(folder.File("lock"));
+    AttachmentStoring store(MainForm, session, previews, viewer, lock);
     GroupScan scan(MainForm, session, desktop, matching, store);
     const FindNow findNow(MainForm, session, desktop, scan);
     session.AppDir = folder.Path();
