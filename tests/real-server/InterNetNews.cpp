@@ -65,9 +65,9 @@ public:
     {
         if (geteuid() != 0)
             return;
-        (void)chown(directory.c_str(), user, group);
+        (void)!chown(directory.c_str(), user, group);
         for (const auto& entry : std::filesystem::recursive_directory_iterator(directory))
-            (void)lchown(entry.path().c_str(), user, group);
+            (void)!lchown(entry.path().c_str(), user, group);
     }
 
 private:
