@@ -54,18 +54,33 @@ install_packages() {
         -o DPkg::Lock::Timeout=300 -o Dpkg::Use-Pty=0 "${missing[@]}" >&2
 }
 
-# The news server for the tests that talk to a real one. They start their own private instance, so the package's own
-# service is masked before it can start one for the whole network, and stays so until `systemctl unmask inn2`.
+# The news server for the tests that talk to a real one. They start their own private instance, and the package's own
+# service must never serve the whole network: where systemd runs it is masked, for good, as it would else start with the
+# machine or with an upgrade. Elsewhere it is kept from starting while the package is installed.
 install_news_server() {
     local missing
     mapfile -t missing < <(missing_packages "${newsServerPackages[@]}")
     ((${#missing[@]})) || return 0
+    local policy=
     if can_become_root && [[ ! -e /lib/systemd/system/inn2.service ]]; then
-        as_root mkdir -p /etc/systemd/system
-        as_root ln -sf /dev/null /etc/systemd/system/inn2.service
+        if [[ -d /run/systemd/system ]]; then
+            [[ -e /etc/systemd/system/inn2.service ]] || as_root ln -s /dev/null /etc/systemd/system/inn2.service
+        elif [[ ! -e /usr/sbin/policy-rc.d ]]; then
+            policy=/usr/sbin/policy-rc.d
+            printf '#!/bin/sh\nexit 101\n' | as_root tee "$policy" >/dev/null
+            as_root chmod +x "$policy"
+        fi
     fi
+    local outcome=0
+    install_and_configure_news_server || outcome=$?
+    [[ -z $policy ]] || as_root rm -f "$policy"
+    return "$outcome"
+}
+
+install_and_configure_news_server() {
     install_packages "${newsServerPackages[@]}" && return
-    # The package does not configure itself on a machine whose name has no domain. Give it one, and let it try again.
+    # The package does not configure itself, now or at an upgrade, on a machine whose name has no domain. Give it one, and
+    # let it try again.
     [[ -f /etc/news/inn.conf ]] && can_become_root || return
     echo "Giving inn2 a domain, and configuring it once more" >&2
     as_root sed -i 's/^#*domain:.*/domain: news.test/' /etc/news/inn.conf
