@@ -9,7 +9,9 @@
 #include "support/Screen.h"
 #include "support/TemporaryFolder.h"
 
+#include <QAbstractItemView>
 #include <QElapsedTimer>
+#include <QItemSelectionModel>
 #include <QListWidget>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -225,6 +227,37 @@ void MovesInFiveThousandRows(benchmark::State& state)
     state.SetLabel("a move, painted");
 }
 
+// All rows picked and moved back into nothing; each of them was highlighted by itself, or all at once.
+void SavePicks(benchmark::State& state)
+{
+    const std::vector<std::string> names = GroupNames(fullList);
+    const auto save = [&names](bool oneByOne) {
+        Lists lists;
+        lists.MainForm.SSTab1.SetTab(1);
+        for (const std::string& name : names)
+            lists.MainForm.lstFilteredGroups.AddItem(name);
+        benchmark::DoNotOptimize(lists.MainForm.lstFilteredGroups.List(0)); // has it sorted
+        lists.Paint();
+        auto& view = Find<QAbstractItemView>("lstFilteredGroups");
+        QItemSelection rows;
+        for (int row = 0; oneByOne && row < fullList; ++row)
+            rows.append(QItemSelectionRange(view.model()->index(row, 0)));
+        if (oneByOne)
+            view.selectionModel()->select(rows, QItemSelectionModel::Select);
+        else
+            view.selectAll();
+        return Timed([&lists] {
+            lists.MainForm.cmdSavePicks.Click();
+            lists.Paint();
+            return lists.MainForm.lstSelectedGroups.ListCount() == fullList
+                && lists.MainForm.lstFilteredGroups.ListCount() == 0;
+        });
+    };
+    for (auto _ : state)
+        CompareSideBySide(state, 3, [&] { return save(true); },
+            {"highlighted at once", [&] { return save(false); }, Aim::TimesItsTime, 5});
+}
+
 void RefreshFromALargeServer(benchmark::State& state)
 {
     SampleGroups groups;
@@ -274,11 +307,37 @@ void StartUpLoadOfALargeServer(benchmark::State& state)
             state, 7, [&] { return load(largeServer); }, [&] { return load(largeServer / 10); });
 }
 
+// A quotation mark in the first name makes a field of each further line.
+void StartUpLoadAfterAQuotationMark(benchmark::State& state)
+{
+    Lists lists;
+    ProgressBar progress(lists.MainForm, "ProgressBar1", {0, 3400, 900, 300});
+    Label activity(lists.MainForm, "Activity", "", {900, 3400, 900, 300});
+    std::string text;
+    for (int i = 0; i < 500'000; ++i)
+        text += "a." + std::to_string(i) + " 1 1 y\r\n";
+    MakeFile(lists.folder.File("sound"), '"' + text + "\"\r\n");
+    MakeFile(lists.folder.File("marked"), "\"a.\"quoted 1 1 y\r\n" + text + "\"\r\n");
+    const auto load = [&lists, &progress, &activity](const char* file) {
+        lists.MainForm.lstAllGroups.Clear();
+        return Timed([&] {
+            lists.store.LoadGroupsFromDisk(lists.folder.File(file), progress, activity);
+            lists.Paint();
+            return lists.MainForm.lstAllGroups.ListCount() >= fullList;
+        });
+    };
+    for (auto _ : state)
+        CompareSideBySide(state, 5, [&] { return load("marked"); },
+            {"without the mark", [&] { return load("sound"); }, Aim::TimesItsTime, 3});
+}
+
 BENCHMARK(FilledSortedAndPainted)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(FilledSortedAndPaintedAgainstAPlainSort)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(FilterAnd)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(FilterOr)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(MovesInFiveThousandRows)->Iterations(400)->Unit(benchmark::kMicrosecond);
+BENCHMARK(SavePicks)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(StartUpLoadAfterAQuotationMark)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(RefreshFromALargeServer)->Iterations(3)->Unit(benchmark::kMillisecond);
 BENCHMARK(StartUpLoadOfALargeServer)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(ListGrowth)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);

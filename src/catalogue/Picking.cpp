@@ -51,13 +51,8 @@ void Picking::lstSelectedGroups_DblClick()
 
 void Picking::cmdSavePicks_Click()
 {
-    ListBox& groups = MainForm.lstFilteredGroups;
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
-    for (int row = 0; row < groups.ListCount(); ++row) {
-        if (groups.Selected(row))
-            MainForm.lstSelectedGroups.AddItem(groups.List(row));
-    }
-    RemoveHighlightedRows(groups);
+    MainForm.lstSelectedGroups.AddItems(MainForm.lstFilteredGroups.TakeSelected());
     ShowFilteredCount(MainForm);
     ShowSelectedCount(MainForm);
     MainForm.SetMousePointer(MousePointer::Default);
@@ -82,7 +77,7 @@ void Picking::cmdClearSelected_Click()
 {
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     DoEvents();
-    RemoveHighlightedRows(MainForm.lstSelectedGroups);
+    (void)MainForm.lstSelectedGroups.TakeSelected();
     ShowSelectedCount(MainForm);
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
@@ -120,12 +115,4 @@ void Picking::MoveCurrentRow(int to, int highlightedAfterwards)
     groups.InsertItem(name, to);
     groups.SetListIndex(highlightedAfterwards);
     groups.SetSelected(highlightedAfterwards, true);
-}
-
-void Picking::RemoveHighlightedRows(ListBox& list)
-{
-    for (int row = list.ListCount() - 1; row >= 0; --row) {
-        if (list.Selected(row))
-            list.RemoveItem(row);
-    }
 }

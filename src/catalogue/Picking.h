@@ -18,7 +18,6 @@ private:
     void MyUpDown_Click(int index);
 
     void MoveCurrentRow(int to, int highlightedAfterwards);
-    void RemoveHighlightedRows(ListBox& list);
 
     frmTamarack& MainForm;
 };

@@ -4,6 +4,7 @@
 #include "platform/Text.h"
 
 #include <algorithm>
+#include <iterator>
 
 FileList::FileList(Container& container, std::string_view name, const Place& place, std::string_view pattern)
     : ListBox(container, name, place, {.hint = "No files of these kinds here"})
@@ -33,10 +34,10 @@ void FileList::Refresh() { Fill(NamesIn(path, EntryKind::File).value_or(std::vec
 void FileList::Fill(const std::vector<std::string>& names)
 {
     Clear();
-    for (const std::string& fileName : names) {
-        if (Fits(fileName))
-            AddItem(fileName);
-    }
+    std::vector<std::string> fitting;
+    std::copy_if(names.begin(), names.end(), std::back_inserter(fitting),
+        [this](const std::string& fileName) { return Fits(fileName); });
+    AddItems(fitting);
 }
 
 bool FileList::Fits(std::string_view fileName) const

@@ -10,6 +10,7 @@
 #include <QListView>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <algorithm>
@@ -46,11 +47,12 @@ public:
         additions.emplace_back(text);
     }
 
-    void Insert(std::string_view text, int index)
+    void Insert(const std::vector<std::string>& texts, int index)
     {
-        NoteLength(text);
-        beginInsertRows({}, index, index);
-        rows.emplace(rows.begin() + index, text);
+        for (const std::string& text : texts)
+            NoteLength(text);
+        beginInsertRows({}, index, index + static_cast<int>(texts.size()) - 1);
+        rows.insert(rows.begin() + index, texts.begin(), texts.end());
         endInsertRows();
     }
 
@@ -59,6 +61,23 @@ public:
         beginRemoveRows({}, index, index);
         rows.erase(rows.begin() + index);
         endRemoveRows();
+    }
+
+    // Takes these rows away, which must be in order, all in one pass.
+    std::vector<std::string> Take(const std::vector<int>& indexes)
+    {
+        std::vector<std::string> taken;
+        std::vector<std::string> kept;
+        beginResetModel();
+        auto next = indexes.begin();
+        for (std::size_t index = 0; index < rows.size(); ++index) {
+            const bool isTaken = next != indexes.end() && static_cast<std::size_t>(*next) == index;
+            next += isTaken ? 1 : 0;
+            (isTaken ? taken : kept).push_back(std::move(rows[index]));
+        }
+        rows = std::move(kept);
+        endResetModel();
+        return taken;
     }
 
     void Clear()
@@ -143,13 +162,12 @@ public:
         sinceRefresh.start();
         rows.SortAdditions();
         const int current = currentIndex().isValid() ? rows.PlaceAfterMerge(currentIndex().row()) : -1;
-        std::vector<int> highlighted;
-        for (const QModelIndex& index : selectionModel()->selectedRows())
-            highlighted.push_back(rows.PlaceAfterMerge(index.row()));
+        std::vector<int> highlighted = HighlightedRows();
+        for (int& row : highlighted)
+            row = rows.PlaceAfterMerge(row);
         quiet = true;
         rows.Merge();
-        for (const int row : highlighted)
-            selectionModel()->select(rows.index(row), QItemSelectionModel::Select);
+        Highlight(highlighted);
         if (current >= 0)
             selectionModel()->setCurrentIndex(rows.index(current), QItemSelectionModel::NoUpdate);
         quiet = false;
@@ -163,6 +181,26 @@ public:
         if (wasCurrent)
             selectionModel()->clearCurrentIndex();
         quiet = false;
+    }
+
+    std::vector<std::string> TakeHighlightedRows()
+    {
+        const std::vector<int> highlighted = HighlightedRows();
+        if (highlighted.empty())
+            return {};
+        const int current = currentIndex().row();
+        const auto above = std::lower_bound(highlighted.begin(), highlighted.end(), current);
+        const bool currentStays = current >= 0 && (above == highlighted.end() || *above != current);
+        const int place = verticalScrollBar()->value();
+        quiet = true;
+        std::vector<std::string> taken = rows.Take(highlighted);
+        if (currentStays) {
+            const int rowsAbove = current - static_cast<int>(above - highlighted.begin());
+            selectionModel()->setCurrentIndex(rows.index(rowsAbove), QItemSelectionModel::NoUpdate);
+        }
+        verticalScrollBar()->setValue(place);
+        quiet = false;
+        return taken;
     }
 
     Rows rows;
@@ -246,6 +284,32 @@ private:
         const Rows& rows;
     };
 
+    // In order. Each row that was highlighted by itself is a range of its own to the widget, which looks through all of
+    // them to tell of one row: they are taken and given as a whole.
+    std::vector<int> HighlightedRows() const
+    {
+        std::vector<int> highlighted;
+        for (const QItemSelectionRange& range : selectionModel()->selection()) {
+            for (int row = range.top(); row <= range.bottom(); ++row)
+                highlighted.push_back(row);
+        }
+        std::sort(highlighted.begin(), highlighted.end());
+        highlighted.erase(std::unique(highlighted.begin(), highlighted.end()), highlighted.end());
+        return highlighted;
+    }
+
+    void Highlight(const std::vector<int>& highlighted)
+    {
+        QItemSelection selection;
+        for (auto row = highlighted.begin(); row != highlighted.end();) {
+            const auto first = row++;
+            while (row != highlighted.end() && *row == *(row - 1) + 1)
+                ++row;
+            selection.append(QItemSelectionRange(rows.index(*first), rows.index(*(row - 1))));
+        }
+        selectionModel()->select(selection, QItemSelectionModel::Select);
+    }
+
     ListBox& box;
     QTimer refreshTimer;
     QElapsedTimer sinceRefresh;
@@ -267,17 +331,26 @@ void ListBox::AddItem(std::string_view text)
     ++revision;
     Rows& rows = ListView().rows;
     if (!style.sorted) {
-        rows.Insert(text, static_cast<int>(rows.rows.size()));
+        rows.Insert({std::string(text)}, static_cast<int>(rows.rows.size()));
         return;
     }
     rows.Add(text);
     ListView().ExpectAdditions();
 }
 
+void ListBox::AddItems(const std::vector<std::string>& texts)
+{
+    if (texts.empty())
+        return;
+    ++revision;
+    Rows& rows = ListView().rows;
+    rows.Insert(texts, static_cast<int>(rows.rows.size()));
+}
+
 void ListBox::InsertItem(std::string_view text, int index)
 {
     ++revision;
-    ListView().rows.Insert(text, std::clamp(index, 0, ListCount()));
+    ListView().rows.Insert({std::string(text)}, std::clamp(index, 0, ListCount()));
 }
 
 void ListBox::RemoveItem(int index)
@@ -286,6 +359,13 @@ void ListBox::RemoveItem(int index)
     ListView().BringUpToDate();
     if (index >= 0 && index < ListCount())
         ListView().RemoveQuietly(index);
+}
+
+std::vector<std::string> ListBox::TakeSelected()
+{
+    ++revision;
+    ListView().BringUpToDate();
+    return ListView().TakeHighlightedRows();
 }
 
 void ListBox::Clear()

@@ -3,6 +3,7 @@
 #include "platform/Control.h"
 
 #include <cstdint>
+#include <vector>
 
 struct ListStyle {
     bool sorted = false; // regardless of ASCII case, ties by byte
@@ -21,9 +22,13 @@ public:
 
     // At the end, or at its place in a sorted list.
     void AddItem(std::string_view text);
+    // Many at the end, at once; not for sorted lists.
+    void AddItems(const std::vector<std::string>& texts);
     // Before row `index`; not for sorted lists.
     void InsertItem(std::string_view text, int index);
     void RemoveItem(int index);
+    // Takes all highlighted rows away and gives them, in their order.
+    std::vector<std::string> TakeSelected();
     void Clear();
 
     int ListCount() const;

@@ -1,6 +1,7 @@
 #include "program-test/ProgramTest.h"
 
 #include <QAbstractItemView>
+#include <QScrollBar>
 #include <QTest>
 #include <QTimer>
 
@@ -209,6 +210,59 @@ TEST_F(ChoosingTest, WaysOutOfTheSelectedGroups)
     QTest::keyClick(&Find<QAbstractItemView>("lstSelectedGroups"), Qt::Key_Return);
     Click("MyUpDown(2)");
     EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());
+}
+
+// However many rows were highlighted, each by itself, they go in one step.
+TEST_F(ChoosingTest, ManyRowsGoAtOnce)
+{
+    std::vector<std::string> names;
+    std::string text;
+    for (int i = 1000; i < 2000; ++i) {
+        names.push_back("alt.group" + std::to_string(i));
+        text += (i > 1000 ? " " : "") + names.back();
+    }
+    StartWith(text, names);
+    Filter("cmdAndFilter", "alt");
+    ASSERT_TRUE(Until([] { return RowsOf("lstFilteredGroups").size() == 1000; }));
+    for (const std::string list : {"lstFilteredGroups", "lstSelectedGroups"}) {
+        SCOPED_TRACE(list);
+        ClickRow(list, 601);
+        auto& view = Find<QAbstractItemView>(list);
+        std::vector<std::string> kept;
+        for (int row = 0; row < 1000; ++row) {
+            if (row % 2 == 0)
+                view.selectionModel()->select(view.model()->index(row, 0), QItemSelectionModel::Select);
+            else if (row != 601)
+                kept.push_back(names[static_cast<std::size_t>(row)]);
+        }
+        ClickRow(list, 603, Qt::ControlModifier); // the current row
+        ClickRow(list, 603, Qt::ControlModifier); // and not highlighted any more
+        view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum() / 4);
+        const int place = view.verticalScrollBar()->value();
+        int changes = 0;
+        const auto count = [&changes] { ++changes; };
+        QObject context;
+        for (const char* one : {"lstFilteredGroups", "lstSelectedGroups"}) {
+            const QAbstractItemModel* rows = Find<QAbstractItemView>(one).model();
+            QObject::connect(rows, &QAbstractItemModel::rowsRemoved, &context, count);
+            QObject::connect(rows, &QAbstractItemModel::rowsInserted, &context, count);
+            QObject::connect(rows, &QAbstractItemModel::modelReset, &context, count);
+        }
+        Click(list == "lstFilteredGroups" ? "cmdSavePicks" : "cmdClearSelected");
+        EXPECT_LE(changes, 2);
+        const std::vector<std::string> left = RowsOf(list);
+        EXPECT_EQ(left, kept);
+        EXPECT_THAT(HighlightedRows(list), IsEmpty());
+        EXPECT_EQ(left.at(static_cast<std::size_t>(CurrentRow(list))), names[603]);
+        EXPECT_EQ(view.verticalScrollBar()->value(), place);
+        if (list == "lstFilteredGroups") {
+            EXPECT_EQ(RowsOf("lstSelectedGroups").size(), 1501U);
+            EXPECT_EQ(RowsOf("lstSelectedGroups").back(), names[998]);
+            Click("cmdClearAll");
+            for (const std::string& name : names)
+                program->Form().lstSelectedGroups.AddItem(name);
+        }
+    }
 }
 
 TEST_F(ChoosingTest, Moves)
