@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     for (const auto read : {&SequentialInput::ReadField, &SequentialInput::ReadQuotedField}) {
         SequentialInput input(path);
         for (std::size_t fields = 0; !input.AtEnd(); ++fields) {
-            const std::string field = (input.*read)();
+            const std::string_view field = (input.*read)();
             if (field.size() > size || fields > size)
                 std::abort();
             cameToSomething = cameToSomething || !field.empty();

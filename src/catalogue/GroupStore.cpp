@@ -145,14 +145,14 @@ void GroupStore::LoadGroupsFromDisk(const std::string& fileName, ProgressBar& pr
     progressBar.SetValue(1);
     list.SetVisible(false);
     int progress = 0;
-    for (int fields = 0; !file.AtEnd(); ++fields) {
-        // A sound file has one field.
+    // A sound file has one field. A quotation mark that a server has sent makes one of each line behind it.
+    for (int fields = 0; !file.AtEnd() && fields <= mostGroups && list.ListCount() <= mostGroups; ++fields) {
         const bool shown = fields % progressInterval == 0;
         if (shown) {
             activity.SetCaption("Loading groups from Disk...");
             DoEvents();
         }
-        const std::string field = file.ReadQuotedField();
+        const std::string_view field = file.ReadQuotedField();
         if (shown)
             activity.SetCaption("Filling list box...");
         GroupText lines(field);

@@ -226,23 +226,23 @@ SequentialInput::SequentialInput(const std::string& path)
     whole = count == 0;
 }
 
-std::string SequentialInput::ReadField()
+std::string_view SequentialInput::ReadField()
 {
     SkipBlanks();
     const std::size_t end = std::min(content.find_first_of(",\r\n", position), content.size());
-    std::string field = content.substr(position, end - position);
+    const std::string_view field = std::string_view(content).substr(position, end - position);
     position = end;
     EndField();
     return field;
 }
 
-std::string SequentialInput::ReadQuotedField()
+std::string_view SequentialInput::ReadQuotedField()
 {
     SkipBlanks();
     if (AtEnd() || content[position] != '"')
         return ReadField();
     const std::size_t end = std::min(content.find('"', position + 1), content.size());
-    std::string field = content.substr(position + 1, end - position - 1);
+    const std::string_view field = std::string_view(content).substr(position + 1, end - position - 1);
     position = std::min(end + 1, content.size());
     SkipBlanks();
     EndField();

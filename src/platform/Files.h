@@ -62,12 +62,12 @@ public:
     std::size_t Length() const { return content.size(); }
     bool AtEnd() const { return position >= content.size(); }
 
-    // Leading blanks are skipped; a field ends at a comma or a line end.
-    std::string ReadField();
+    // Leading blanks are skipped; a field ends at a comma or a line end. It is valid as long as the object is.
+    std::string_view ReadField();
 
     // The same, but a field that begins with a double quote ends at the next one, commas and line ends being part of
     // it.
-    std::string ReadQuotedField();
+    std::string_view ReadQuotedField();
 
 private:
     void SkipBlanks();

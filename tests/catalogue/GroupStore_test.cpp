@@ -6,6 +6,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <filesystem>
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -36,16 +38,16 @@ protected:
         EXPECT_TRUE(!script.ends_with("X: close\n")
             || Until([] { return PanelText("StatusBar1", 1) == "Status: Disconnected"; }));
     }
-
-    // A file of so many groups, and the text of their list.
-    static std::string ManyGroups(int count)
-    {
-        std::string text;
-        for (int i = 0; i < count; ++i)
-            text += (i > 0 ? "\r\n" : "") + ("alt.group" + std::to_string(i)) + " 2 1 y";
-        return text;
-    }
 };
+
+// The text of a list of so many groups.
+std::string ManyGroups(int count)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += (i > 0 ? "\r\n" : "") + ("alt.group" + std::to_string(i)) + " 2 1 y";
+    return text;
+}
 
 const std::string greeting = "X: connect\nS: 200\nC: list\n";
 const std::string groups = "S: 215 list\nS: b.two 9 1 y\nS: A.one 1 1 y\nS: xy 1 1 y\nS: .\n";
@@ -200,6 +202,12 @@ TEST(GroupStoreLoadTest, TheStartUpLoadReadsEveryField)
     EXPECT_EQ(progress.Value(), static_cast<int>(content.size()));
     EXPECT_EQ(activity.Caption(), "Filling list box...");
     EXPECT_EQ(MainForm.StatusBar2.Panels(1).Text(), "Total: 2");
+    // A quotation mark from a server makes a field of each line behind it; the list has its limit all the same.
+    MainForm.lstAllGroups.Clear();
+    MakeFile(folder.File("marked"), "\"a.\"one 1 1 y\r\n" + ManyGroups(70000) + "\"\r\n");
+    store.LoadGroupsFromDisk(folder.File("marked"), progress, activity);
+    EXPECT_NEAR(MainForm.lstAllGroups.ListCount(), 32000, 401);
+    EXPECT_EQ(progress.Value(), std::filesystem::file_size(folder.File("marked")));
     MakeFile(folder.File("empty"), "");
     store.LoadGroupsFromDisk(folder.File("empty"), progress, activity);
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("The Tamarack"));

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 std::vector<std::string> Fields(
-    const std::string& content, std::string (SequentialInput::*read)() = &SequentialInput::ReadQuotedField)
+    const std::string& content, std::string_view (SequentialInput::*read)() = &SequentialInput::ReadQuotedField)
 {
     const TemporaryFolder folder;
     MakeFile(folder.File("fields"), content);
@@ -25,7 +25,7 @@ std::vector<std::string> Fields(
     EXPECT_TRUE(input.IsOpen());
     std::vector<std::string> fields;
     while (!input.AtEnd())
-        fields.push_back((input.*read)());
+        fields.emplace_back((input.*read)());
     return fields;
 }
 
