@@ -1,7 +1,9 @@
 #include "benchmarks/BareClient.h"
 #include "benchmarks/SideBySide.h"
+#include "catalogue/GroupStore.h"
+#include "platform/Events.h"
 #include "sample/Loopback.h"
-#include "session/NewsSession.h"
+#include "support/TemporaryFolder.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -18,19 +20,23 @@ constexpr std::size_t wholeText = 100 * 1000 * 1000;
 constexpr std::size_t writeSize = 16 * 1024;
 constexpr int rounds = 15;
 
+// The reply of this many bytes to LIST, and a little more.
+std::string ListOf(std::size_t textSize)
+{
+    const std::string line = "alt.kites.over.the.harbour.pictures 0000012345 0000000001 y\r\n";
+    std::string reply = "215 list follows\r\n";
+    reply.reserve(textSize + 128);
+    while (reply.size() < textSize)
+        reply += line;
+    return reply + ".\r\n";
+}
+
 // Answers every line of any client with the same reply, from a thread of its own.
 class LargeReplyServer {
 public:
-    explicit LargeReplyServer(std::size_t size)
-        : textSize(size)
-        , reply("215 list follows\r\n")
+    explicit LargeReplyServer(std::string newReply)
+        : reply(std::move(newReply))
     {
-        const std::string line = "alt.kites.over.the.harbour.pictures 0000012345 0000000001 y";
-        const std::size_t textEnd = reply.size() + textSize;
-        reply.reserve(textEnd + 16);
-        while (reply.size() < textEnd)
-            reply.append(line).append("\r\n");
-        reply += ".\r\n";
         port = ListenOnLoopback(listener);
         thread = std::thread([this] {
             for (int client; (client = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0; close(client))
@@ -47,7 +53,6 @@ public:
     LargeReplyServer& operator=(const LargeReplyServer&) = delete;
 
     int Port() const { return port; }
-    std::size_t TextSize() const { return textSize; }
     std::size_t ReplySize() const { return reply.size(); }
 
 private:
@@ -68,8 +73,7 @@ private:
         }
     }
 
-    const std::size_t textSize;
-    std::string reply;
+    const std::string reply;
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     int port = 0;
     std::thread thread;
@@ -89,7 +93,7 @@ std::optional<double> RunSession(const LargeReplyServer& server)
         return std::nullopt;
     return Timed([&] {
         session.CmdList();
-        return received >= server.TextSize() - 2;
+        return received + 32 >= server.ReplySize();
     });
 }
 
@@ -113,7 +117,7 @@ std::optional<double> RunRecv(const LargeReplyServer& server)
 
 void ReceiveLargeReply(benchmark::State& state)
 {
-    const LargeReplyServer server(wholeText);
+    const LargeReplyServer server(ListOf(wholeText));
     for (auto _ : state)
         CompareSideBySide(state, rounds, [&] { return RunSession(server); },
             {"recv", [&] { return RunRecv(server); }, Aim::OfItsSpeed, 0.5});
@@ -122,15 +126,54 @@ void ReceiveLargeReply(benchmark::State& state)
 
 void ReceiverGrowth(benchmark::State& state)
 {
-    const LargeReplyServer whole(wholeText);
-    const LargeReplyServer tenth(wholeText / 10);
+    const LargeReplyServer whole(ListOf(wholeText));
+    const LargeReplyServer tenth(ListOf(wholeText / 10));
     for (auto _ : state)
         CompareWithATenth(
             state, rounds, [&] { return RunSession(whole); }, [&] { return RunSession(tenth); });
     state.SetBytesProcessed(wholeText);
 }
 
+// A list of one group, and many more of them right behind it, which nobody has asked for; beside one list of as many
+// bytes.
+void SmallListsBehindTheReply(benchmark::State& state)
+{
+    constexpr std::size_t size = 1'500'000;
+    std::string lists = "215 list follows\r\n";
+    while (lists.size() < size)
+        lists += "a.b 1 1 y\r\n.\r\n";
+    const LargeReplyServer many(std::move(lists));
+    const LargeReplyServer one(ListOf(size));
+    const TemporaryFolder folder;
+    const auto refresh = [&folder](const LargeReplyServer& server) -> std::optional<double> {
+        frmTamarack mainForm;
+        Desktop desktop;
+        NewsSession session(mainForm, desktop);
+        session.AppDir = folder.Path();
+        const GroupStore store(mainForm, session, desktop);
+        mainForm.cboNewsServer.AddItem("127.0.0.1");
+        mainForm.cboNewsServer.SetListIndex(0);
+        mainForm.txtPort.SetText(std::to_string(server.Port()));
+        std::size_t arrived = 0;
+        session.DebugLog = [&arrived](const std::string& packet) { arrived += packet.size(); };
+        if (!session.TcpConnect())
+            return std::nullopt;
+        session.DebugOn = true;
+        return Timed([&] {
+            session.CmdList();
+            while (arrived < server.ReplySize())
+                WaitForEvents();
+            return mainForm.lstAllGroups.ListCount() > 0;
+        });
+    };
+    for (auto _ : state)
+        CompareSideBySide(
+            state, 5, [&] { return refresh(many); }, {"one list", [&] { return refresh(one); }, Aim::TimesItsTime, 3});
+    state.SetBytesProcessed(size);
+}
+
 BENCHMARK(ReceiveLargeReply)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(SmallListsBehindTheReply)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(ReceiverGrowth)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }

@@ -26,9 +26,6 @@ GroupStore::GroupStore(frmTamarack& mainForm, NewsSession& session, Desktop& new
     MainForm.cmdRefresh.Click = [this] { cmdRefresh_Click(); };
     MainForm.cmdRefreshDisk.Click = [this] { cmdRefreshDisk_Click(); };
     Session.GroupListArrived = [this](const std::string& text) {
-        // Also while a server sends a list that nobody asked for, nothing else may begin, and no other server be
-        // chosen.
-        const SessionUse use(Session);
         FillGroupList(MainForm.lstAllGroups, text);
         WriteGroupFile(text);
     };

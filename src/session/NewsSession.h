@@ -86,7 +86,7 @@ public:
     // traffic shows.
     void CmdManual(const std::string& line);
 
-    // The server's list of groups has come in whole; it is the multi-line text as it was sent.
+    // The list of groups that CmdList waits for has come in whole; it is the multi-line text as it was sent.
     std::function<void(const std::string& text)> GroupListArrived;
 
     // A use of the session begins or ends; see SessionUse.
@@ -143,6 +143,7 @@ private:
     void ReadArticleNumber(std::string_view packet);
     void TakeFinishedReplies();
     void Deliver();
+    void HandOverList();
 
     frmTamarack& MainForm;
     Desktop& desktop;

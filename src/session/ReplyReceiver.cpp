@@ -172,15 +172,11 @@ void NewsSession::TakeFinishedReplies()
 void NewsSession::Deliver()
 {
     switch (CommandKind) {
-    case CommandKind::List: {
-        // Filling the list lets events through, and with them this receiver, which clears ReplyText.
-        const std::string groupText = std::move(ReplyText);
-        delivering = true;
-        if (GroupListArrived)
-            GroupListArrived(groupText);
-        delivering = false;
+    case CommandKind::List:
+        // One for each command: what a server sends behind it, or to nobody's question, is no list.
+        if (ReplyState == ReplyState::Taken)
+            HandOverList();
         break;
-    }
     case CommandKind::Group:
     case CommandKind::Body:
     case CommandKind::Head:
@@ -191,4 +187,14 @@ void NewsSession::Deliver()
     }
     ReplyState = ReplyState::Finished;
     manualTextIsComing = false;
+}
+
+void NewsSession::HandOverList()
+{
+    // Filling the list lets events through, and with them this receiver, which clears ReplyText.
+    const std::string groupText = std::move(ReplyText);
+    delivering = true;
+    if (GroupListArrived)
+        GroupListArrived(groupText);
+    delivering = false;
 }

@@ -31,7 +31,10 @@ protected:
     void Refresh(const std::string& script)
     {
         ScriptedServer server(script);
-        server.OnPause = [](const std::string&) { Click("cmdStop"); };
+        server.OnPause = [](const std::string& name) {
+            if (name == "stop")
+                Click("cmdStop");
+        };
         TypeInto("txtPort", std::to_string(server.Port()));
         Click("cmdRefresh");
         EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
@@ -96,6 +99,19 @@ TEST_F(GroupStoreTest, FromTheNetworkAndBackFromTheDisk)
         EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 0");
         EXPECT_TRUE(IsEnabled("cmdFindNow"));
     }
+}
+
+// What comes behind the list, in its packet, while it is handed over or later, is nothing that anybody asked for.
+TEST_F(GroupStoreTest, ARefreshBringsOneList)
+{
+    std::string more;
+    for (int i = 0; i < 300; ++i)
+        more += "S: c.three 1 1 y\nS: .\n";
+    Start({}, 1);
+    Refresh(greeting + groups + more + "X: packet\n" + more + "X: pause idle\n" + more + "X: close\n");
+    EXPECT_THAT(RowsOf("lstAllGroups"), ElementsAre("A.one", "b.two"));
+    EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 2");
+    EXPECT_EQ(ContentOf(GroupFile()), "\"b.two 9 1 y\r\nA.one 1 1 y\r\nxy 1 1 y\"\r\n");
 }
 
 TEST_F(GroupStoreTest, WhatARefreshThatDoesNotEndLeavesBehind)
