@@ -61,12 +61,13 @@ void DebugWindow::Form_Resize()
 
 void DebugWindow::DebugLog(const std::string& text)
 {
-    // In characters; a line end, CR LF, is one of them.
+    // In characters; a line end, CR LF, is one of them. A longer text is no line that anybody reads, and would take the
+    // area minutes to set: of that, only the file gets all.
     constexpr int longest = 32000;
     constexpr int cut = 10000;
-    if (form->DebugWindow.Length() > longest)
-        form->DebugWindow.Cut(1, cut);
-    form->DebugWindow.Append(text);
+    if (const int over = form->DebugWindow.Length() - longest; over > 0)
+        form->DebugWindow.Cut(1, (over + cut - 1) / cut * cut);
+    form->DebugWindow.Append(text, longest);
     const std::string logFile = form->txtLogFile.Text();
     if (const std::error_code error = AppendToFile(logFile, text))
         desktop.MsgBox("Tamarack\r\n" + logFile + ": " + error.message(), "Access Error");

@@ -32,7 +32,7 @@ void LogArea::Cut(int from, int count)
     cursor.removeSelectedText();
 }
 
-void LogArea::Append(std::string_view text)
+void LogArea::Append(std::string_view text, int most)
 {
     auto* edit = static_cast<QPlainTextEdit*>(widget);
     QTextCursor cursor(edit->document());
@@ -42,7 +42,7 @@ void LogArea::Append(std::string_view text)
     if (endedInCr && shown.startsWith(u'\n'))
         shown.remove(0, 1);
     endedInCr = shown.endsWith(u'\r');
-    cursor.insertText(shown.replace(QLatin1String("\r\n"), QLatin1String("\n")));
+    cursor.insertText(shown.replace(QLatin1String("\r\n"), QLatin1String("\n")).right(most));
     edit->setTextCursor(cursor);
     edit->ensureCursorVisible();
 }

@@ -12,7 +12,8 @@ public:
 
     // Takes away `count` characters behind the first `from`.
     void Cut(int from, int count);
-    void Append(std::string_view text);
+    // Of a text of more than `most` characters its end.
+    void Append(std::string_view text, int most);
     void Clear();
 
 private:

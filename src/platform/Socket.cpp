@@ -20,6 +20,7 @@ public:
         : owner(ownerSocket)
     {
         tcp.setProxy(QNetworkProxy::NoProxy);
+        tcp.setReadBufferSize(mostWaiting);
         connect(&tcp, &QTcpSocket::stateChanged, this, [this](QAbstractSocket::SocketState state) { Follow(state); });
         connect(&tcp, &QTcpSocket::readyRead, this, [this] { PostArrival(); });
         connect(&tcp, &QTcpSocket::disconnected, this, [this] { PostClosed(); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -23,6 +24,7 @@ enum class SocketState {
 // - `State` moves with the events, so that nobody sees a state whose event is still to come;
 // - after Close() no event of that connection arrives any more, not even of bytes that were received before, and all
 //   that it held is given back, even if one of its handlers is still running;
+// - no more than `mostWaiting` bytes are held for a handler that lets them wait; the rest stays at the other side;
 // - acknowledgements go out at once: a server that writes its status line and its text separately would otherwise wait
 //   40 milliseconds for each.
 class Socket {
@@ -31,6 +33,8 @@ public:
     ~Socket();
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
+
+    static constexpr std::size_t mostWaiting = std::size_t{16} << 20;
 
     // The port of a text field: a whole number from 1 to 65535, else 0.
     static int PortFrom(std::string_view text);

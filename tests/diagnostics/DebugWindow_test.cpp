@@ -126,6 +126,18 @@ TEST_F(DebugWindowTest, OldTextGoesAndTroubleIsTold)
     session.DebugLog("d\r\n");
     EXPECT_EQ(Shown(), "A" + std::string(21999, 'b') + "cd\n");
 
+    // Of what nobody reads the file has all and the area the end, by which it does not grow.
+    Click("cmdReset");
+    std::string log;
+    for (const std::string& line :
+        {std::string(200'000, 'x') + "y", std::string(100'000, '-') + "\xC3\xA4\r\n", std::string(200'000, 'z')}) {
+        log += line;
+        session.DebugLog(line);
+        EXPECT_LE(Shown().size(), 64'002U);
+    }
+    EXPECT_TRUE(Shown().find("-\xC3\xA4\nzz") != std::string::npos);
+    EXPECT_TRUE(ContentOf(TextOf("txtLogFile")) == log);
+
     TypeInto("txtLogFile", ProgramFile("no such directory/debug.log"));
     session.DebugLog("e");
     ASSERT_EQ(desktop.boxes.size(), 1U);

@@ -85,6 +85,39 @@ TEST(SocketTest, NothingIsHeardOfAConnectionThatWasLeft)
     EXPECT_TRUE(sawBytes && sawEnd);
 }
 
+// A handler may let its bytes wait for as long as a message box is up.
+TEST(SocketTest, WhatNobodyTakesWaitsAtTheOtherSide)
+{
+    const int listening = socket(AF_INET, SOCK_STREAM, 0);
+    Socket socket;
+    socket.Connect("127.0.0.1", ListenOnLoopback(listening));
+    while (socket.State() != SocketState::Connected)
+        WaitForEvents();
+    const int server = accept(listening, nullptr, nullptr);
+    const std::string block(1 << 20, 'x');
+    std::size_t sent = 0;
+    for (int inVain = 0; inVain < 100 && sent < 8 * Socket::mostWaiting; DoEvents()) {
+        const ssize_t count = send(server, block.data(), block.size(), MSG_DONTWAIT);
+        inVain = count > 0 ? 0 : inVain + 1;
+        sent += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+    EXPECT_LT(sent, 2 * Socket::mostWaiting); // and what the system holds for either side
+    close(server);
+    std::size_t received = 0;
+    socket.DataArrival = [&] {
+        const std::size_t count = socket.GetData().size();
+        EXPECT_LE(count, Socket::mostWaiting);
+        received += count;
+    };
+    bool closed = false;
+    socket.Closed = [&] { closed = true; };
+    socket.AnnounceWaiting();
+    while (!closed)
+        WaitForEvents();
+    EXPECT_EQ(received, sent);
+    close(listening);
+}
+
 // A search is one long call: what its connections held must not be kept until it has returned. The call is a handler of
 // the very socket here, which closes the connection that it tells of, too.
 TEST(SocketTest, WhatIsOverIsGivenBackWhileAHandlerStillRuns)

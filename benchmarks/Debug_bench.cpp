@@ -1,0 +1,42 @@
+#include "benchmarks/SideBySide.h"
+#include "diagnostics/DebugWindow.h"
+#include "platform/Files.h"
+#include "support/Screen.h"
+#include "support/TemporaryFolder.h"
+
+// What the debug window costs when a server sends what is no line of text.
+
+namespace {
+
+void LogOneLongLine(benchmark::State& state)
+{
+    constexpr std::size_t packetSize = 64 * 1024;
+    const std::string line(20'000'000, 'x');
+    const TemporaryFolder folder;
+    Desktop desktop;
+    frmTamarack mainForm;
+    NewsSession session(mainForm, desktop);
+    session.AppDir = folder.Path();
+    DebugWindow window(session, desktop);
+    window.Open();
+    std::string lines;
+    while (lines.size() < line.size())
+        lines += std::string(62, 'x') + "\r\n";
+    const auto log = [&](const std::string& text) {
+        return Timed([&] {
+            for (std::size_t at = 0; at < line.size(); at += packetSize) {
+                session.DebugLog(text.substr(at, packetSize));
+                WindowNamed("frmDebug")->repaint();
+            }
+            return FileExists(folder.File("debug.log"));
+        });
+    };
+    for (auto _ : state)
+        CompareSideBySide(
+            state, 5, [&] { return log(line); }, {"in lines", [&] { return log(lines); }, Aim::TimesItsTime, 10});
+    state.SetBytesProcessed(static_cast<std::int64_t>(line.size()));
+}
+
+BENCHMARK(LogOneLongLine)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+}
