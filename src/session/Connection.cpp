@@ -34,7 +34,7 @@ bool NewsSession::TcpConnect()
     // Nothing survives from the last connection, such as a farewell that nobody waited for.
     TCP1.Close();
     RecvBuffer.Clear();
-    LastBody.clear();
+    GiveBack(LastBody);
     SearchPos = 1;
     manualTextIsComing = false;
     ++connectionNumber;
@@ -89,7 +89,7 @@ bool NewsSession::AuthenticationFailed(std::string_view status)
 void NewsSession::TcpDisconnect()
 {
     MainForm.TCP1.Close();
-    LastBody.clear();
+    GiveBack(LastBody);
     RecvBuffer.Clear();
 }
 
@@ -133,7 +133,7 @@ void NewsSession::Timer1_Timer()
     TcpDisconnect();
     (void)TcpConnect();
     RecvBuffer.Clear();
-    LastBody.clear();
+    GiveBack(LastBody);
     SearchPos = 1;
     // Back on the group and on the article that stalled, so that the next one is the one behind it.
     (void)CmdGroup(CurrentGroup);

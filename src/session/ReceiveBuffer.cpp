@@ -26,6 +26,13 @@ std::string InPlentyOfRoom(std::string_view held, std::size_t needed)
     return text;
 }
 
+// A small text does not keep the memory of a large one.
+void ShrinkToSmall(std::string& text)
+{
+    if (text.capacity() > keptCapacity && text.size() <= keptCapacity)
+        text.shrink_to_fit();
+}
+
 }
 
 void ReceiveBuffer::Append(std::string_view bytes)
@@ -40,8 +47,7 @@ void ReceiveBuffer::Clear()
 {
     bytesHeld.clear();
     head = 0;
-    if (bytesHeld.capacity() > keptCapacity)
-        bytesHeld.shrink_to_fit();
+    ShrinkToSmall(bytesHeld);
 }
 
 std::size_t ReceiveBuffer::Find(std::string_view part, std::size_t from) const
@@ -58,19 +64,24 @@ std::size_t ReceiveBuffer::Find(std::string_view part, std::size_t from) const
 std::string ReceiveBuffer::Take(std::size_t count, std::size_t dropped)
 {
     const std::size_t behind = Length() - count - dropped;
-    if (behind < count && head == 0) {
-        std::string rest = bytesHeld.substr(count + dropped);
-        bytesHeld.resize(count);
-        std::string taken = std::move(bytesHeld);
-        bytesHeld = std::move(rest);
+    std::string taken;
+    if (behind < count) {
+        std::string rest = bytesHeld.substr(head + count + dropped);
+        bytesHeld.resize(head + count);
+        bytesHeld.erase(0, head);
+        head = 0;
+        taken.swap(bytesHeld);
+        bytesHeld.swap(rest);
+        ShrinkToSmall(taken);
         return taken;
     }
-    std::string taken = bytesHeld.substr(head, count);
+    taken = bytesHeld.substr(head, count);
     head += count + dropped;
     // What has been taken is dropped once it is the larger part, so that each byte is moved only a few times.
     if (head > bytesHeld.size() / 2) {
         bytesHeld.erase(0, head);
         head = 0;
+        ShrinkToSmall(bytesHeld);
     }
     return taken;
 }

@@ -77,7 +77,7 @@ void NewsSession::tcp1_DataArrival()
     // server without end cannot pile up one run on another.
     if (!delivering)
         TakeFinishedReplies();
-    ReplyText.clear();
+    GiveBack(ReplyText);
 }
 
 void NewsSession::JudgeStatusLine(std::string& packet)
@@ -153,7 +153,7 @@ void NewsSession::ReadArticleNumber(std::string_view packet) { ReadNumber(Behind
 void NewsSession::TakeFinishedReplies()
 {
     while (const std::size_t found = RecvBuffer.Find(terminator, SearchPos)) {
-        ReplyText = RecvBuffer.Take(found - 1, 3);
+        RecvBuffer.Take(found - 1, 3).swap(ReplyText);
         SearchPos = 1;
         if (!ReplyText.empty())
             Deliver();
@@ -180,7 +180,8 @@ void NewsSession::Deliver()
     case CommandKind::Group:
     case CommandKind::Body:
     case CommandKind::Head:
-        LastBody = std::move(ReplyText);
+        LastBody.swap(ReplyText);
+        GiveBack(ReplyText);
         break;
     default:
         break;

@@ -2,6 +2,7 @@
 
 #include <QTest>
 
+#include <malloc.h>
 #include <random>
 
 namespace {
@@ -182,6 +183,48 @@ TEST(ReplyReceiverTest, AReplyThatIsTooLongEndsTheSession)
     EXPECT_EQ(client.Outcome(), "closed stop");
     EXPECT_EQ(client.Status(), "Status: Reply Too Long");
     EXPECT_EQ(client.Session.RecvBuffer.Length(), 0U);
+}
+
+// The memory of a large text goes with it, whatever comes next.
+TEST(ReplyReceiverTest, NoTextKeepsTheMemoryOfALargeOne)
+{
+    constexpr std::size_t large = 8 << 20;
+    constexpr std::size_t small = 1 << 20;
+    const std::string script = "C: body 7\nS: 222\nS: " + std::string(large, 'x') + "\nS: .\n";
+    for (const char* next : {"C: head 8\nS: 221\nS: a\nS: .", "C: head 8\nS: 221\nS: a header that needs room\nS: .",
+             "C: head 8\nX: pause stop"}) {
+        SCOPED_TRACE(next);
+        ScriptedSession client(script + next);
+        NewsSession& session = client.Session;
+        ASSERT_TRUE(session.TcpConnect());
+        EXPECT_EQ(session.CmdBody(7).size(), large);
+        (void)session.CmdHead(8);
+        EXPECT_LT(session.LastBody.capacity() + session.ReplyText.capacity(), small);
+        EXPECT_EQ(client.Server.FirstProblem(), "");
+    }
+}
+
+TEST(ReceiveBufferTest, GivesItsMemoryBack)
+{
+    const auto inUse = [] {
+        const auto memory = mallinfo2();
+        return memory.uordblks + memory.hblkhd;
+    };
+    const std::string text(10 << 20, 'x');
+    for (const std::vector<std::size_t>& sizes :
+        {std::vector<std::size_t>{text.size()}, {10, text.size()}, std::vector<std::size_t>(10, text.size() / 10)}) {
+        SCOPED_TRACE(sizes.size());
+        const std::size_t before = inUse();
+        ReceiveBuffer buffer;
+        // The first text comes in one packet with the start of the next.
+        for (const std::size_t size : sizes)
+            buffer.Append(std::string_view(text).substr(0, size / 2));
+        std::string last;
+        for (const std::size_t size : sizes)
+            last = buffer.Take(size / 2, 0);
+        GiveBack(last);
+        EXPECT_LT(inUse() - before, 2U << 20);
+    }
 }
 
 // The buffer against a plain string, over a few thousand steps of any size.
