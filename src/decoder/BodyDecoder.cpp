@@ -14,11 +14,20 @@
 
 namespace {
 
+// Where an attachment goes that is one too many.
+class Nowhere : public AttachmentSink {
+public:
+    void Open(std::string_view) override { }
+    void Write(std::string_view) override { }
+    bool Keep() override { return false; }
+    void Drop() override { }
+};
+
 class BodyDecoder {
 public:
     BodyDecoder(LineReader& lineReader, AttachmentSink& attachmentSink)
         : lines(lineReader)
-        , sink(attachmentSink)
+        , sink(&attachmentSink)
     {
     }
 
@@ -27,13 +36,15 @@ public:
         std::size_t attachments = 0;
         Outcome worst = Outcome::Stored;
         bool found = false;
-        while (lines.HasLine() && attachments < mostAttachments) {
+        while (lines.HasLine() && attachments <= mostAttachments) {
+            if (attachments == mostAttachments)
+                sink = &nowhere;
             const Outcome outcome = TakeLine();
             if (outcome == Outcome::None)
                 continue;
             found = true;
-            worst = std::min(worst, outcome);
             attachments += outcome == Outcome::Part ? 0 : 1;
+            worst = std::min(worst, attachments > mostAttachments ? Outcome::Damaged : outcome);
         }
         return found ? worst : Outcome::None;
     }
@@ -68,15 +79,15 @@ private:
         const auto base64Name = NameInBeginLine(line, "begin-base64");
         lines.Advance();
         if (name)
-            return DecodeUuencode(lines, *name, boundaries, sink);
-        return base64Name ? DecodeBeginBase64(lines, *base64Name, boundaries, sink) : Outcome::None;
+            return DecodeUuencode(lines, *name, boundaries, *sink);
+        return base64Name ? DecodeBeginBase64(lines, *base64Name, boundaries, *sink) : Outcome::None;
     }
 
     Outcome TakeYencLine(std::string_view line)
     {
         const auto begin = ReadYencBegin(line);
         lines.Advance();
-        return begin ? DecodeYenc(lines, *begin, sink) : Outcome::None;
+        return begin ? DecodeYenc(lines, *begin, *sink) : Outcome::None;
     }
 
     Outcome TakeBoundaryLine(std::string_view line)
@@ -97,7 +108,7 @@ private:
         if (!partFollows)
             return Outcome::None;
         const MimePart part = ReadMimePart(lines, boundaries);
-        return part.isBase64 && !part.name.empty() ? DecodeBase64Part(lines, part.name, boundaries, sink)
+        return part.isBase64 && !part.name.empty() ? DecodeBase64Part(lines, part.name, boundaries, *sink)
                                                    : Outcome::None;
     }
 
@@ -105,7 +116,8 @@ private:
     static constexpr int fewestFullLines = 3;
 
     LineReader& lines;
-    AttachmentSink& sink;
+    Nowhere nowhere;
+    AttachmentSink* sink;
     MimeBoundaries boundaries;
     int fullLines = 0;
 };

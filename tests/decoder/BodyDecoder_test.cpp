@@ -261,6 +261,37 @@ TEST_F(BodyDecoderTest, WholeOnesAreStoredBesideBrokenOnes)
     }
 }
 
+// The rest counts as damaged, and nothing of it lies about.
+TEST_F(BodyDecoderTest, OneArticleStoresSoManyAttachments)
+{
+    const auto bodyOf = [](std::size_t count, const char* last) {
+        std::string body;
+        for (std::size_t i = 0; i < count; ++i)
+            body += Uuencode("red", "r" + std::to_string(i)) + last;
+        return body;
+    };
+    EXPECT_EQ(Decode(bodyOf(mostAttachments + 5, "")), 100);
+    EXPECT_EQ(Files().size(), 100U);
+    const std::string damaged = bodyOf(mostAttachments, "begin 644 x\r\n#<F5D\r\n!!!!\r\n");
+    EXPECT_EQ(Decode(damaged), 50);
+
+    struct : AttachmentSink {
+        void Open(std::string_view) override { }
+        void Write(std::string_view) override { }
+        bool Keep() override { return ++kept != 0; }
+        void Drop() override { }
+        std::size_t kept = 0;
+    } sink;
+    for (const auto& [count, outcome] :
+        {std::pair{mostAttachments, Outcome::Stored}, {mostAttachments + 1, Outcome::Damaged}}) {
+        const std::string body = bodyOf(count, "text\r\n");
+        LineReader lines{std::string_view(body)};
+        sink.kept = 0;
+        EXPECT_EQ(DecodeBody(lines, sink), outcome);
+        EXPECT_EQ(sink.kept, 100U);
+    }
+}
+
 TEST_F(BodyDecoderTest, MimeHeadersNameTheAttachment)
 {
     struct Row {
