@@ -255,7 +255,7 @@ void SavePicks(benchmark::State& state)
     };
     for (auto _ : state)
         CompareSideBySide(state, 3, [&] { return save(true); },
-            {"highlighted at once", [&] { return save(false); }, Aim::TimesItsTime, 5});
+            {"highlighted at once", [&] { return save(false); }, Aim::TimesItsTime, 10});
 }
 
 void RefreshFromALargeServer(benchmark::State& state)
