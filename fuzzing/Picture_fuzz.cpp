@@ -1,16 +1,23 @@
 #include "CameToSomething.h"
 #include "OffscreenApplication.h"
+#include "picture-reader/Reading.h"
 #include "platform/Picture.h"
 #include "support/TemporaryFolder.h"
 
 #include <cstdint>
 #include <cstdlib>
 
-// A picture file. Metafiles go to their helper, which may die.
+// A picture file: it goes to its helper, which may die, and what the helper takes away before it reads one is tried
+// here.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     NeedApplication();
     static const TemporaryFolder folder;
+    const QByteArray file = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(size));
+    for (const PictureFormat format : {PictureFormat::Png, PictureFormat::Jpeg}) {
+        if (PixelParts(file, format).size() > file.size())
+            std::abort();
+    }
     const std::string path = folder.File("picture");
     MakeFile(path, {reinterpret_cast<const char*>(bytes), size});
     const Picture picture = Picture::FromFile(path);

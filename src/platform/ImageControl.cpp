@@ -16,6 +16,7 @@ ImageControl::ImageControl(Container& container, std::string_view name, const Pl
 
 void ImageControl::SetPicture(const class Picture& newPicture)
 {
+    ++changes;
     picture = newPicture;
     auto* label = static_cast<QLabel*>(widget);
     if (!picture.image) {
@@ -32,8 +33,9 @@ void ImageControl::SetPicture(const class Picture& newPicture)
 
 bool ImageControl::Load(const std::string& path)
 {
+    const int change = ++changes;
     const class Picture loaded = ::Picture::FromFile(path);
-    if (loaded.Height() == 0)
+    if (loaded.Height() == 0 || changes != change)
         return false;
     SetPicture(loaded);
     return true;

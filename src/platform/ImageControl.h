@@ -13,9 +13,12 @@ public:
     void SetPicture(const class Picture& newPicture);
     void ClearPicture() { SetPicture({}); }
 
-    // Reads a picture file and shows it. False, with nothing changed, if the file cannot be read as a picture.
+    // Reads a picture file and shows it. False, with nothing changed, if the file cannot be read as a picture. Where
+    // the reading takes more than a moment, up to 2.5 seconds, events are let through meanwhile; what they load or set
+    // here is newer, and this then comes to nothing.
     [[nodiscard]] bool Load(const std::string& path);
 
 private:
     class Picture picture;
+    int changes = 0; // and beginnings of one
 };

@@ -18,7 +18,7 @@ public:
     // its pictures), PNG, WebP, TIFF, WMF, EMF. The content tells which, not the name. One that is larger than the
     // screen is reduced to fit it while it is read. No picture if the file cannot be read, is none of these, or has
     // more than 64 million pixels; of a file that is cut off, what there is of it if its reader can make something of
-    // that.
+    // that. All of that is done by a helper, which is given 2.5 seconds; events may be let through meanwhile.
     static Picture FromFile(const std::string& path);
 
     // Those of the picture itself, in pixels; 0 without a picture.

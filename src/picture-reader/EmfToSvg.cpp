@@ -1,4 +1,4 @@
-#include "MetafileSvg.h"
+#include "picture-reader/MetafileSvg.h"
 
 #include <emf2svg.h>
 

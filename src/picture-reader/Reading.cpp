@@ -1,0 +1,143 @@
+#include "picture-reader/Reading.h"
+
+#include "picture-reader/Protocol.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QFile>
+#include <QImageReader>
+#include <QLibrary>
+#include <QLibraryInfo>
+#include <QtEndian>
+#include <QtPlugin>
+
+namespace {
+
+// What the toolkit's reader may take for one picture: four bytes for each pixel, and a little.
+constexpr int mostMegabytes = 260;
+
+// As the toolkit calls them.
+const char* NameOf(PictureFormat format)
+{
+    switch (format) {
+    case PictureFormat::Jpeg:
+        return "jpeg";
+    case PictureFormat::Gif:
+        return "gif";
+    case PictureFormat::Png:
+        return "png";
+    case PictureFormat::Bmp:
+        return "bmp";
+    case PictureFormat::Icon:
+        return "ico";
+    case PictureFormat::WebP:
+        return "webp";
+    case PictureFormat::Tiff:
+        return "tiff";
+    default:
+        return "";
+    }
+}
+
+bool IsReasonable(const QSize& size)
+{
+    return size.width() > 0 && size.height() > 0
+        && static_cast<quint64>(size.width()) * static_cast<quint64>(size.height()) <= mostPixels;
+}
+
+ReadPicture ReadFrom(QImageReader& reader, const QSize& most)
+{
+    reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    if (!IsReasonable(size))
+        return {};
+    // The reader scales first and turns then.
+    const bool turned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
+    const QSize room = turned ? most.transposed() : most;
+    if (size.width() > room.width() || size.height() > room.height())
+        reader.setScaledSize(size.scaled(room, Qt::KeepAspectRatio).expandedTo({1, 1}));
+    return {reader.read(), turned ? size.transposed() : size};
+}
+
+// The format is told, so that none of the toolkit's readers is asked whether it knows the file.
+ReadPicture ReadFrom(QIODevice& device, PictureFormat format, const QSize& most)
+{
+    QImageReader reader(&device, NameOf(format));
+    reader.setAutoDetectImageFormat(false);
+    return ReadFrom(reader, most);
+}
+
+ReadPicture ReadParts(const QByteArray& file, PictureFormat format, const QSize& most)
+{
+    QByteArray parts = PixelParts(file, format);
+    QBuffer buffer(&parts);
+    buffer.open(QIODevice::ReadOnly);
+    return ReadFrom(buffer, format, most);
+}
+
+// An icon file holds the same picture in several sizes. 00 00 01 00, their number, and for each 16 bytes: width and
+// height (0 is 256), six bytes of other things, the length of its data and their place, which are a PNG file or a BMP
+// without its first header.
+ReadPicture ReadLargest(const QByteArray& file, const QSize& most)
+{
+    constexpr qsizetype headerLength = 6;
+    constexpr qsizetype entryLength = 16;
+    if (file.size() < headerLength)
+        return {};
+    const int count = qFromLittleEndian<quint16>(file.constData() + 4);
+    int largest = 0;
+    int mostSoFar = 0;
+    QByteArray largestData;
+    for (int number = 0; number < count && headerLength + (number + 1) * entryLength <= file.size(); ++number) {
+        const auto* entry = reinterpret_cast<const uchar*>(file.constData()) + headerLength + number * entryLength;
+        const int area = (entry[0] == 0 ? 256 : entry[0]) * (entry[1] == 0 ? 256 : entry[1]);
+        if (area <= mostSoFar)
+            continue;
+        largest = number;
+        mostSoFar = area;
+        largestData = file.mid(qFromLittleEndian<quint32>(entry + 12), qFromLittleEndian<quint32>(entry + 8));
+    }
+    if (FormatOf({largestData.constData(), static_cast<std::size_t>(largestData.size())}) == PictureFormat::Png)
+        return ReadParts(largestData, PictureFormat::Png, most);
+    QByteArray whole = file;
+    QBuffer buffer(&whole);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer, NameOf(PictureFormat::Icon));
+    reader.setAutoDetectImageFormat(false);
+    reader.jumpToImage(largest);
+    return ReadFrom(reader, most);
+}
+
+}
+
+void LoadReaders()
+{
+    const QString directory = QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/imageformats/");
+    for (const char* name : {"qjpeg", "qgif", "qico", "qwebp", "qtiff"}) {
+        QLibrary library(directory + QStringLiteral("lib") + QLatin1String(name) + QStringLiteral(".so"));
+        const auto instance = reinterpret_cast<QtPluginInstanceFunction>(library.resolve("qt_plugin_instance"));
+        const auto metaData
+            = reinterpret_cast<QtPluginMetaDataFunction>(library.resolve("qt_plugin_query_metadata_v2"));
+        if (instance != nullptr && metaData != nullptr)
+            qRegisterStaticPluginFunction(QStaticPlugin(instance, metaData));
+    }
+    QCoreApplication::setLibraryPaths({});
+    QImageReader::setAllocationLimit(mostMegabytes);
+    // The toolkit gathers what it has at its first use.
+    (void)QImageReader::supportedImageFormats();
+}
+
+ReadPicture ReadPixels(int descriptor, PictureFormat format, const QSize& most)
+{
+    QFile file;
+    if (!file.open(descriptor, QIODevice::ReadOnly))
+        return {};
+    if (format == PictureFormat::Gif || format == PictureFormat::Bmp || format == PictureFormat::WebP
+        || format == PictureFormat::Tiff)
+        return ReadFrom(file, format, most);
+    const uchar* const bytes = file.map(0, file.size());
+    if (bytes == nullptr)
+        return {};
+    const QByteArray content = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), file.size());
+    return format == PictureFormat::Icon ? ReadLargest(content, most) : ReadParts(content, format, most);
+}

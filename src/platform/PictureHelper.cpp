@@ -1,0 +1,250 @@
+#include "platform/PictureHelper.h"
+
+#include "platform/Events.h"
+
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <memory>
+#include <poll.h>
+#include <spawn.h>
+#include <string>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+// A start takes some hundredths of a second, more where there are many fonts, and nobody has a hand in that.
+constexpr auto longestStart = 10s;
+constexpr auto longestReading = 2500ms;
+
+// What is there within this time is taken at once, which is nearly every picture.
+constexpr auto withoutEvents = 50ms;
+
+// A picture that is asked for while events are let through, and so on.
+constexpr int mostWaits = 4;
+
+// Where an installation keeps what is not for its users, or beside the program. A download may come to lie beside it.
+std::string HelperProgram()
+{
+    std::error_code error;
+    const std::filesystem::path directory = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    for (const char* place : {"../libexec/tamarack/tamarack-picture", "tamarack-picture"}) {
+        const std::filesystem::path program = directory / place;
+        if (access(program.c_str(), X_OK) == 0)
+            return program.string();
+    }
+    return {};
+}
+
+bool IsReadable(int descriptor, Clock::duration time)
+{
+    pollfd waiting{descriptor, POLLIN, 0};
+    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(std::max(time, Clock::duration::zero()));
+    int ready = 0;
+    do
+        ready = poll(&waiting, 1, static_cast<int>(milliseconds.count()));
+    while (ready < 0 && errno == EINTR);
+    return ready > 0;
+}
+
+// Waits for a message or an end. False if there is none in time.
+bool Await(int descriptor, std::chrono::milliseconds time)
+{
+    static int waits = 0;
+    const Clock::time_point deadline = Clock::now() + time;
+    if (IsReadable(descriptor, std::min<std::chrono::milliseconds>(time, withoutEvents)))
+        return true;
+    if (waits < mostWaits) {
+        ++waits;
+        bool done = false;
+        QSocketNotifier message(descriptor, QSocketNotifier::Read);
+        QObject::connect(&message, &QSocketNotifier::activated, &message, [&] {
+            message.setEnabled(false);
+            done = true;
+        });
+        QTimer end;
+        end.setTimerType(Qt::PreciseTimer);
+        end.setSingleShot(true);
+        QObject::connect(&end, &QTimer::timeout, &end, [&] { done = true; });
+        end.start(
+            std::chrono::ceil<std::chrono::milliseconds>(std::max(deadline - Clock::now(), Clock::duration::zero())));
+        while (!done)
+            WaitForEvents();
+        --waits;
+    }
+    return IsReadable(descriptor, deadline - Clock::now());
+}
+
+class Helper {
+public:
+    Helper(bool newForMetafiles, std::size_t newRoom)
+        : forMetafiles(newForMetafiles)
+        , room(newRoom)
+    {
+        memory = memfd_create("tamarack-picture", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+        // Nobody can take away the end of it while it is read here.
+        if (memory < 0 || ftruncate(memory, static_cast<off_t>(room)) != 0
+            || fcntl(memory, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) != 0)
+            return;
+        void* const place = mmap(nullptr, room, PROT_READ, MAP_SHARED, memory, 0);
+        if (place == MAP_FAILED)
+            return;
+        pixels = static_cast<const uchar*>(place);
+        int ends[2];
+        if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+            return;
+        socket = ends[0];
+        Start(ends[1]);
+        close(ends[1]);
+    }
+    ~Helper()
+    {
+        if (process > 0) {
+            kill(process, SIGKILL);
+            while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) { }
+        }
+        if (pixels != nullptr)
+            munmap(const_cast<uchar*>(pixels), room);
+        for (const int descriptor : {socket, memory}) {
+            if (descriptor >= 0)
+                close(descriptor);
+        }
+    }
+    Helper(const Helper&) = delete;
+    Helper& operator=(const Helper&) = delete;
+
+    bool Serves(bool metafiles, std::size_t bytes) const { return forMetafiles == metafiles && room >= bytes; }
+
+    // One that has nothing to do says nothing: it has ended, or has been led astray.
+    bool IsIdle() const { return !IsReadable(socket, 0s); }
+
+    bool HasStarted() const
+    {
+        PictureAnswer answer{};
+        return process > 0 && Await(socket, longestStart) && Receive(answer);
+    }
+
+    bool IsNew() const { return isNew; }
+
+    std::optional<HelpersPicture> Read(int file, const PictureRequest& request)
+    {
+        isNew = false;
+        PictureAnswer answer{};
+        if (!Send(file, request) || !Await(socket, longestReading) || !Receive(answer))
+            return std::nullopt;
+        if (!IsPossible(answer, request))
+            return HelpersPicture{};
+        const QSize size(static_cast<int>(answer.pixelWidth), static_cast<int>(answer.pixelHeight));
+        // A copy, since the helper can still write there.
+        const QImage shared(pixels, size.width(), size.height(), 4 * size.width(),
+            answer.hasAlpha != 0 ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+        return HelpersPicture{{static_cast<int>(answer.width), static_cast<int>(answer.height)}, shared.copy()};
+    }
+
+private:
+    void Start(int itsEnd)
+    {
+        std::string program = HelperProgram();
+        std::string fonts = "fonts";
+        char* const arguments[] = {program.data(), forMetafiles ? fonts.data() : nullptr, nullptr};
+        char* const environment[] = {nullptr};
+        posix_spawn_file_actions_t files;
+        posix_spawn_file_actions_init(&files);
+        posix_spawn_file_actions_adddup2(&files, itsEnd, requestDescriptor);
+        posix_spawn_file_actions_adddup2(&files, memory, pixelDescriptor);
+        for (const int output : {STDOUT_FILENO, STDERR_FILENO})
+            posix_spawn_file_actions_addopen(&files, output, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addclosefrom_np(&files, pixelDescriptor + 1);
+        if (posix_spawn(&process, program.c_str(), &files, nullptr, arguments, environment) != 0)
+            process = -1;
+        posix_spawn_file_actions_destroy(&files);
+    }
+
+    bool Send(int file, PictureRequest request) const
+    {
+        iovec part{&request, sizeof request};
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof file)> control{};
+        msghdr message{};
+        message.msg_iov = &part;
+        message.msg_iovlen = 1;
+        message.msg_control = control.data();
+        message.msg_controllen = control.size();
+        cmsghdr* const header = CMSG_FIRSTHDR(&message);
+        header->cmsg_level = SOL_SOCKET;
+        header->cmsg_type = SCM_RIGHTS;
+        header->cmsg_len = CMSG_LEN(sizeof file);
+        std::memcpy(CMSG_DATA(header), &file, sizeof file);
+        return sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT) == sizeof request;
+    }
+
+    bool Receive(PictureAnswer& answer) const
+    {
+        return recv(socket, &answer, sizeof answer, MSG_DONTWAIT | MSG_TRUNC) == sizeof answer;
+    }
+
+    const bool forMetafiles;
+    const std::size_t room;
+    int memory = -1;
+    int socket = -1;
+    pid_t process = -1;
+    bool isNew = true;
+    const uchar* pixels = nullptr;
+};
+
+// Those that have nothing to do: one of either kind, and what was started while they had.
+std::vector<std::unique_ptr<Helper>>& IdleHelpers()
+{
+    static std::vector<std::unique_ptr<Helper>> helpers;
+    return helpers;
+}
+
+std::unique_ptr<Helper> TakeHelper(bool forMetafiles, std::size_t room)
+{
+    auto& idle = IdleHelpers();
+    std::erase_if(idle, [](const auto& helper) { return !helper->IsIdle(); });
+    const auto found = std::find_if(
+        idle.begin(), idle.end(), [=](const auto& helper) { return helper->Serves(forMetafiles, room); });
+    if (found == idle.end()) {
+        auto helper = std::make_unique<Helper>(forMetafiles, room);
+        return helper->HasStarted() ? std::move(helper) : nullptr;
+    }
+    auto helper = std::move(*found);
+    idle.erase(found);
+    return helper;
+}
+
+}
+
+std::optional<HelpersPicture> ReadInHelper(int descriptor, const PictureRequest& request)
+{
+    for (;;) {
+        auto helper = TakeHelper(IsMetafile(request.format), BytesFor(request.maxWidth, request.maxHeight));
+        if (!helper)
+            return std::nullopt;
+        const bool isNew = helper->IsNew();
+        auto picture = helper->Read(descriptor, request);
+        if (picture) {
+            IdleHelpers().push_back(std::move(helper));
+            return picture->pixels.isNull() ? std::nullopt : std::move(picture);
+        }
+        // One that has not answered goes, and whatever it still does with it. If it has ended, that may be the doing of
+        // an earlier picture, or have come just now, because there were none for a while.
+        if (isNew || helper->IsIdle())
+            return std::nullopt;
+    }
+}

@@ -1,0 +1,143 @@
+#include "picture-reader/Confinement.h"
+
+#include "picture-reader/Protocol.h"
+#include "support/TemporaryFolder.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <gtest/gtest.h>
+#include <linux/landlock.h>
+#include <map>
+#include <pthread.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/ptrace.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr const char* font = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
+
+#ifdef __SANITIZE_ADDRESS__ // whose threads need more of the kernel
+const std::string threads;
+#else
+const std::string threads = "make a thread; ";
+#endif
+
+bool KernelHasLandlock()
+{
+    return syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) > 0;
+}
+
+// What a reader that has been led astray might try. Each gives true if the kernel has let it.
+std::map<std::string, std::function<bool()>> Attempts(const std::string& file)
+{
+    const auto opens = [](std::string path, int flags) { return [=] { return open(path.c_str(), flags, 0600) >= 0; }; };
+    const char* const path = file.c_str();
+    static char shell[] = "/bin/sh";
+    static char* arguments[] = {shell, nullptr};
+    return {{"open a file", opens(file, O_RDONLY)}, {"write to a file", opens(file, O_WRONLY)},
+        {"change a file", opens(file, O_RDWR)}, {"cut a file off", opens(file, O_RDONLY | O_TRUNC)},
+        {"make a file", opens(file + "2", O_RDONLY | O_CREAT)},
+        {"make one without a name", opens("/tmp", O_TMPFILE | O_RDWR)},
+        {"open its own memory", opens("/proc/self/mem", O_RDONLY)}, {"open a font", opens(font, O_RDONLY)},
+        {"write to a font", opens(font, O_WRONLY)}, {"read a directory", opens("/", O_RDONLY | O_DIRECTORY)},
+        {"delete a file", [=] { return unlink(path) == 0; }},
+        {"rename a file", [=] { return rename(path, path) == 0; }},
+        {"make a directory", [=] { return mkdir((file + "3").c_str(), 0700) == 0; }},
+        {"give rights", [=] { return fchmod(STDIN_FILENO, 0777) == 0 || chmod(path, 0777) == 0; }},
+        {"make a socket", [] { return socket(AF_INET, SOCK_STREAM, 0) >= 0 || socket(AF_UNIX, SOCK_STREAM, 0) >= 0; }},
+        {"make a pair of sockets",
+            [] { return socketpair(AF_UNIX, SOCK_STREAM, 0, std::array<int, 2>().data()) == 0; }},
+        {"run a program", [] { return execve(shell, arguments, nullptr) == 0; }},
+        {"make a process",
+            [] {
+                const pid_t child = fork();
+                if (child == 0)
+                    _exit(0);
+                return child > 0 || syscall(SYS_vfork) > 0;
+            }},
+        {"make a thread",
+            [] {
+                pthread_t thread{};
+                return !threads.empty()
+                    && pthread_create(
+                           &thread, nullptr, [](void*) -> void* { return nullptr; }, nullptr)
+                    == 0
+                    && pthread_join(thread, nullptr) == 0;
+            }},
+        {"end its parent", [] { return kill(getppid(), 0) == 0; }},
+        {"trace its parent", [] { return ptrace(PTRACE_SEIZE, getppid(), 0, 0) == 0; }},
+        {"become visible", [] { return prctl(PR_SET_DUMPABLE, 1) == 0; }},
+        {"make code",
+            [] {
+                return mmap(nullptr, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) != MAP_FAILED;
+            }},
+        {"have the kernel make its calls",
+            [] { return syscall(SYS_io_uring_setup, 1, nullptr) >= 0 || errno == EFAULT; }}};
+}
+
+// What of all that succeeds behind the filter, told by a process that has gone through it.
+std::string Permitted(Files files)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.File("file");
+    MakeFile(file, "content");
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        // Descriptor 3 is the last one that it keeps.
+        if (ends[1] != pixelDescriptor)
+            dup2(ends[1], pixelDescriptor);
+        std::string permitted;
+        if (!LetGo() || (files == Files::OnlyFonts && !ConfineToFonts()) || !FilterCalls(files))
+            permitted = "not confined";
+        else {
+            for (const auto& [what, attempt] : Attempts(file)) {
+                if (attempt())
+                    permitted += what + "; ";
+            }
+        }
+        (void)!write(pixelDescriptor, permitted.data(), permitted.size());
+        _exit(0);
+    }
+    close(ends[1]);
+    std::string permitted(4096, '\0');
+    permitted.resize(static_cast<std::size_t>(std::max<ssize_t>(read(ends[0], permitted.data(), permitted.size()), 0)));
+    close(ends[0]);
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status)) << status;
+    EXPECT_EQ(FilesBelow(folder.Path()), std::vector<std::string>{"file"});
+    return permitted;
+}
+
+}
+
+TEST(Confinement, LeavesNothingButThreads) { EXPECT_EQ(Permitted(Files::None), threads); }
+
+TEST(Confinement, LeavesFontsToReadersOfMetafiles)
+{
+    if (!KernelHasLandlock())
+        GTEST_SKIP() << "The test of opening fonts alone is passed over: this kernel has no Landlock.";
+    EXPECT_EQ(Permitted(Files::OnlyFonts), threads + "open a font; ");
+}
+
+TEST(Protocol, WhatCannotBeAnAnswer)
+{
+    const PictureRequest request{PictureFormat::Jpeg, 800, 600};
+    EXPECT_TRUE(IsPossible({6000, 4000, 800, 533, 0}, request));
+    EXPECT_TRUE(IsPossible({1, 1, 1, 1, 1}, request));
+    constexpr std::uint32_t most = ~0U;
+    for (const PictureAnswer& answer :
+        {PictureAnswer{0, 0, 0, 0, 0}, {0, 1, 1, 1, 0}, {1, 1, 801, 1, 0}, {1, 1, 1, 601, 0}, {1, 1, 0, 1, 0},
+            {most, 1, 1, 1, 0}, {8001, 8000, 1, 1, 0}, {65536, 65536, 1, 1, 0}, {1, 1, most, most, 0}, {1, 1, 1, 1, 2}})
+        EXPECT_FALSE(IsPossible(answer, request)) << answer.width << " " << answer.pixelWidth;
+}
