@@ -73,8 +73,8 @@ void PreviewStrip::image2_DblClick(int index)
         return;
     const Label& label = MainForm.Label2[index];
     viewer.DisplayImage(image, label.Caption(), label.Tag);
-    viewer.BringToFront();
-    MainForm.mnuSizeableViewer.SetChecked(true);
+    if (viewer.BringToFront())
+        MainForm.mnuSizeableViewer.SetChecked(true);
     DoEvents();
 }
 

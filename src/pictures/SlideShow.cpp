@@ -140,6 +140,7 @@ void SlideShow::Form_Unload()
     MainForm.mnuSlideShow.SetChecked(false);
     form->Timer1.SetEnabled(false);
     loaded = false;
+    form->Picture1.SetPicture({});
     form->SetVisible(false);
 }
 
@@ -172,7 +173,8 @@ void SlideShow::Timer1_Timer()
     if (!CurrentFile.ends_with('/'))
         CurrentFile += '/';
     CurrentFile += name;
-    // A file that is no picture leaves the pane to the next one.
+    // A file that is no picture leaves the pane to the next one. Where it takes long, so does one that the user has not
+    // waited for: another was double-clicked, or the window closed.
     if (!form->Picture1.Load(CurrentFile))
         return;
     const Picture& picture = form->Picture1.Picture();
@@ -290,8 +292,8 @@ void SlideShow::PreviewImage_DblClick(int index)
     if (image.Height() == 0 || image.Width() / image.Height() == 0)
         return;
     viewer.DisplayImage(image, image.Tag, form->SSPanel1[index].Tag);
-    viewer.BringToFront();
-    MainForm.mnuSizeableViewer.SetChecked(true);
+    if (viewer.BringToFront())
+        MainForm.mnuSizeableViewer.SetChecked(true);
 }
 
 void SlideShow::lstFiles_DblClick()

@@ -79,6 +79,7 @@ void Viewer::Form_Unload()
     settings.SaveSetting(section, "3", DecimalText(static_cast<float>(form->Width())));
     settings.SaveSetting(section, "4", DecimalText(static_cast<float>(form->Height())));
     loaded = false;
+    form->Image1.SetPicture({});
     form->SetVisible(false);
 }
 
@@ -113,6 +114,8 @@ void Viewer::DisplayImage(const ImageControl& source, std::string_view displayNa
     form->SetCaption(displayName);
     form->Image1.Tag = path;
     (void)form->Image1.Load(path);
+    if (!loaded)
+        return;
     form->Image1.SetVisible(true);
     form->SetVisible(true);
     DoEvents();
@@ -142,10 +145,13 @@ void Viewer::Blank(const FittedSize& size)
     form->Image1.SetVisible(false);
 }
 
-void Viewer::BringToFront()
+bool Viewer::BringToFront()
 {
-    Loaded().SetVisible(true);
+    if (!loaded)
+        return false;
+    form->SetVisible(true);
     form->BringToFront();
+    return true;
 }
 
 void Viewer::Check1_Click() { ViewerAutoUpdate = form->Check1.Value() == 1; }

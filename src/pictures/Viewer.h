@@ -19,14 +19,14 @@ public:
     ~Viewer();
 
     // Shows the picture file that a control shows, under this name. Does nothing if the control shows none; a file that
-    // cannot be read leaves the viewer empty.
+    // cannot be read leaves the viewer empty. Lets events through; a newer picture, or the viewer's end, then holds.
     void DisplayImage(const ImageControl& source, std::string_view displayName, const std::string& path);
 
     // Shows what Picture1 of the main form holds; its Tag is the file's path.
     void cmdViewCurrent_Click();
 
-    // In front of the other windows, and not minimised.
-    void BringToFront();
+    // In front of the other windows, and not minimised. False if the user has closed it while it was being shown.
+    [[nodiscard]] bool BringToFront();
 
     // Whether the search and the slide show are to hand over each of their pictures.
     bool ViewerAutoUpdate = false;

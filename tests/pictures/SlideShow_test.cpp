@@ -2,10 +2,12 @@
 
 #include "platform/Files.h"
 #include "sample/SamplePictures.h"
+#include "support/HostilePictures.h"
 
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
+#include <QTimer>
 #include <filesystem>
 
 using testing::ElementsAre;
@@ -160,6 +162,30 @@ TEST_F(SlideShowTest, ThePictureOfAPane)
     DoubleClickRow("lstFiles", 2);
     EXPECT_EQ(CaptionOf("frmShowPicture"), "p3.jpg");
     EXPECT_THAT(desktop.boxes, IsEmpty());
+}
+
+TEST_F(SlideShowTest, ASlowPictureGivesWay)
+{
+    Open(2);
+    MakeFile(destination + "p1.jpg", SlowJpeg());
+    // While the first file is being read, the user goes on: to another file, to the window's end, and to a new one.
+    QTimer::singleShot(200, [] { DoubleClickRow("lstFiles", 1); });
+    DoubleClickRow("lstFiles", 0);
+    EXPECT_EQ(NameIn(0), "p2.GIF");
+    EXPECT_TRUE(ShowsPicture(0));
+    EXPECT_FALSE(ShowsPicture(1));
+
+    bool closed = false;
+    QTimer::singleShot(200, [&] {
+        WindowNamed("frmSlideShow")->close();
+        closed = !IsVisible("frmSlideShow");
+        ChooseMenu("mnuSlideShow");
+    });
+    DoubleClickRow("lstFiles", 0);
+    EXPECT_TRUE(closed);
+    EXPECT_TRUE(IsVisible("frmSlideShow"));
+    EXPECT_FALSE(ShowsPicture(0));
+    EXPECT_EQ(Image(), "Total: 3");
 }
 
 TEST_F(SlideShowTest, ThePaneWithTheFocusHasOneEdge)

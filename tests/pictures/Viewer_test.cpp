@@ -4,11 +4,13 @@
 #include "platform/Files.h"
 #include "sample/Encoders.h"
 #include "sample/SamplePictures.h"
+#include "support/HostilePictures.h"
 
 #include <QAction>
 #include <QLabel>
 #include <QScreen>
 #include <QTest>
+#include <QTimer>
 
 using testing::ElementsAre;
 
@@ -117,6 +119,47 @@ TEST_F(ViewerTest, FollowsTheSearch)
     EXPECT_FALSE(IsVisible("frmShowPicture"));
     ChooseMenu("mnuSizeableViewer");
     EXPECT_FALSE(IsChecked("Check1"));
+}
+
+TEST_F(ViewerTest, ASlowPictureHoldsNobody)
+{
+    const std::string slow = Uuencode(SlowJpeg(), "slow.jpg");
+    server.SetGroups({GroupOf("alt.kites", 1, {slow, slow, slow})});
+    Start({"alt.kites"}, server.Port());
+    ChooseMenu("mnuInteractiveDownload");
+    // The end of what is before the picture, and of a search that is stopped while it is being read.
+    atCaption["Finished decoding 2 of 4 -- alt.kites"] = [this] {
+        QTimer::singleShot(300, [this] {
+            EXPECT_TRUE(FileExists(Stored("slow.jpg")));
+            EXPECT_FALSE(IsEnabled("cmdFindNow"));
+            Click("cmdStop");
+        });
+    };
+    Search();
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 1");
+    EXPECT_FALSE(ShowsPicture("Image2(0)"));
+
+    // "Exit" does not wait for it.
+    desktop.atEndProgram = [this] { EXPECT_FALSE(IsEnabled("cmdFindNow")); };
+    atCaption["Finished decoding 3 of 4 -- alt.kites"] = [] {
+        QTimer::singleShot(300, [] {
+            Click("frmTamarack/Command1");
+            Click("cmdStop");
+        });
+    };
+    Search();
+    EXPECT_EQ(desktop.programEnds, 1);
+
+    // A viewer that is closed while it waits stays so. The file behind a slot has become another one.
+    server.SetGroups({GroupOf("alt.kites", 1, {Uuencode(DrawPicture(Scene::Kites, 80, 40, 1, "JPEG"), "slow.jpg")})});
+    Forget();
+    Search();
+    MakeFile(Stored("slow.jpg"), SlowJpeg());
+    ChooseMenu("mnuSizeableViewer");
+    QTimer::singleShot(300, [] { WindowNamed("frmShowPicture")->close(); });
+    Click("frmTamarack/Command2(0)");
+    EXPECT_FALSE(IsVisible("frmShowPicture"));
+    EXPECT_FALSE(Find<QAction>("mnuSizeableViewer").isChecked());
 }
 
 TEST_F(ViewerTest, KeepsItsPlaceOnTheScreen)
