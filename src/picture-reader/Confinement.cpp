@@ -27,7 +27,9 @@ constexpr rlim_t mostMemory = 1 << 30;
 
 bool SetLimit(int resource, rlim_t most)
 {
-    const rlimit limit{most, most};
+    rlimit before{};
+    const bool isLower = getrlimit(static_cast<__rlimit_resource>(resource), &before) == 0 && before.rlim_max < most;
+    const rlimit limit = isLower ? rlimit{before.rlim_max, before.rlim_max} : rlimit{most, most};
     return setrlimit(static_cast<__rlimit_resource>(resource), &limit) == 0;
 }
 
@@ -118,14 +120,14 @@ bool FilterCalls(Files files)
     if (!filter || seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_TSYNC, 1) != 0)
         return false;
     // Memory, the descriptors that are open, and the own threads.
-    for (const int call : {SCMP_SYS(read), SCMP_SYS(pread64), SCMP_SYS(readv), SCMP_SYS(write), SCMP_SYS(lseek),
-             SCMP_SYS(close), SCMP_SYS(fstat), SCMP_SYS(newfstatat), SCMP_SYS(statx), SCMP_SYS(fcntl),
-             SCMP_SYS(recvmsg), SCMP_SYS(poll), SCMP_SYS(ppoll), SCMP_SYS(eventfd2), SCMP_SYS(brk), SCMP_SYS(munmap),
-             SCMP_SYS(mremap), SCMP_SYS(madvise), SCMP_SYS(futex), SCMP_SYS(set_robust_list), SCMP_SYS(rseq),
-             SCMP_SYS(rt_sigprocmask), SCMP_SYS(rt_sigreturn), SCMP_SYS(sched_yield), SCMP_SYS(sched_getaffinity),
-             SCMP_SYS(sched_getparam), SCMP_SYS(sched_getscheduler), SCMP_SYS(getpid), SCMP_SYS(gettid),
-             SCMP_SYS(clock_gettime), SCMP_SYS(clock_nanosleep), SCMP_SYS(gettimeofday), SCMP_SYS(getrandom),
-             SCMP_SYS(sysinfo), SCMP_SYS(exit), SCMP_SYS(exit_group)}) {
+    for (const int call :
+        {SCMP_SYS(read), SCMP_SYS(pread64), SCMP_SYS(readv), SCMP_SYS(write), SCMP_SYS(lseek), SCMP_SYS(close),
+            SCMP_SYS(fstat), SCMP_SYS(newfstatat), SCMP_SYS(statx), SCMP_SYS(recvmsg), SCMP_SYS(poll), SCMP_SYS(ppoll),
+            SCMP_SYS(eventfd2), SCMP_SYS(brk), SCMP_SYS(munmap), SCMP_SYS(mremap), SCMP_SYS(madvise), SCMP_SYS(futex),
+            SCMP_SYS(set_robust_list), SCMP_SYS(rseq), SCMP_SYS(rt_sigprocmask), SCMP_SYS(rt_sigreturn),
+            SCMP_SYS(sched_yield), SCMP_SYS(sched_getaffinity), SCMP_SYS(sched_getparam), SCMP_SYS(sched_getscheduler),
+            SCMP_SYS(getpid), SCMP_SYS(gettid), SCMP_SYS(clock_gettime), SCMP_SYS(clock_nanosleep),
+            SCMP_SYS(gettimeofday), SCMP_SYS(getrandom), SCMP_SYS(sysinfo), SCMP_SYS(exit), SCMP_SYS(exit_group)}) {
         if (!Permit(filter, call))
             return false;
     }
@@ -134,6 +136,11 @@ bool FilterCalls(Files files)
     constexpr scmp_datum_t flagsOfThread = CLONE_VM | CLONE_FS | CLONE_FILES | CLONE_SIGHAND | CLONE_THREAD
         | CLONE_SYSVSEM | CLONE_SETTLS | CLONE_PARENT_SETTID | CLONE_CHILD_CLEARTID;
     constexpr scmp_datum_t writing = O_WRONLY | O_RDWR | O_CREAT | O_TRUNC | O_APPEND | (O_TMPFILE & ~O_DIRECTORY);
+    // Others of its commands signal processes, or take a file for themselves.
+    for (const scmp_datum_t command : {F_GETFD, F_SETFD, F_GETFL}) {
+        if (!Permit(filter, SCMP_SYS(fcntl), SCMP_A1(SCMP_CMP_EQ, command)))
+            return false;
+    }
     bool permitted = Permit(filter, SCMP_SYS(clone), SCMP_A0(SCMP_CMP_EQ, flagsOfThread))
         && seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0) == 0
         && Permit(filter, SCMP_SYS(prctl), SCMP_A0(SCMP_CMP_EQ, PR_SET_NAME))

@@ -75,6 +75,7 @@ bool LoadFonts()
     const std::filesystem::path own = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     qputenv("QT_PLUGIN_PATH", own.c_str());
     QCoreApplication::setLibraryPaths({QLibraryInfo::path(QLibraryInfo::PluginsPath)});
+    qputenv("TMPDIR", "/proc"); // where the toolkit can make no directory for what it runs by
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("LC_ALL", "C.UTF-8");
     static int argumentCount = 1;
@@ -94,6 +95,9 @@ bool NamesNoFile(const QByteArray& document)
     while (!reader.atEnd()) {
         reader.readNext();
         if (reader.isDTD() && !reader.entityDeclarations().isEmpty())
+            return false;
+        // It may name a style sheet.
+        if (reader.isProcessingInstruction())
             return false;
         if (!reader.isStartElement())
             continue;

@@ -39,7 +39,11 @@ QByteArray PixelSegments(const QByteArray& file)
         const auto* segment = reinterpret_cast<const uchar*>(file.constData() + at);
         const uchar marker = segment[1];
         const qsizetype length = 2 + qsizetype{qFromBigEndian<quint16>(segment + 2)};
-        if (segment[0] != 0xff || marker == 0xff || marker == scan || length < 4 || file.size() - at < length)
+        if (segment[0] == 0xff && marker == 0xff) { // filling
+            ++at;
+            continue;
+        }
+        if (segment[0] != 0xff || marker == scan || length < 4 || file.size() - at < length)
             break;
         const QByteArrayView content(file.constData() + at + 4, length - 4);
         const bool ofApplication = marker >= firstOfApplications && marker <= lastOfApplications;

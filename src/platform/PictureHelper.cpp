@@ -2,6 +2,8 @@
 
 #include "platform/Events.h"
 
+#include <QCoreApplication>
+#include <QPointer>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -62,34 +64,6 @@ bool IsReadable(int descriptor, Clock::duration time)
     return ready > 0;
 }
 
-// Waits for a message or an end. False if there is none in time.
-bool Await(int descriptor, std::chrono::milliseconds time)
-{
-    static int waits = 0;
-    const Clock::time_point deadline = Clock::now() + time;
-    if (IsReadable(descriptor, std::min<std::chrono::milliseconds>(time, withoutEvents)))
-        return true;
-    if (waits < mostWaits) {
-        ++waits;
-        bool done = false;
-        QSocketNotifier message(descriptor, QSocketNotifier::Read);
-        QObject::connect(&message, &QSocketNotifier::activated, &message, [&] {
-            message.setEnabled(false);
-            done = true;
-        });
-        QTimer end;
-        end.setTimerType(Qt::PreciseTimer);
-        end.setSingleShot(true);
-        QObject::connect(&end, &QTimer::timeout, &end, [&] { done = true; });
-        end.start(
-            std::chrono::ceil<std::chrono::milliseconds>(std::max(deadline - Clock::now(), Clock::duration::zero())));
-        while (!done)
-            WaitForEvents();
-        --waits;
-    }
-    return IsReadable(descriptor, deadline - Clock::now());
-}
-
 class Helper {
 public:
     Helper(bool newForMetafiles, std::size_t newRoom)
@@ -114,7 +88,8 @@ public:
     }
     ~Helper()
     {
-        if (process > 0) {
+        // The number of one that is gone may be another's by now.
+        if (process > 0 && waitpid(process, nullptr, WNOHANG) == 0) {
             kill(process, SIGKILL);
             while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) { }
         }
@@ -133,10 +108,10 @@ public:
     // One that has nothing to do says nothing: it has ended, or has been led astray.
     bool IsIdle() const { return !IsReadable(socket, 0s); }
 
-    bool HasStarted() const
+    bool HasStarted()
     {
         PictureAnswer answer{};
-        return process > 0 && Await(socket, longestStart) && Receive(answer);
+        return process > 0 && Await(longestStart) && Receive(answer);
     }
 
     bool IsNew() const { return isNew; }
@@ -145,10 +120,12 @@ public:
     {
         isNew = false;
         PictureAnswer answer{};
-        if (!Send(file, request) || !Await(socket, longestReading) || !Receive(answer))
+        if (!Send(file, request) || !Await(longestReading) || !Receive(answer))
             return std::nullopt;
-        if (!IsPossible(answer, request))
+        if (answer.pixelWidth == 0)
             return HelpersPicture{};
+        if (!IsPossible(answer, request))
+            return std::nullopt;
         const QSize size(static_cast<int>(answer.pixelWidth), static_cast<int>(answer.pixelHeight));
         // A copy, since the helper can still write there.
         const QImage shared(pixels, size.width(), size.height(), 4 * size.width(),
@@ -157,6 +134,40 @@ public:
     }
 
 private:
+    // Waits for a message or an end. False if there is none in time; the helper is killed then, whatever the thread is
+    // doing for an event that it has let through.
+    bool Await(std::chrono::milliseconds time)
+    {
+        static int waits = 0;
+        const Clock::time_point deadline = Clock::now() + time;
+        if (IsReadable(socket, std::min<std::chrono::milliseconds>(time, withoutEvents)))
+            return true;
+        if (waits >= mostWaits)
+            return IsReadable(socket, deadline - Clock::now());
+        ++waits;
+        bool answered = false;
+        bool late = false;
+        QSocketNotifier message(socket, QSocketNotifier::Read);
+        QObject::connect(&message, &QSocketNotifier::activated, &message, [&] {
+            message.setEnabled(false);
+            answered = !late;
+        });
+        QTimer end;
+        end.setTimerType(Qt::PreciseTimer);
+        end.setSingleShot(true);
+        QObject::connect(&end, &QTimer::timeout, &end, [&] {
+            late = !answered;
+            if (late)
+                kill(process, SIGKILL);
+        });
+        end.start(
+            std::chrono::ceil<std::chrono::milliseconds>(std::max(deadline - Clock::now(), Clock::duration::zero())));
+        while (!answered && !late)
+            WaitForEvents();
+        --waits;
+        return answered;
+    }
+
     void Start(int itsEnd)
     {
         std::string program = HelperProgram();
@@ -177,6 +188,8 @@ private:
 
     bool Send(int file, PictureRequest request) const
     {
+        if (lseek(file, 0, SEEK_SET) != 0) // another helper may have begun with it
+            return false;
         iovec part{&request, sizeof request};
         alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof file)> control{};
         msghdr message{};
@@ -213,6 +226,19 @@ std::vector<std::unique_ptr<Helper>>& IdleHelpers()
     return helpers;
 }
 
+// Where no more pictures come, none is waited for.
+void EndIdleHelpersLater()
+{
+    static QPointer<QTimer> rest;
+    if (!rest) {
+        rest = new QTimer(QCoreApplication::instance());
+        rest->setSingleShot(true);
+        rest->setInterval(30s);
+        QObject::connect(rest, &QTimer::timeout, [] { IdleHelpers().clear(); });
+    }
+    rest->start();
+}
+
 std::unique_ptr<Helper> TakeHelper(bool forMetafiles, std::size_t room)
 {
     auto& idle = IdleHelpers();
@@ -240,6 +266,7 @@ std::optional<HelpersPicture> ReadInHelper(int descriptor, const PictureRequest&
         auto picture = helper->Read(descriptor, request);
         if (picture) {
             IdleHelpers().push_back(std::move(helper));
+            EndIdleHelpersLater();
             return picture->pixels.isNull() ? std::nullopt : std::move(picture);
         }
         // One that has not answered goes, and whatever it still does with it. If it has ended, that may be the doing of

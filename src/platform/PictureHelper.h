@@ -14,6 +14,7 @@ struct HelpersPicture {
     QImage pixels; // reduced to the size that was asked for, if it is larger
 };
 
-// Has the open file read, from its start. Nothing if it cannot be read, or not within 2.5 seconds. Where that takes
-// more than a moment, events are let through meanwhile; whatever they do, they may read pictures too.
+// Has the open file read, from its start. Nothing if it cannot be read, or not within 2.5 seconds, at which the helper
+// is killed. Where that takes more than a moment, events are let through meanwhile; whatever they do, they may read
+// pictures too.
 std::optional<HelpersPicture> ReadInHelper(int descriptor, const PictureRequest& request);

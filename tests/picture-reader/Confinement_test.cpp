@@ -73,6 +73,11 @@ std::map<std::string, std::function<bool()>> Attempts(const std::string& file)
                     && pthread_join(thread, nullptr) == 0;
             }},
         {"end its parent", [] { return kill(getppid(), 0) == 0; }},
+        {"have the kernel end its parent",
+            [] {
+                return fcntl(STDIN_FILENO, F_SETOWN, getppid()) == 0 || fcntl(STDIN_FILENO, F_SETSIG, SIGKILL) == 0;
+            }},
+        {"take a file for itself", [] { return fcntl(STDIN_FILENO, F_SETLEASE, F_RDLCK) == 0; }},
         {"trace its parent", [] { return ptrace(PTRACE_SEIZE, getppid(), 0, 0) == 0; }},
         {"become visible", [] { return prctl(PR_SET_DUMPABLE, 1) == 0; }},
         {"make code",

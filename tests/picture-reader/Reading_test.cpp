@@ -34,7 +34,8 @@ TEST(Metafiles, NameNoFile)
     EXPECT_FALSE(names("<text font-family=\"/etc/passwd\">file:///etc/passwd</text>"));
     EXPECT_FALSE(names("<use xlink:href=\"#a\"/><image xlink:href=\"data:image/png;base64,AA==\"/>"));
     for (const char* const content : {"<image xlink:href='/etc/passwd'/>", "<image href='a'/>", "<image x:href=' a'/>",
-             "<image xlink:href='&#47;a'/>", "<image xlink:href=''/>", "<use xlink:href='file:///a#b'/>", "<g>", "&a;"})
+             "<image xlink:href='&#47;a'/>", "<image xlink:href=''/>", "<use xlink:href='file:///a#b'/>", "<g>", "&a;",
+             "<?xml-stylesheet type='text/css' href='/a.css'?>"})
         EXPECT_TRUE(names(content)) << content;
     EXPECT_FALSE(NamesNoFile("<!DOCTYPE svg [<!ENTITY a SYSTEM 'file:///etc/passwd'>]><svg>&a;</svg>"));
     EXPECT_FALSE(NamesNoFile(""));
