@@ -1,8 +1,23 @@
 #include "platform/Events.h"
+#include "platform/Text.h"
 #include "session/NewsSession.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
+
+namespace {
+
+// Keywords are separated by blanks or tabs, and their case does not matter (RFC 3977, section 3.1).
+bool NamesListGroup(std::string_view line)
+{
+    constexpr std::string_view keyword = "listgroup";
+    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+    const std::string_view word = line.substr(0, line.find_first_of(" \t"));
+    return word.size() == keyword.size() && FindIgnoringCase(word, keyword) == 0;
+}
+
+}
 
 bool NewsSession::SendLine(std::string_view text)
 {
@@ -136,6 +151,7 @@ const std::string& NewsSession::WaitForText()
 
 void NewsSession::CmdManual(const std::string& line)
 {
+    manualIsListGroup = NamesListGroup(line);
     if (!Send(CommandKind::Manual, line))
         return;
     while (ReplyState == ReplyState::Awaiting) {

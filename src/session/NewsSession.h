@@ -149,6 +149,7 @@ private:
     Desktop& desktop;
     bool logging = false; // which may take a message box to an end
     bool delivering = false; // a group list
+    bool manualIsListGroup = false; // the last command by hand
     bool manualTextIsComing = false; // behind the status line that a command by hand had waited for
     int openLogins = 0; // demanded by the server and still under way
     int connectionNumber = 0; // counts, so that what waits on one connection notices that there is another

@@ -42,12 +42,12 @@ void ReadNumber(std::string_view text, std::int32_t& number)
         number = value;
 }
 
-// The status lines behind which a text follows (RFC 3977, appendix C), 211 being one of those to "listgroup".
-bool AnnouncesText(std::string_view statusLine)
+// The status lines behind which a text follows (RFC 3977, appendix C). 211 is one of them to "listgroup" only.
+bool AnnouncesText(std::string_view statusLine, bool toListGroup)
 {
-    constexpr std::string_view codes = "100 101 211 215 220 221 222 224 225 230 231";
+    constexpr std::string_view codes = "100 101 215 220 221 222 224 225 230 231";
     const std::string_view code = statusLine.substr(0, 3);
-    return code.size() == 3 && codes.find(code) != std::string_view::npos;
+    return code.size() == 3 && (codes.find(code) != std::string_view::npos || (toListGroup && code == "211"));
 }
 
 }
@@ -131,7 +131,7 @@ void NewsSession::JudgeStatusLine(std::string& packet)
         ReplyState = ReplyState::Finished;
     } else {
         ReplyState = ReplyState::Taken;
-        manualTextIsComing = inFlight(CommandKind::Manual) && AnnouncesText(packet);
+        manualTextIsComing = inFlight(CommandKind::Manual) && AnnouncesText(packet, manualIsListGroup);
     }
 
     // A piece of a status line without its end stays whole.
@@ -152,10 +152,15 @@ void NewsSession::ReadArticleNumber(std::string_view packet) { ReadNumber(Behind
 
 void NewsSession::TakeFinishedReplies()
 {
+    // A text without a line, of which only the terminator's second half stands behind the status line.
+    if (manualTextIsComing && RecvBuffer.Text().starts_with(".\r\n")) {
+        (void)RecvBuffer.Take(0, 3);
+        Deliver();
+    }
     while (const std::size_t found = RecvBuffer.Find(terminator, SearchPos)) {
         RecvBuffer.Take(found - 1, 3).swap(ReplyText);
         SearchPos = 1;
-        if (!ReplyText.empty())
+        if (!ReplyText.empty() || manualTextIsComing)
             Deliver();
     }
     // A terminator may be split over two packets, so the tail is searched again with the next one.

@@ -85,7 +85,11 @@ TEST_F(DebugWindowTest, OneCommandAtATime)
                           "C: help\nX: pause\nS: 100 help\nS: next\nS: .\n"
                           // A text that is still on its way is no reply to anything.
                           "C: date\nS: 215 groups\nX: connect\nS: 200\nC: group alt.kites\nS: 211 2 1 2 alt.kites\n"
-                          "C: stat 2\nS: 223 2 <a>\nC: next\nS: 421\n");
+                          "C: stat 2\nS: 223 2 <a>\nC: next\nS: 421\n"
+                          // One without a line is there at once, and "group" has none.
+                          "C: help\nS: 100 help\nS: .\nC: group alt.kites\nS: 211 2 1 2 alt.kites\n"
+                          "C: stat 2\nS: 223 2 <a>\nC:  ListGroup alt.kites\nS: 211 2 1 2 alt.kites\n"
+                          "X: connect\nS: 200\nC: stat 2\nS: 412\n");
     const std::vector<std::string> commands = {"cmdFindNow", "cmdRefresh", "cmdRefreshDisk", "cmdCmd(0)", "cmdCmd(1)"};
     const auto expectEnabled = [&](bool enabled) {
         for (const std::string& command : commands)
@@ -110,6 +114,11 @@ TEST_F(DebugWindowTest, OneCommandAtATime)
     expectEnabled(true);
     Click("cmdCmd(1)");
     Search();
+    Click("cmdCmd(0)");
+    for (const char* const line : {"group alt.kites", "stat 2", " ListGroup alt.kites", "stat 2"}) {
+        TypeInto("TxtManual", line);
+        Click("cmdCmd(1)");
+    }
     EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
 }
 
