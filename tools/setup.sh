@@ -71,10 +71,12 @@ install_news_server() {
             as_root chmod +x "$policy"
         fi
     fi
-    local outcome=0
-    install_and_configure_news_server || outcome=$?
-    [[ -z $policy ]] || as_root rm -f "$policy"
-    return "$outcome"
+    # The policy goes again, however this ends.
+    (
+        [[ -z $policy ]] || trap 'as_root rm -f "$policy"' EXIT
+        trap 'exit 1' INT TERM
+        install_and_configure_news_server
+    )
 }
 
 install_and_configure_news_server() {

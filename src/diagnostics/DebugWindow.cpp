@@ -4,6 +4,8 @@
 #include "platform/Files.h"
 #include "session/SessionUse.h"
 
+#include <algorithm>
+
 DebugWindow::DebugWindow(NewsSession& session, Desktop& newDesktop)
     : Session(session)
     , desktop(newDesktop)
@@ -65,8 +67,9 @@ void DebugWindow::DebugLog(const std::string& text)
     // area minutes to set: of that, only the file gets all.
     constexpr int longest = 32000;
     constexpr int cut = 10000;
-    if (const int over = form->DebugWindow.Length() - longest; over > 0)
-        form->DebugWindow.Cut(1, (over + cut - 1) / cut * cut);
+    constexpr int most = 64000;
+    if (const int length = form->DebugWindow.Length(); length > longest)
+        form->DebugWindow.Cut(1, std::max(cut, length - most));
     form->DebugWindow.Append(text, longest);
     const std::string logFile = form->txtLogFile.Text();
     if (const std::error_code error = AppendToFile(logFile, text))

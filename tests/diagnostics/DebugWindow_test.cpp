@@ -142,7 +142,7 @@ TEST_F(DebugWindowTest, OldTextGoesAndTroubleIsTold)
         {std::string(200'000, 'x') + "y", std::string(100'000, '-') + "\xC3\xA4\r\n", std::string(200'000, 'z')}) {
         log += line;
         session.DebugLog(line);
-        EXPECT_LE(Shown().size(), 64'002U);
+        EXPECT_LE(Shown().size(), 96'002U);
     }
     EXPECT_TRUE(Shown().find("-\xC3\xA4\nzz") != std::string::npos);
     EXPECT_TRUE(ContentOf(TextOf("txtLogFile")) == log);

@@ -78,6 +78,14 @@ int renameat2(int fromDirectory, const char* from, int toDirectory, const char* 
     return static_cast<int>(syscall(SYS_renameat2, fromDirectory, from, toDirectory, to, flags));
 }
 
+int unlink(const char* path) noexcept
+{
+    struct stat status { };
+    if (lstat(path, &status) == 0)
+        onDisk.erase({status.st_dev, status.st_ino}); // its number may be another file's next
+    return static_cast<int>(syscall(SYS_unlink, path));
+}
+
 int linkat(int fromDirectory, const char* from, int toDirectory, const char* to, int flags) noexcept
 {
     NoteName(from, to);
