@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,15 +29,38 @@ constexpr int mostHiddenNames = 1000;
 constexpr std::string_view hiddenStart = ".attachment-";
 constexpr std::string_view hiddenEnd = ".part";
 
-// Is this the hidden file of a process that lives no more? One of another user lives if it cannot be signalled.
-bool IsOfDeadProcess(std::string_view name)
+bool IsHiddenName(std::string_view name)
 {
     if (!name.starts_with(hiddenStart) || !name.ends_with(hiddenEnd))
         return false;
     name.remove_prefix(hiddenStart.size());
     pid_t process = 0;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), process);
-    return error == std::errc() && *end == '-' && process > 0 && kill(process, 0) != 0 && errno == ESRCH;
+    return error == std::errc() && *end == '-' && process > 0;
+}
+
+// Is this open file still the one of that name?
+bool HasName(int file, const std::string& path)
+{
+    struct stat ours = {};
+    struct stat named = {};
+    return fstat(file, &ours) == 0 && lstat(path.c_str(), &named) == 0 && ours.st_dev == named.st_dev
+        && ours.st_ino == named.st_ino;
+}
+
+// Removes a hidden file that nobody holds. A number of a process would not tell: it may be one of another machine.
+void RemoveUnlessHeld(const std::string& path)
+{
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return;
+    // For writing, without which a network disk grants no lock.
+    const int file = open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return;
+    if (flock(file, LOCK_EX | LOCK_NB) == 0 && HasName(file, path))
+        (void)unlink(path.c_str()); // it does no harm
+    close(file);
 }
 
 bool WriteAll(int file, std::string_view bytes)
@@ -59,6 +82,12 @@ public:
     explicit OpenFile(const std::string& path)
         : file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC))
     {
+    }
+    // One that is open already, and whose place it moves.
+    explicit OpenFile(int descriptor)
+        : file(fcntl(descriptor, F_DUPFD_CLOEXEC, 0))
+    {
+        (void)lseek(file, 0, SEEK_SET); // else nothing can be read either
     }
     ~OpenFile()
     {
@@ -166,11 +195,16 @@ bool AttachmentStore::OpenHiddenFile()
         hiddenPath = directory;
         hiddenPath.append(hiddenStart).append(std::to_string(getpid())).append("-").append(std::to_string(number));
         hiddenPath.append(hiddenEnd);
-        hidden = open(hiddenPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-        if (hidden >= 0)
-            return true;
-        if (errno != EEXIST)
+        hidden = open(hiddenPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (hidden < 0 && errno != EEXIST)
             break;
+        if (hidden < 0)
+            continue;
+        // On a disk that knows no locks nobody gets one, and nobody removes the file. A program that looks for remains
+        // may be quicker than this lock.
+        if ((flock(hidden, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) && HasName(hidden, hiddenPath))
+            return true;
+        close(std::exchange(hidden, -1));
     }
     hiddenPath.clear();
     return false;
@@ -183,8 +217,10 @@ bool AttachmentStore::Keep()
     // only here, or when the file is closed, that they could not write it.
     if (!failed && fdatasync(hidden) != 0 && errno != EINVAL)
         failed = true;
-    if (!failed)
-        failed = close(std::exchange(hidden, -1)) != 0;
+    if (!failed) {
+        holder = fcntl(hidden, F_DUPFD_CLOEXEC, 0); // the lock stays until the file has its name
+        failed = close(std::exchange(hidden, -1)) != 0 || holder < 0;
+    }
     const bool kept = !failed && (TakeName(wantedName) || TakeName(PortableFileName(wantedName)));
     Drop();
     return kept;
@@ -244,19 +280,20 @@ bool AttachmentStore::IsStoredAs(const std::string& path) const
         return false;
     if (stat(bodyPath.c_str(), &body) == 0 && body.st_dev == theirs.st_dev && body.st_ino == theirs.st_ino)
         return false;
-    const OpenFile one(hiddenPath);
+    const OpenFile one(holder); // on some shares nobody else can read what is locked, not even this process
     const OpenFile other(path);
     return SameBytes(one, other);
 }
 
 void AttachmentStore::Drop()
 {
-    if (hidden >= 0)
-        close(hidden);
-    hidden = -1;
     if (!hiddenPath.empty())
         (void)unlink(hiddenPath.c_str()); // nothing more can be done about it
     hiddenPath.clear();
+    for (int* const file : {&hidden, &holder}) {
+        if (*file >= 0)
+            close(std::exchange(*file, -1));
+    }
     failed = false;
 }
 
@@ -265,7 +302,7 @@ void RemoveRemains(const std::string& directory)
     std::error_code error;
     for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
          entry.increment(error)) {
-        if (IsOfDeadProcess(entry->path().filename().native()))
-            (void)unlink(entry->path().c_str()); // somebody else may have been quicker
+        if (IsHiddenName(entry->path().filename().native()))
+            RemoveUnlessHeld(entry->path().native());
     }
 }

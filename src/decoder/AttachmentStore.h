@@ -42,9 +42,11 @@ private:
 
     std::string wantedName;
     std::string hiddenPath; // empty while there is no hidden file
-    int hidden = -1;
+    int hidden = -1; // locked, see flock(2), from its start
+    int holder = -1; // holds the lock when that is closed
     bool failed = false;
 };
 
-// Removes from a directory the hidden files of attachments that processes of this machine had in hand when they died.
+// Removes from a directory the hidden files of attachments that programs had in hand when they died: those that nobody
+// holds a lock on. Where the disk knows no locks they all stay.
 void RemoveRemains(const std::string& directory);

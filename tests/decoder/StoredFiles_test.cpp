@@ -1,4 +1,5 @@
 #include "DecoderTest.h"
+#include "decoder/AttachmentStore.h"
 #include "sample/Encoders.h"
 
 #include <csignal>
@@ -71,6 +72,19 @@ TEST_F(StoredFilesTest, DisksThatKnowNoLinks)
     };
     EXPECT_EXIT(storeTwo(), testing::ExitedWithCode(0), "");
     EXPECT_EQ(Content("red.jpg"), "one");
+    EXPECT_EQ(Content("red (2).jpg"), "two");
+    EXPECT_EQ(Files().size(), 2U);
+}
+
+TEST_F(StoredFilesTest, WhatIsInHandIsHeld)
+{
+    AttachmentStore store(folder.Path() + "/", folder.File(bodyName));
+    for (const char* const content : {"one", "two"}) {
+        store.Open("red.jpg");
+        store.Write(content);
+        RemoveRemains(folder.Path());
+        EXPECT_TRUE(store.Keep());
+    }
     EXPECT_EQ(Content("red (2).jpg"), "two");
     EXPECT_EQ(Files().size(), 2U);
 }

@@ -11,6 +11,10 @@
 #include <filesystem>
 #include <random>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -154,16 +158,21 @@ TEST_F(KilledProgramTest, WhatItHadInHandGoesAtTheNextSearch)
     const std::string process = std::to_string(victim.processId());
     ASSERT_TRUE(victim.waitForFinished());
     EXPECT_THAT(FilesBelow(destination), testing::ElementsAre("article2.uue", "red.jpg"));
-    // As if it had been killed a moment before, too; a living one keeps what it has, and so does the user.
+    // As if it had been killed a moment before, too, or one whose number has another process by now. What somebody
+    // holds stays, though no process of that number lives here, and so does what is the user's.
     MakeFile(destination + ".attachment-" + process + "-0.part", "half");
-    const std::string living = ".attachment-" + std::to_string(getppid()) + "-0.part";
-    MakeFile(destination + living, "half");
+    MakeFile(destination + ".attachment-" + std::to_string(getppid()) + "-0.part", "half");
+    const std::string held = ".attachment-" + process + "-1.part";
+    MakeFile(destination + held, "half");
+    const int holder = open((destination + held).c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(holder, LOCK_EX), 0);
     MakeFile(destination + "article7.uue", "kept");
     Start({"alt.kites"}, server.Port());
     const std::string elsewhere = folder.File("elsewhere/");
     std::filesystem::create_directory(elsewhere);
     program->Form().txtSelectDir.SetText(elsewhere);
     Search();
-    EXPECT_THAT(FilesBelow(destination), testing::ElementsAre(living, "article7.uue", "red.jpg"));
+    EXPECT_THAT(FilesBelow(destination), testing::ElementsAre(held, "article7.uue", "red.jpg"));
     EXPECT_THAT(FilesBelow(elsewhere), testing::ElementsAre("alt.kites/blue.jpg"));
+    close(holder);
 }
