@@ -78,7 +78,7 @@ TEST_F(StoredFilesTest, DisksThatKnowNoLinks)
 
 TEST_F(StoredFilesTest, WhatIsInHandIsHeld)
 {
-    AttachmentStore store(folder.Path() + "/", folder.File(bodyName));
+    AttachmentStore store(folder.Path(), folder.File(bodyName));
     for (const char* const content : {"one", "two"}) {
         store.Open("red.jpg");
         store.Write(content);
