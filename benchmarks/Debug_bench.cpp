@@ -1,6 +1,6 @@
+#include "base/Files.h"
 #include "benchmarks/SideBySide.h"
 #include "diagnostics/DebugWindow.h"
-#include "platform/Files.h"
 #include "support/Screen.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,6 +1,6 @@
 #include "CameToSomething.h"
+#include "base/Files.h"
 #include "catalogue/PointerFile.h"
-#include "platform/Files.h"
 #include "support/TemporaryFolder.h"
 
 #include <cstdint>

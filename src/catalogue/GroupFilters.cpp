@@ -1,8 +1,8 @@
 #include "catalogue/GroupFilters.h"
 
+#include "base/Text.h"
 #include "catalogue/GroupCounts.h"
 #include "platform/Events.h"
-#include "platform/Text.h"
 
 GroupFilters::GroupFilters(frmTamarack& mainForm, NewsSession& session)
     : MainForm(mainForm)

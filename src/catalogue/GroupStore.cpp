@@ -1,11 +1,11 @@
 #include "catalogue/GroupStore.h"
 
+#include "base/Files.h"
+#include "base/Text.h"
 #include "catalogue/GroupCounts.h"
 #include "catalogue/GroupText.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
-#include "platform/Text.h"
 #include "session/SessionUse.h"
 
 #include <algorithm>

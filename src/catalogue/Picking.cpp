@@ -1,8 +1,8 @@
 #include "catalogue/Picking.h"
 
+#include "base/Text.h"
 #include "catalogue/GroupCounts.h"
 #include "platform/Events.h"
-#include "platform/Text.h"
 
 Picking::Picking(frmTamarack& mainForm)
     : MainForm(mainForm)

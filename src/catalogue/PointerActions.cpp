@@ -1,8 +1,8 @@
 #include "catalogue/PointerActions.h"
 
+#include "base/Text.h"
 #include "catalogue/ServerFiles.h"
 #include "catalogue/frmSetPointer.h"
-#include "platform/Text.h"
 
 PointerActions::PointerActions(frmTamarack& mainForm, NewsSession& session, Desktop& newDesktop)
     : MainForm(mainForm)

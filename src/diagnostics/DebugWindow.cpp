@@ -1,7 +1,7 @@
 #include "diagnostics/DebugWindow.h"
 
+#include "base/Files.h"
 #include "diagnostics/frmDebug.h"
-#include "platform/Files.h"
 #include "session/SessionUse.h"
 
 #include <algorithm>

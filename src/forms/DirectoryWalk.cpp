@@ -1,7 +1,7 @@
 #include "forms/DirectoryWalk.h"
 
+#include "base/Files.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
 
 DirectoryWalk::DirectoryWalk(frmTamarack& mainForm, Desktop& newDesktop, DriveList& drives, DirectoryList& directories)
     : MainForm(mainForm)

@@ -1,8 +1,8 @@
 #include "pictures/PreviewStrip.h"
 
+#include "base/Files.h"
 #include "forms/Placing.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
 
 PreviewStrip::PreviewStrip(frmTamarack& mainForm, Viewer& newViewer)
     : MainForm(mainForm)

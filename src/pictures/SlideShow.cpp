@@ -1,11 +1,11 @@
 #include "pictures/SlideShow.h"
 
+#include "base/Files.h"
+#include "base/Text.h"
 #include "forms/Placing.h"
 #include "pictures/frmSlideShow.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
 #include "platform/Screen.h"
-#include "platform/Text.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,11 +1,11 @@
 #include "pictures/Viewer.h"
 
+#include "base/Files.h"
+#include "base/Text.h"
 #include "forms/Placing.h"
 #include "pictures/frmShowPicture.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
 #include "platform/Screen.h"
-#include "platform/Text.h"
 
 #include <algorithm>
 

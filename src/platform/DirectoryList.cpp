@@ -1,7 +1,7 @@
 #include "platform/DirectoryList.h"
 
+#include "base/Files.h"
 #include "platform/DisplayText.h"
-#include "platform/Files.h"
 #include "platform/RowTip.h"
 
 #include <QKeyEvent>

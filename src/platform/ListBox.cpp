@@ -1,8 +1,8 @@
 #include "platform/ListBox.h"
 
+#include "base/Text.h"
 #include "platform/DisplayText.h"
 #include "platform/RowTip.h"
-#include "platform/Text.h"
 
 #include <QAbstractListModel>
 #include <QElapsedTimer>

@@ -1,8 +1,8 @@
 #include "platform/Socket.h"
 
+#include "base/Text.h"
 #include "platform/Control.h"
 #include "platform/DisplayText.h"
-#include "platform/Text.h"
 
 #include <QCoreApplication>
 #include <QNetworkProxy>

@@ -1,6 +1,6 @@
 #include "platform/Stepper.h"
 
-#include "platform/Text.h"
+#include "base/Text.h"
 
 #include <QEvent>
 #include <QKeyEvent>

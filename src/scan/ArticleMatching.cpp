@@ -1,7 +1,7 @@
 #include "scan/ArticleMatching.h"
 
+#include "base/Text.h"
 #include "platform/Events.h"
-#include "platform/Text.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 #include "scan/AttachmentStoring.h"
 
+#include "base/Text.h"
 #include "decoder/AttachmentName.h"
 #include "decoder/AttachmentStore.h"
 #include "platform/Events.h"
 #include "platform/Screen.h"
-#include "platform/Text.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/Files.h"
 #include "pictures/PreviewStrip.h"
-#include "platform/Files.h"
 #include "session/NewsSession.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "scan/FindNow.h"
 
+#include "base/Files.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
 #include "session/SessionUse.h"
 
 FindNow::FindNow(frmTamarack& mainForm, NewsSession& session, Desktop& newDesktop, GroupScan& newScan)

@@ -1,10 +1,10 @@
 #include "servers/NewServer.h"
 
+#include "base/Files.h"
+#include "base/Text.h"
 #include "catalogue/GroupCounts.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
-#include "platform/Text.h"
 #include "servers/ServerSettings.h"
 #include "servers/frmNewsServer.h"
 

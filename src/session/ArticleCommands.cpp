@@ -1,5 +1,5 @@
+#include "base/Text.h"
 #include "platform/Events.h"
-#include "platform/Text.h"
 #include "session/NewsSession.h"
 
 #include <algorithm>

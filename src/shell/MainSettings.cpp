@@ -1,7 +1,7 @@
 #include "shell/MainSettings.h"
 
-#include "platform/Files.h"
-#include "platform/Text.h"
+#include "base/Files.h"
+#include "base/Text.h"
 
 #include <functional>
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Files.h"
 #include "catalogue/GroupFilters.h"
 #include "catalogue/GroupStore.h"
 #include "catalogue/Picking.h"
@@ -8,7 +9,6 @@
 #include "diagnostics/ContextIDs.h"
 #include "diagnostics/DebugWindow.h"
 #include "pictures/SlideShow.h"
-#include "platform/Files.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
 #include "shell/Destination.h"

@@ -1,8 +1,8 @@
 #include "program-test/ProgramTest.h"
 
+#include "base/Files.h"
 #include "diagnostics/DebugWindow.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
 #include "sample/Encoders.h"
 #include "support/ScriptedServer.h"
 

@@ -1,6 +1,6 @@
 #include "program-test/ProgramTest.h"
 
-#include "platform/Files.h"
+#include "base/Files.h"
 #include "sample/SamplePictures.h"
 #include "support/HostilePictures.h"
 

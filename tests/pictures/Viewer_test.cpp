@@ -1,7 +1,7 @@
 #include "program-test/ProgramTest.h"
 
+#include "base/Files.h"
 #include "platform/Events.h"
-#include "platform/Files.h"
 #include "sample/Encoders.h"
 #include "sample/SamplePictures.h"
 #include "support/HostilePictures.h"

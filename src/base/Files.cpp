@@ -1,6 +1,6 @@
-#include "platform/Files.h"
+#include "base/Files.h"
 
-#include "platform/Text.h"
+#include "base/Text.h"
 
 #include <algorithm>
 #include <cerrno>
