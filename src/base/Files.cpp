@@ -1,6 +1,7 @@
 #include "base/Files.h"
 
 #include "base/Text.h"
+#include "base/UnnamedFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,53 +12,6 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-namespace {
-
-std::error_code LastError() { return {errno, std::generic_category()}; }
-
-class Descriptor {
-public:
-    explicit Descriptor(int opened)
-        : descriptor(opened)
-    {
-    }
-    ~Descriptor()
-    {
-        if (descriptor >= 0)
-            close(descriptor);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Get() const { return descriptor; }
-
-    // A full disk may show only here.
-    std::error_code Close()
-    {
-        const int closing = descriptor;
-        descriptor = -1;
-        return close(closing) == 0 ? std::error_code() : LastError();
-    }
-
-private:
-    int descriptor;
-};
-
-std::error_code WriteAll(int descriptor, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written < 0)
-            return LastError();
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return {};
-}
-
-}
 
 bool FileExists(const std::string& path)
 {
@@ -84,36 +38,36 @@ bool SameFile(const std::string& one, const std::string& other)
 std::error_code ReplaceFile(const std::string& path, std::initializer_list<std::string_view> contents)
 {
     // A name of its own: the file's, which may be as long as a name can be, leaves no room for an ending.
-    const std::string beside = path.substr(0, path.rfind('/') + 1) + ".replacement.new";
+    const std::string beside = DirectoryOf(path) + ".replacement.new";
     Descriptor file(open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0666));
-    if (file.Get() < 0)
+    if (!file.IsOpen())
         return LastError();
     std::error_code error;
     for (const std::string_view content : contents) {
         if (!error)
-            error = WriteAll(file.Get(), content);
+            error = file.Write(content);
     }
-    if (!error && fsync(file.Get()) != 0)
+    if (!error && fsync(file.Number()) != 0)
         error = LastError();
     if (const std::error_code closeError = file.Close(); !error)
         error = closeError;
     if (!error && std::rename(beside.c_str(), path.c_str()) != 0)
         error = LastError();
     if (error)
-        unlink(beside.c_str());
+        (void)DeleteFile(beside);
     return error;
 }
 
 std::error_code WriteFile(const std::string& path, std::string_view content, std::string_view more)
 {
     // Removed rather than emptied: what a link leads to stays as it is, and a journalling file system is quicker.
-    unlink(path.c_str());
+    (void)DeleteFile(path);
     Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (file.Get() < 0)
+    if (!file.IsOpen())
         return LastError();
-    std::error_code error = WriteAll(file.Get(), content);
+    std::error_code error = file.Write(content);
     if (!error)
-        error = WriteAll(file.Get(), more);
+        error = file.Write(more);
     const std::error_code closeError = file.Close();
     return error ? error : closeError;
 }
@@ -122,12 +76,12 @@ std::error_code AppendToFile(const std::string& path, std::string_view text)
 {
     constexpr mode_t ownerAlone = S_IRUSR | S_IWUSR;
     Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, ownerAlone));
-    if (file.Get() < 0)
+    if (!file.IsOpen())
         return LastError();
     struct stat status { };
-    if (fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
-        (void)fchmod(file.Get(), ownerAlone); // some disks know no rights
-    const std::error_code error = WriteAll(file.Get(), text);
+    if (fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+        (void)fchmod(file.Number(), ownerAlone); // some disks know no rights
+    const std::error_code error = file.Write(text);
     const std::error_code closeError = file.Close();
     return error ? error : closeError;
 }
@@ -149,21 +103,39 @@ std::error_code MoveFile(const std::string& from, const std::string& to)
 
 std::error_code CopyFile(const std::string& from, const std::string& to)
 {
-    // The copy gets its name only when it is whole and on the disk. Of the name that it has until then there may be
-    // what a killed program left behind.
-    const std::string beside = to.substr(0, to.rfind('/') + 1) + ".copy.part";
-    unlink(beside.c_str());
+    // The copy gets its name only when it is whole and on the disk.
+    UnnamedFile copy(DirectoryOf(to));
+    if (!copy.IsOpen())
+        return LastError();
     std::error_code error;
-    std::filesystem::copy_file(from, beside, error);
-    if (!error) {
-        const Descriptor copy(open(beside.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-        if (copy.Get() < 0 || (fsync(copy.Get()) != 0 && errno != EINVAL))
-            error = LastError();
+    std::filesystem::copy_file(from, copy.Path(), std::filesystem::copy_options::overwrite_existing, error);
+    if (!error)
+        error = copy.Finish();
+    return error ? error : copy.ReplaceName(to);
+}
+
+// Most file systems can do so in one step. Many others can give a file two names for a moment. On the rest an empty
+// file holds the place.
+std::error_code RenameUnlessTaken(const std::string& from, const std::string& to)
+{
+#if defined(RENAME_NOREPLACE)
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+        return {};
+    if (errno != EINVAL && errno != ENOSYS)
+        return LastError();
+#endif
+    if (link(from.c_str(), to.c_str()) == 0) {
+        (void)DeleteFile(from); // the file has its name, and that it has another one too does no harm
+        return {};
     }
-    if (!error && std::rename(beside.c_str(), to.c_str()) != 0)
-        error = LastError();
-    if (error)
-        unlink(beside.c_str());
+    if (errno == EEXIST)
+        return LastError();
+    if (!Descriptor(open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666)).IsOpen())
+        return LastError();
+    if (std::rename(from.c_str(), to.c_str()) == 0)
+        return {};
+    const std::error_code error = LastError();
+    (void)DeleteFile(to);
     return error;
 }
 
@@ -174,13 +146,25 @@ std::error_code MakeDirectory(const std::string& path)
 
 std::string_view BareName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
-std::string CurrentDirectory()
+std::string DirectoryOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
+std::string WithSeparator(std::string path)
 {
-    std::error_code error;
-    std::string path = std::filesystem::current_path(error).string();
     if (!path.ends_with('/'))
         path += '/';
     return path;
+}
+
+std::string CurrentDirectory()
+{
+    std::error_code error;
+    return WithSeparator(std::filesystem::current_path(error).string());
+}
+
+std::string ExecutableDirectory()
+{
+    std::error_code error;
+    return WithSeparator(std::filesystem::read_symlink("/proc/self/exe", error).parent_path().string());
 }
 
 std::optional<std::vector<std::string>> NamesIn(const std::string& directory, EntryKind kind)
@@ -206,7 +190,7 @@ SequentialInput::SequentialInput(const std::string& path)
     // Opening a pipe must not wait for its other end.
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status { };
-    if (file.Get() < 0 || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode)) {
         // A link that leads nowhere is there, too.
         whole = lstat(path.c_str(), &status) != 0 && errno == ENOENT;
         return;
@@ -216,14 +200,14 @@ SequentialInput::SequentialInput(const std::string& path)
     content.resize(static_cast<std::size_t>(status.st_size) + 1);
     std::size_t held = 0;
     ssize_t count = 0;
-    do {
-        if (held == content.size())
-            content.resize(2 * held);
-        count = read(file.Get(), content.data() + held, content.size() - held);
-        held += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-    } while (count > 0 || (count < 0 && errno == EINTR));
+    while ((count = file.Read(content.data() + held, content.size() - held)) > 0) {
+        held += static_cast<std::size_t>(count);
+        if (held < content.size())
+            break;
+        content.resize(2 * held);
+    }
     content.resize(held);
-    whole = count == 0;
+    whole = count >= 0;
 }
 
 std::string_view SequentialInput::ReadField()
@@ -261,50 +245,47 @@ void SequentialInput::EndField()
 }
 
 LockFile::LockFile(const std::string& path)
-    : descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666))
-    , ofAnotherUser(descriptor < 0 && errno == EACCES && FileExists(path))
-    , heldByAnother(descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
 {
-}
-
-LockFile::~LockFile()
-{
-    if (descriptor >= 0)
-        close(descriptor);
+    const auto tryToOpen = [&] {
+        file = Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
+        return file.IsOpen() || errno != EACCES;
+    };
+    struct stat status { };
+    // Whoever owns it can put right what its rights have become.
+    if (!tryToOpen() && lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        ofAnotherUser = status.st_uid != geteuid();
+        if (!ofAnotherUser && chmod(path.c_str(), S_IRUSR | S_IWUSR) == 0)
+            (void)tryToOpen();
+    }
+    heldByAnother = file.IsOpen() && flock(file.Number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
 // A byte 0 ends it: cutting the file to its length each time would cost the disk more than the note.
 void LockFile::SetNote(const std::string& path)
 {
-    (void)!pwrite(descriptor, path.c_str(), path.size() + 1, 0); // without it, something stays behind
+    (void)!pwrite(file.Number(), path.c_str(), path.size() + 1, 0); // without it, something stays behind
 }
 
 std::string LockFile::Note() const
 {
     std::string note(PATH_MAX, '\0');
-    const ssize_t count = pread(descriptor, note.data(), note.size(), 0);
+    const ssize_t count = pread(file.Number(), note.data(), note.size(), 0);
     note.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     note.resize(std::min(note.find('\0'), note.size()));
     return note;
 }
 
 RandomFile::RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength)
-    : descriptor(
+    : file(
         open(path.c_str(), O_CLOEXEC | O_NONBLOCK | (access == RandomAccess::Read ? O_RDONLY : O_RDWR | O_CREAT), 0666))
     , length(recordLength)
 {
 }
 
-RandomFile::~RandomFile()
-{
-    if (descriptor >= 0)
-        close(descriptor);
-}
-
 std::int64_t RandomFile::RecordCount() const
 {
     struct stat status { };
-    if (descriptor < 0 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode))
         return 0;
     return status.st_size / static_cast<std::int64_t>(length);
 }
@@ -313,13 +294,13 @@ bool RandomFile::Read(std::int64_t number, std::string& record) const
 {
     record.resize(length);
     const off_t offset = (number - 1) * static_cast<off_t>(length);
-    return descriptor >= 0 && number >= 1
-        && pread(descriptor, record.data(), length, offset) == static_cast<ssize_t>(length);
+    return file.IsOpen() && number >= 1
+        && pread(file.Number(), record.data(), length, offset) == static_cast<ssize_t>(length);
 }
 
 bool RandomFile::Write(std::int64_t number, std::string_view record)
 {
     const off_t offset = (number - 1) * static_cast<off_t>(length);
-    return descriptor >= 0 && number >= 1 && record.size() == length
-        && pwrite(descriptor, record.data(), length, offset) == static_cast<ssize_t>(length);
+    return file.IsOpen() && number >= 1 && record.size() == length
+        && pwrite(file.Number(), record.data(), length, offset) == static_cast<ssize_t>(length);
 }

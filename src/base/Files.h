@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Descriptor.h"
+
 #include <cstdint>
 #include <fstream>
 #include <optional>
@@ -35,6 +37,9 @@ bool SameFile(const std::string& one, const std::string& other);
 [[nodiscard]] std::error_code MoveFile(const std::string& from, const std::string& to);
 [[nodiscard]] std::error_code CopyFile(const std::string& from, const std::string& to);
 
+// Gives a file another name on the same disk: std::errc::file_exists if that is taken.
+[[nodiscard]] std::error_code RenameUnlessTaken(const std::string& from, const std::string& to);
+
 // std::errc::file_exists if there is something of that name, std::errc::no_such_file_or_directory if the path that
 // leads to it does not exist.
 [[nodiscard]] std::error_code MakeDirectory(const std::string& path);
@@ -42,8 +47,15 @@ bool SameFile(const std::string& one, const std::string& other);
 // What stands behind the last separator.
 std::string_view BareName(std::string_view path);
 
-// The current directory with a separator at its end.
+// What stands before that, the separator included.
+std::string DirectoryOf(const std::string& path);
+
+// With a separator at its end, one more if there is none.
+std::string WithSeparator(std::string path);
+
+// The current directory, and that of the program's file. A separator stands at their ends.
 std::string CurrentDirectory();
+std::string ExecutableDirectory();
 
 enum class EntryKind { Directory, File };
 
@@ -84,14 +96,11 @@ private:
 class LockFile {
 public:
     explicit LockFile(const std::string& path);
-    ~LockFile();
-    LockFile(const LockFile&) = delete;
-    LockFile& operator=(const LockFile&) = delete;
 
     // Where the file cannot be made, or the disk knows no locks, nobody is known to hold it.
     bool HeldByAnother() const { return heldByAnother; }
 
-    // The file is there and cannot be opened: whether anybody holds it cannot be told.
+    // The file is another user's and cannot be opened: whether anybody holds it cannot be told.
     bool OfAnotherUser() const { return ofAnotherUser; }
 
     // A path that the holder has in hand, "" for none. Whoever holds the mark after a process that died finds its note.
@@ -99,9 +108,9 @@ public:
     std::string Note() const;
 
 private:
-    int descriptor;
-    bool ofAnotherUser;
-    bool heldByAnother;
+    Descriptor file;
+    bool ofAnotherUser = false;
+    bool heldByAnother = false;
 };
 
 enum class RandomAccess { Read, ReadWrite };
@@ -110,11 +119,8 @@ enum class RandomAccess { Read, ReadWrite };
 class RandomFile {
 public:
     RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength);
-    ~RandomFile();
-    RandomFile(const RandomFile&) = delete;
-    RandomFile& operator=(const RandomFile&) = delete;
 
-    bool IsOpen() const { return descriptor >= 0; }
+    bool IsOpen() const { return file.IsOpen(); }
 
     // Whole records; what is left over at the end of a damaged file does not count.
     std::int64_t RecordCount() const;
@@ -126,6 +132,6 @@ public:
     [[nodiscard]] bool Write(std::int64_t number, std::string_view record);
 
 private:
-    int descriptor;
+    Descriptor file;
     std::size_t length;
 };

@@ -7,11 +7,6 @@
 
 namespace {
 
-char LowerCase(char character)
-{
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
 bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
 template <class Number> std::string Shortest(Number value)
@@ -22,12 +17,34 @@ template <class Number> std::string Shortest(Number value)
 
 }
 
-std::string_view Trim(std::string_view text)
+char LowerCase(char character)
 {
-    const std::size_t first = text.find_first_not_of(' ');
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+}
+
+bool SameText(std::string_view left, std::string_view right)
+{
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+        [](char one, char other) { return LowerCase(one) == LowerCase(other); });
+}
+
+std::string_view Trim(std::string_view text, std::string_view blanks)
+{
+    const std::size_t first = text.find_first_not_of(blanks);
     if (first == std::string_view::npos)
         return {};
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+std::vector<std::string> TrimmedParts(std::string_view text, char separator)
+{
+    std::vector<std::string> parts;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(separator), text.size());
+        parts.emplace_back(Trim(text.substr(0, end)));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return parts;
 }
 
 double Val(std::string_view text)

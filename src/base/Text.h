@@ -4,11 +4,22 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // What the logic does with texts and numbers. A text is a run of bytes; nothing here knows of characters.
 
-// The text without the blanks (only blanks) at its ends.
-std::string_view Trim(std::string_view text);
+// The letters A to Z in lower case, any other byte as it is.
+char LowerCase(char character);
+
+// True if two texts differ in nothing but ASCII case.
+bool SameText(std::string_view left, std::string_view right);
+
+// The text without these characters at its ends.
+std::string_view Trim(std::string_view text, std::string_view blanks = " ");
+
+// What stands between the separators, each part trimmed. An empty part counts, but for one behind a separator at the
+// very end.
+std::vector<std::string> TrimmedParts(std::string_view text, char separator);
 
 // The number with which a text begins, as a form's field is read: leading blanks are skipped, reading stops at the
 // first character that cannot belong to a decimal number in the C locale ("12.5abc" is 12.5, "-3" is -3, "1e3" is

@@ -25,6 +25,10 @@ public:
     // Those of them whose file had been there before, with the same content.
     const std::vector<std::string>& FoundNames() const { return foundNames; }
 
+    // How the names of the program's own files begin, some of which may not be there yet: no attachment takes such a
+    // name.
+    std::vector<std::string> ReservedNames;
+
 private:
     int status = 0;
     std::string imageFilename;

@@ -13,10 +13,6 @@ constexpr std::size_t longestFileName = 255;
 // at its ends; two or more of them inside become one. Bytes that are no valid UTF-8 are read as Windows-1252.
 std::string SafeFileName(std::string_view name);
 
-// False if a name holds a control, a blank of any kind, or a character that shows as nothing. Bytes that are no valid
-// UTF-8 are none of these.
-bool IsVisibleThroughout(std::string_view name);
-
 // The safe name as every file system takes it: the characters that some keep for themselves become "_", and it has at
 // most 120 bytes.
 std::string PortableFileName(std::string_view safeName);

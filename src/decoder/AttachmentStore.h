@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/UnnamedFile.h"
 #include "decoder/AttachmentSink.h"
 
 #include <string>
@@ -12,11 +13,9 @@
 // content is not stored again.
 class AttachmentStore final : public AttachmentSink {
 public:
-    // `storeDirectory` is empty or ends in a "/". The file `bodyFile` is no attachment, whatever its content.
-    AttachmentStore(std::string storeDirectory, std::string bodyFile);
-    ~AttachmentStore() override;
-    AttachmentStore(const AttachmentStore&) = delete;
-    AttachmentStore& operator=(const AttachmentStore&) = delete;
+    // Beside the file `bodyFile`, which is no attachment, whatever its content. A name that begins with a reserved one,
+    // in whatever case, gets a "_" before it.
+    AttachmentStore(std::string bodyFile, const std::vector<std::string>& reservedNames);
 
     // The bare names of the kept attachments, one for each Keep that succeeded.
     const std::vector<std::string>& Names() const { return names; }
@@ -30,23 +29,17 @@ public:
     void Drop() override;
 
 private:
-    bool OpenHiddenFile();
     bool TakeName(const std::string& safeName);
     std::size_t FreeNumber(const std::string& safeName) const;
     bool IsStoredAs(const std::string& path) const;
 
     std::string directory;
     std::string bodyPath;
+    const std::vector<std::string>& reservedNames;
     std::vector<std::string> names;
     std::vector<std::string> foundNames;
 
     std::string wantedName;
-    std::string hiddenPath; // empty while there is no hidden file
-    int hidden = -1; // locked, see flock(2), from its start
-    int holder = -1; // holds the lock when that is closed
+    UnnamedFile file;
     bool failed = false;
 };
-
-// Removes from a directory the hidden files of attachments that programs had in hand when they died: those that nobody
-// holds a lock on. Where the disk knows no locks they all stay.
-void RemoveRemains(const std::string& directory);

@@ -1,5 +1,6 @@
 #include "decoder/MimePart.h"
 
+#include "base/Text.h"
 #include "decoder/Base64.h"
 
 #include <algorithm>
@@ -33,27 +34,7 @@ namespace {
 constexpr std::size_t longestHeader = 16 * 1024; // of one field; what goes beyond is passed over
 constexpr std::size_t mostPieces = 64; // of a name that is cut into pieces
 
-char LowerCase(char character)
-{
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
-bool SameText(std::string_view left, std::string_view right)
-{
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-        [](char one, char other) { return LowerCase(one) == LowerCase(other); });
-}
-
-bool IsBlank(char character) { return character == ' ' || character == '\t'; }
-
-std::string_view Trimmed(std::string_view text)
-{
-    while (!text.empty() && IsBlank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && IsBlank(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
+constexpr std::string_view blanks = " \t";
 
 // The length of the field name in "Content-Type: text/plain", 0 if this is no header line.
 std::size_t FieldNameLength(std::string_view line)
@@ -104,7 +85,7 @@ std::string DecodeEncodedWords(std::string_view text)
             bytes += text;
             break;
         }
-        if (!afterWord || !Trimmed(plain).empty())
+        if (!afterWord || !Trim(plain, blanks).empty())
             bytes += plain;
         const std::string_view encoded = rest.substr(3, wordEnd - 3);
         if (LowerCase(rest[1]) == 'b') {
@@ -134,15 +115,15 @@ std::optional<Parameter> TakeParameter(std::string_view& text)
         return std::nullopt;
     text.remove_prefix(separator + 1);
     const std::size_t nameEnd = std::min(text.find_first_of("=;"), text.size());
-    Parameter parameter{Trimmed(text.substr(0, nameEnd)), {}};
+    Parameter parameter{Trim(text.substr(0, nameEnd), blanks), {}};
     text.remove_prefix(nameEnd);
     if (!text.starts_with('='))
         return parameter;
     text.remove_prefix(1);
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
     if (!text.starts_with('"')) {
         const std::size_t valueEnd = std::min(text.find(';'), text.size());
-        parameter.value = Trimmed(text.substr(0, valueEnd));
+        parameter.value = Trim(text.substr(0, valueEnd), blanks);
         text.remove_prefix(valueEnd);
         return parameter;
     }
@@ -229,7 +210,7 @@ MimePart ReadMimePart(LineReader& lines, const MimeBoundaries& boundaries)
     HeaderField field;
     const auto takeField = [&] {
         if (const auto encoding = field.ValueOf("Content-Transfer-Encoding"))
-            part.isBase64 = SameText(Trimmed(encoding->substr(0, encoding->find(';'))), "base64");
+            part.isBase64 = SameText(Trim(encoding->substr(0, encoding->find(';')), blanks), "base64");
         if (const auto disposition = field.ValueOf("Content-Disposition"))
             part.name = FileNameIn(*disposition, "filename");
         if (const auto type = field.ValueOf("Content-Type"))
@@ -243,7 +224,7 @@ MimePart ReadMimePart(LineReader& lines, const MimeBoundaries& boundaries)
         }
         if (boundaries.EndsPart(line))
             break;
-        if (!lines.IsWhole() || IsBlank(line.front())) {
+        if (!lines.IsWhole() || blanks.find(line.front()) != std::string_view::npos) {
             field.Continue(line);
         } else if (FieldNameLength(line) != 0) {
             takeField();

@@ -1,5 +1,6 @@
 #include "diagnostics/ContextIDs.h"
 
+#include "base/Files.h"
 #include "diagnostics/frmHelp.h"
 
 #include <algorithm>
@@ -20,7 +21,7 @@ ContextIDs::~ContextIDs() { Form::HelpKey = nullptr; }
 
 void ContextIDs::HelpInit(const std::string& directory)
 {
-    HelpFile = directory + (directory.ends_with('/') ? "" : "/") + "Tamarack.hlp";
+    HelpFile = WithSeparator(directory) + helpFileName;
     Form::HelpKey = [this](int topic) {
         if (topic != 0)
             HelpContext(topic);

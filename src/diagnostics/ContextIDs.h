@@ -12,6 +12,8 @@ struct frmHelp;
 // The program's help: a window of its own on the help file. Topics are known by number.
 class ContextIDs {
 public:
+    static constexpr const char* helpFileName = "Tamarack.hlp";
+
     explicit ContextIDs(Desktop& desktop);
     ~ContextIDs();
 

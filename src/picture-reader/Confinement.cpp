@@ -1,5 +1,6 @@
 #include "picture-reader/Confinement.h"
 
+#include "base/Descriptor.h"
 #include "picture-reader/Protocol.h"
 
 #include <cerrno>
@@ -33,31 +34,11 @@ bool SetLimit(int resource, rlim_t most)
     return setrlimit(static_cast<__rlimit_resource>(resource), &limit) == 0;
 }
 
-class Descriptor {
-public:
-    explicit Descriptor(long opened)
-        : number(static_cast<int>(opened))
-    {
-    }
-    ~Descriptor()
-    {
-        if (number >= 0)
-            close(number);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Number() const { return number; }
-
-private:
-    int number;
-};
-
 // A place that does not exist needs no permission.
 bool PermitReading(const Descriptor& rules, const char* path)
 {
     const Descriptor place(open(path, O_PATH | O_CLOEXEC));
-    if (place.Number() < 0)
+    if (!place.IsOpen())
         return true;
     landlock_path_beneath_attr beneath{};
     beneath.allowed_access = LANDLOCK_ACCESS_FS_READ_FILE;
@@ -97,8 +78,8 @@ bool ConfineToFonts()
     constexpr std::uint64_t everyAccess = (LANDLOCK_ACCESS_FS_MAKE_SYM << 1) - 1;
     landlock_ruleset_attr handled{};
     handled.handled_access_fs = everyAccess;
-    const Descriptor rules(syscall(SYS_landlock_create_ruleset, &handled, sizeof handled, 0));
-    if (rules.Number() < 0)
+    const Descriptor rules(static_cast<int>(syscall(SYS_landlock_create_ruleset, &handled, sizeof handled, 0)));
+    if (!rules.IsOpen())
         return false;
     FcStrList* const directories = FcConfigGetFontDirs(nullptr);
     bool permitted = directories != nullptr;

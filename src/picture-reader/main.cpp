@@ -4,6 +4,7 @@
 // one. So all of them run here, where they may die or be killed without harm to anybody, and have no rights that would
 // be worth having. With "fonts" it reads metafiles and nothing else, without it all the other formats.
 
+#include "base/Descriptor.h"
 #include "picture-reader/Confinement.h"
 #include "picture-reader/MetafilePainting.h"
 #include "picture-reader/Protocol.h"
@@ -38,8 +39,8 @@ Pixels MapPixels()
     return place == MAP_FAILED ? Pixels{} : Pixels{static_cast<uchar*>(place), length};
 }
 
-// Gives the descriptor that came with the request, -1 if there was no request.
-int Receive(PictureRequest& request)
+// Gives the descriptor that came with the request, none if there was no request.
+Descriptor Receive(PictureRequest& request)
 {
     iovec part{&request, sizeof request};
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))];
@@ -49,13 +50,13 @@ int Receive(PictureRequest& request)
     message.msg_control = control;
     message.msg_controllen = sizeof control;
     if (recvmsg(requestDescriptor, &message, MSG_CMSG_CLOEXEC) != sizeof request)
-        return -1;
+        return {};
     const cmsghdr* const header = CMSG_FIRSTHDR(&message);
     if (header == nullptr || header->cmsg_type != SCM_RIGHTS || header->cmsg_len != CMSG_LEN(sizeof(int)))
-        return -1;
+        return {};
     int descriptor = -1;
     std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
-    return descriptor;
+    return Descriptor(descriptor);
 }
 
 PictureAnswer Read(const PictureRequest& request, int descriptor, bool metafiles, const Pixels& room)
@@ -102,12 +103,8 @@ int main(int argc, char** argv)
     pollfd waiting{requestDescriptor, POLLIN, 0};
     while (poll(&waiting, 1, idleMilliseconds) > 0) {
         PictureRequest request{};
-        const int descriptor = Receive(request);
-        if (descriptor < 0)
-            break;
-        const PictureAnswer answer = Read(request, descriptor, metafiles, room);
-        close(descriptor);
-        if (!Send(answer))
+        const Descriptor file = Receive(request);
+        if (!file.IsOpen() || !Send(Read(request, file.Number(), metafiles, room)))
             break;
     }
     // Libraries that have read pictures have nothing left to say.

@@ -169,13 +169,11 @@ void SlideShow::Timer1_Timer()
     }
     form->StatusBar1.Panels(panePanel).SetText("Pane: " + std::to_string(NextPane));
     const std::string name = form->lstFiles.List(ImageNumber - 1);
-    CurrentFile = form->Dir1.Path();
-    if (!CurrentFile.ends_with('/'))
-        CurrentFile += '/';
-    CurrentFile += name;
+    CurrentFile = WithSeparator(form->Dir1.Path()) + name;
     // A file that is no picture leaves the pane to the next one. Where it takes long, so does one that the user has not
-    // waited for: another was double-clicked, or the window closed.
-    if (!form->Picture1.Load(CurrentFile))
+    // waited for: the show was stopped, another file double-clicked, or the window closed.
+    const std::int32_t number = ImageNumber;
+    if (!form->Picture1.Load(CurrentFile) || ImageNumber != number)
         return;
     const Picture& picture = form->Picture1.Picture();
     ImageControl& image = form->PreviewImage[NextPane];

@@ -45,11 +45,6 @@ private:
     }
 };
 
-std::string WithName(const std::string& directory, const std::string& name)
-{
-    return directory.ends_with('/') ? directory + name : directory + '/' + name;
-}
-
 std::string Cleaned(const std::string& path)
 {
     std::error_code error;
@@ -146,13 +141,13 @@ bool DirectoryList::SetPath(const std::string& newPath)
     };
     std::string above;
     for (const std::filesystem::path& step : std::filesystem::path(opened)) {
-        above = above.empty() ? step.native() : WithName(above, step.native());
+        above = above.empty() ? step.native() : WithSeparator(above) + step.native();
         add(step.native(), above, true);
         ++depth;
     }
     view.setCurrentRow(view.count() - 1);
     for (const std::string& name : *names)
-        add(name, WithName(opened, name), false);
+        add(name, WithSeparator(opened) + name, false);
     // The directories inside come into sight, and the open one stays there.
     view.scrollToItem(view.currentItem(), QAbstractItemView::PositionAtCenter);
     if (another)

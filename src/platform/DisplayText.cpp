@@ -1,17 +1,12 @@
 #include "platform/DisplayText.h"
 
+#include "base/Characters.h"
+
 #include <QStringDecoder>
 #include <QTextDocument>
 #include <algorithm>
-#include <array>
 
 namespace {
-
-// Windows-1252 differs from Latin-1 only in 0x80 to 0x9F. The five positions that it leaves free show the
-// replacement character.
-constexpr std::array<char16_t, 32> windows1252HighControls{0x20AC, 0xFFFD, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020,
-    0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0xFFFD, 0x017D, 0xFFFD, 0xFFFD, 0x2018, 0x2019, 0x201C, 0x201D,
-    0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0xFFFD, 0x017E, 0x0178};
 
 // Cannot be seen, or turns round what stands beside it.
 bool IsMark(char16_t character)
@@ -35,10 +30,11 @@ QString ToDisplay(std::string_view bytes)
     QString text = decoder(QByteArrayView(bytes.data(), size));
     if (!decoder.hasError())
         return text;
-    text = QString::fromLatin1(bytes.data(), size);
-    for (QChar& character : text) {
-        if (character.unicode() >= 0x80 && character.unicode() < 0xA0)
-            character = windows1252HighControls[character.unicode() - 0x80U];
+    text.clear();
+    text.reserve(size);
+    for (const char byte : bytes) {
+        const auto character = static_cast<char16_t>(FromWindows1252(byte));
+        text += character == 0 && byte != 0 ? QChar(QChar::ReplacementCharacter) : QChar(character);
     }
     return text;
 }

@@ -1,5 +1,6 @@
 #include "platform/Picture.h"
 
+#include "base/Descriptor.h"
 #include "platform/PictureHelper.h"
 
 #include <QGuiApplication>
@@ -46,15 +47,14 @@ Picture::Picture(QImage pixels, const QSize& size)
 
 Picture Picture::FromFile(const std::string& path)
 {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0)
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.IsOpen())
         return {};
     std::optional<HelpersPicture> read;
-    if (const PictureFormat format = FormatOfFile(descriptor); format != PictureFormat::None) {
+    if (const PictureFormat format = FormatOfFile(file.Number()); format != PictureFormat::None) {
         const QSize most = MostUseful();
-        read = ReadInHelper(
-            descriptor, {format, static_cast<std::uint32_t>(most.width()), static_cast<std::uint32_t>(most.height())});
+        read = ReadInHelper(file.Number(),
+            {format, static_cast<std::uint32_t>(most.width()), static_cast<std::uint32_t>(most.height())});
     }
-    close(descriptor);
     return read ? Picture(std::move(read->pixels), read->size) : Picture();
 }

@@ -1,5 +1,6 @@
 #include "platform/PictureHelper.h"
 
+#include "base/Files.h"
 #include "platform/Events.h"
 
 #include <QCoreApplication>
@@ -14,7 +15,6 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
 #include <memory>
 #include <poll.h>
 #include <spawn.h>
@@ -43,12 +43,10 @@ constexpr int mostWaits = 4;
 // Where an installation keeps what is not for its users, or beside the program. A download may come to lie beside it.
 std::string HelperProgram()
 {
-    std::error_code error;
-    const std::filesystem::path directory = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
     for (const char* place : {"../libexec/tamarack/tamarack-picture", "tamarack-picture"}) {
-        const std::filesystem::path program = directory / place;
+        const std::string program = ExecutableDirectory() + place;
         if (access(program.c_str(), X_OK) == 0)
-            return program.string();
+            return program;
     }
     return {};
 }
@@ -70,21 +68,21 @@ public:
         : forMetafiles(newForMetafiles)
         , room(newRoom)
     {
-        memory = memfd_create("tamarack-picture", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+        memory = Descriptor(memfd_create("tamarack-picture", MFD_CLOEXEC | MFD_ALLOW_SEALING));
         // Nobody can take away the end of it while it is read here.
-        if (memory < 0 || ftruncate(memory, static_cast<off_t>(room)) != 0
-            || fcntl(memory, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) != 0)
+        if (!memory.IsOpen() || ftruncate(memory.Number(), static_cast<off_t>(room)) != 0
+            || fcntl(memory.Number(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) != 0)
             return;
-        void* const place = mmap(nullptr, room, PROT_READ, MAP_SHARED, memory, 0);
+        void* const place = mmap(nullptr, room, PROT_READ, MAP_SHARED, memory.Number(), 0);
         if (place == MAP_FAILED)
             return;
         pixels = static_cast<const uchar*>(place);
         int ends[2];
         if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
             return;
-        socket = ends[0];
-        Start(ends[1]);
-        close(ends[1]);
+        socket = Descriptor(ends[0]);
+        const Descriptor itsEnd(ends[1]);
+        Start(itsEnd);
     }
     ~Helper()
     {
@@ -95,18 +93,12 @@ public:
         }
         if (pixels != nullptr)
             munmap(const_cast<uchar*>(pixels), room);
-        for (const int descriptor : {socket, memory}) {
-            if (descriptor >= 0)
-                close(descriptor);
-        }
     }
-    Helper(const Helper&) = delete;
-    Helper& operator=(const Helper&) = delete;
 
     bool Serves(bool metafiles, std::size_t bytes) const { return forMetafiles == metafiles && room >= bytes; }
 
     // One that has nothing to do says nothing: it has ended, or has been led astray.
-    bool IsIdle() const { return !IsReadable(socket, 0s); }
+    bool IsIdle() const { return !IsReadable(socket.Number(), 0s); }
 
     bool HasStarted()
     {
@@ -140,14 +132,14 @@ private:
     {
         static int waits = 0;
         const Clock::time_point deadline = Clock::now() + time;
-        if (IsReadable(socket, std::min<std::chrono::milliseconds>(time, withoutEvents)))
+        if (IsReadable(socket.Number(), std::min<std::chrono::milliseconds>(time, withoutEvents)))
             return true;
         if (waits >= mostWaits)
-            return IsReadable(socket, deadline - Clock::now());
+            return IsReadable(socket.Number(), deadline - Clock::now());
         ++waits;
         bool answered = false;
         bool late = false;
-        QSocketNotifier message(socket, QSocketNotifier::Read);
+        QSocketNotifier message(socket.Number(), QSocketNotifier::Read);
         QObject::connect(&message, &QSocketNotifier::activated, &message, [&] {
             message.setEnabled(false);
             answered = !late;
@@ -168,7 +160,7 @@ private:
         return answered;
     }
 
-    void Start(int itsEnd)
+    void Start(const Descriptor& itsEnd)
     {
         std::string program = HelperProgram();
         std::string fonts = "fonts";
@@ -176,8 +168,8 @@ private:
         char* const environment[] = {nullptr};
         posix_spawn_file_actions_t files;
         posix_spawn_file_actions_init(&files);
-        posix_spawn_file_actions_adddup2(&files, itsEnd, requestDescriptor);
-        posix_spawn_file_actions_adddup2(&files, memory, pixelDescriptor);
+        posix_spawn_file_actions_adddup2(&files, itsEnd.Number(), requestDescriptor);
+        posix_spawn_file_actions_adddup2(&files, memory.Number(), pixelDescriptor);
         for (const int output : {STDOUT_FILENO, STDERR_FILENO})
             posix_spawn_file_actions_addopen(&files, output, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addclosefrom_np(&files, pixelDescriptor + 1);
@@ -202,18 +194,18 @@ private:
         header->cmsg_type = SCM_RIGHTS;
         header->cmsg_len = CMSG_LEN(sizeof file);
         std::memcpy(CMSG_DATA(header), &file, sizeof file);
-        return sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT) == sizeof request;
+        return sendmsg(socket.Number(), &message, MSG_NOSIGNAL | MSG_DONTWAIT) == sizeof request;
     }
 
     bool Receive(PictureAnswer& answer) const
     {
-        return recv(socket, &answer, sizeof answer, MSG_DONTWAIT | MSG_TRUNC) == sizeof answer;
+        return recv(socket.Number(), &answer, sizeof answer, MSG_DONTWAIT | MSG_TRUNC) == sizeof answer;
     }
 
     const bool forMetafiles;
     const std::size_t room;
-    int memory = -1;
-    int socket = -1;
+    Descriptor memory;
+    Descriptor socket;
     pid_t process = -1;
     bool isNew = true;
     const uchar* pixels = nullptr;

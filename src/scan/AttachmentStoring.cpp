@@ -1,8 +1,9 @@
 #include "scan/AttachmentStoring.h"
 
+#include "base/Characters.h"
 #include "base/Text.h"
+#include "base/UnnamedFile.h"
 #include "decoder/AttachmentName.h"
-#include "decoder/AttachmentStore.h"
 #include "platform/Events.h"
 #include "platform/Screen.h"
 
@@ -59,7 +60,10 @@ void AttachmentStoring::Begin()
     TotalCount = 0;
     RemoveRemains(MainForm.txtSelectDir.Text());
     if (const std::string left = lock.Note(); IsBodyName(BareName(left))) {
-        RemoveRemains(left.substr(0, left.rfind('/') + 1));
+        const std::string directory = DirectoryOf(left);
+        RemoveRemains(directory);
+        for (const std::string& group : NamesIn(directory, EntryKind::Directory).value_or(std::vector<std::string>()))
+            RemoveRemains(directory + group);
         (void)DeleteFile(left);
         lock.SetNote("");
     }
@@ -125,11 +129,9 @@ void AttachmentStoring::MoveToItsPlace()
     if (MainForm.chkGroupSubDir.Value() != 1 || !CanBeDirectoryName(Session.CurrentGroup))
         return;
     const std::string groupDirectory = destination + Session.CurrentGroup + "/";
-    // An attachment of the group's own name stands where the directory is to be.
-    const std::string aside = destination + ".attachment.part";
-    const bool inTheWay = IsNew(Session.CurrentGroup) && !MoveFile(destination + Session.CurrentGroup, aside);
+    const std::string aside = IsNew(Session.CurrentGroup) ? MoveAside(Session.CurrentGroup) : std::string();
     const bool made = MakeGroupDirectory(groupDirectory);
-    if (inTheWay && (!made || MoveFile(aside, groupDirectory + Session.CurrentGroup)))
+    if (!aside.empty() && (!made || MoveFile(aside, groupDirectory + Session.CurrentGroup)))
         (void)MoveFile(aside, destination + Session.CurrentGroup);
     if (!made)
         return;
@@ -137,6 +139,19 @@ void AttachmentStoring::MoveToItsPlace()
     for (const std::string& stored : MainForm.UU.StoredNames())
         (void)(IsNew(stored) ? MoveFile : CopyFile)(destination + stored, groupDirectory + stored);
     imageFile = groupDirectory + name;
+}
+
+// An attachment of the group's own name stands where the directory is to be. The name that it has for a moment is one
+// that it can keep, should the program be killed. "" if there is none.
+std::string AttachmentStoring::MoveAside(const std::string& name) const
+{
+    constexpr std::size_t mostTries = 1000;
+    for (std::size_t number = 2; number < mostTries; ++number) {
+        std::string aside = destination + NumberedFileName(name, number);
+        if (!RenameUnlessTaken(destination + name, aside))
+            return aside;
+    }
+    return {};
 }
 
 // Did this decode make the file?

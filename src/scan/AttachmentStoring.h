@@ -47,6 +47,7 @@ private:
     void Decode(const ArticleInHand& article, const std::string& body);
     void MoveToItsPlace();
     void DeleteTemporaryFile();
+    std::string MoveAside(const std::string& name) const;
     bool IsNew(const std::string& name) const;
     bool MakeGroupDirectory(const std::string& directory) const;
     void Show();

@@ -1,5 +1,6 @@
 #include "shell/Destination.h"
 
+#include "base/Files.h"
 #include "forms/DirectoryWalk.h"
 #include "shell/frmSelectDrive.h"
 
@@ -23,9 +24,6 @@ void Destination::cmdSelectDir_Click()
 
 void Destination::CmdExit_Click(frmSelectDrive& form)
 {
-    std::string path = form.Dir1.List(form.Dir1.ListIndex());
-    if (!path.ends_with('/'))
-        path += '/';
-    MainForm.txtSelectDir.SetText(path);
+    MainForm.txtSelectDir.SetText(WithSeparator(form.Dir1.List(form.Dir1.ListIndex())));
     form.SetVisible(false);
 }

@@ -1,5 +1,6 @@
 #include "shell/Program.h"
 
+#include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
 #include "shell/frmBanner.h"
 
@@ -41,6 +42,8 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
 {
     Session.AppDir = places.appDir;
     store.OwnDirectories = places.Directories();
+    MainForm.UU.ReservedNames
+        = {ServerFiles::groupPrefix, ServerFiles::selectedPrefix, ServerFiles::pointerPrefix, ContextIDs::helpFileName};
     MainForm.Unload = [this] { Form_Unload(); };
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };

@@ -1,5 +1,6 @@
 #include "shell/ProgramPlaces.h"
 
+#include "base/Files.h"
 #include "platform/Settings.h"
 
 #include <cstdlib>
@@ -20,36 +21,32 @@ fs::path UserDataDirectory()
     return fs::path(home != nullptr && *home == '/' ? home : "/") / ".local" / "share";
 }
 
-fs::path ExecutableDirectory()
-{
-    std::error_code error;
-    return fs::read_symlink("/proc/self/exe", error).parent_path();
-}
-
-bool IsInstallation(const fs::path& directory) { return directory.filename() == "bin"; }
+bool IsInstallation(std::string_view executables) { return executables.ends_with("/bin/"); }
 
 }
 
 ProgramPlaces ProgramPlaces::OfUser()
 {
-    fs::path directory = ExecutableDirectory();
+    std::string directory = ExecutableDirectory();
     if (IsInstallation(directory) || access(directory.c_str(), W_OK) != 0) {
-        directory = UserDataDirectory() / "Tamarack";
+        directory = UserDataDirectory() / "Tamarack" / "";
         std::error_code error;
         fs::create_directories(directory, error);
     }
-    return {directory.string() + '/', Settings::UserFileName()};
+    return {directory, Settings::UserFileName()};
 }
 
 std::vector<std::string> ProgramPlaces::Directories() const
 {
-    const fs::path executables = ExecutableDirectory();
-    return {appDir, fs::path(settingsFile).parent_path().string(), resources, resources + "help", executables.string(),
-        (executables.parent_path() / "libexec" / "tamarack").string()};
+    const std::string executables = ExecutableDirectory();
+    return {appDir, DirectoryOf(settingsFile), resources, resources + "help", executables,
+        executables + "../libexec/tamarack"};
 }
 
 std::string ProgramPlaces::OfResources()
 {
-    const fs::path directory = ExecutableDirectory();
-    return (IsInstallation(directory) ? directory.parent_path() / "share" / "tamarack" : directory).string() + '/';
+    const std::string directory = ExecutableDirectory();
+    if (!IsInstallation(directory))
+        return directory;
+    return fs::path(directory).parent_path().parent_path() / "share" / "tamarack" / "";
 }

@@ -107,11 +107,19 @@ TEST(Files, ALockOfAnotherUserIsNotTaken)
     fs::permissions(path, fs::perms::none);
     fs::permissions(folder.Path(), fs::perms::all);
     // Root opens anything, so that somebody else has to try.
-    const auto trial = [&path] {
+    const auto trial = [&] {
         if (geteuid() == 0 && setuid(65534) != 0)
             std::_Exit(2);
         const LockFile lock(path);
-        std::_Exit(lock.OfAnotherUser() && !lock.HeldByAnother() ? 0 : 1);
+        const std::string own = folder.File("own");
+        MakeFile(own, "");
+        fs::permissions(own, fs::perms::none);
+        const LockFile first(own);
+        const LockFile second(own);
+        std::_Exit(lock.OfAnotherUser() && !lock.HeldByAnother() && !first.OfAnotherUser() && !first.HeldByAnother()
+                    && second.HeldByAnother()
+                ? 0
+                : 1);
     };
     EXPECT_EXIT(trial(), testing::ExitedWithCode(0), "");
     EXPECT_FALSE(LockFile(folder.File("mine")).OfAnotherUser());

@@ -78,7 +78,8 @@ TEST_F(StoredFilesTest, DisksThatKnowNoLinks)
 
 TEST_F(StoredFilesTest, WhatIsInHandIsHeld)
 {
-    AttachmentStore store(folder.Path(), folder.File(bodyName));
+    const std::vector<std::string> noNames;
+    AttachmentStore store(folder.File(bodyName), noNames);
     for (const char* const content : {"one", "two"}) {
         store.Open("red.jpg");
         store.Write(content);

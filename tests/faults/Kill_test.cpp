@@ -162,6 +162,7 @@ TEST_F(KilledProgramTest, WhatItHadInHandGoesAtTheNextSearch)
     // holds stays, though no process of that number lives here, and so does what is the user's.
     MakeFile(destination + ".attachment-" + process + "-0.part", "half");
     MakeFile(destination + ".attachment-" + std::to_string(getppid()) + "-0.part", "half");
+    MakeFile(destination + "alt.kites/.attachment-" + process + "-0.part", "half a copy");
     const std::string held = ".attachment-" + process + "-1.part";
     MakeFile(destination + held, "half");
     const int holder = open((destination + held).c_str(), O_WRONLY | O_CLOEXEC);

@@ -186,6 +186,19 @@ TEST_F(SlideShowTest, ASlowPictureGivesWay)
     EXPECT_TRUE(IsVisible("frmSlideShow"));
     EXPECT_FALSE(ShowsPicture(0));
     EXPECT_EQ(Image(), "Total: 3");
+
+    // One that comes in the end, but after a stop.
+    QImage(7500, 7500, QImage::Format_Mono).save((destination + "p1.jpg").c_str(), "png");
+    bool stopped = false;
+    QTimer::singleShot(60, [&] {
+        Click(Button(1));
+        stopped = true;
+    });
+    DoubleClickRow("lstFiles", 0);
+    EXPECT_TRUE(stopped);
+    EXPECT_FALSE(ShowsPicture(0));
+    DoubleClickRow("lstFiles", 0);
+    EXPECT_TRUE(ShowsPicture(0));
 }
 
 TEST_F(SlideShowTest, ThePaneWithTheFocusHasOneEdge)

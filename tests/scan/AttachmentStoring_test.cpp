@@ -97,7 +97,9 @@ TEST_F(AttachmentStoringTest, TheProgramsOwnDirectoriesAreNoGroups)
     MakeFile(ProgramFile("help/find-a-server.html"), "help");
     MakeFile(ProgramFile("debug.log"), "log");
     SampleServer server({GroupOf("program", 1, {Uuencode("red", "debug.log")}),
-        GroupOf("help", 1, {Uuencode("red", "find-a-server.html"), Uuencode("red", "debug.log")})});
+        GroupOf("help", 1,
+            {Uuencode("red", "find-a-server.html"), Uuencode("red", "debug.log"), Uuencode("red", "TAMARACK.HLP"),
+                Uuencode("red", "@!!#.another.server")})});
     for (const auto& [group, place] : {std::pair("program", folder.Path()), {"help", ProgramFile("")}}) {
         SCOPED_TRACE(group);
         settings.SaveSetting("Startup", "1", place);
@@ -109,6 +111,9 @@ TEST_F(AttachmentStoringTest, TheProgramsOwnDirectoriesAreNoGroups)
     EXPECT_EQ(ContentOf(folder.File("debug.log")), "red");
     EXPECT_EQ(ContentOf(ProgramFile("find-a-server.html")), "red");
     EXPECT_EQ(ContentOf(ProgramFile("debug (2).log")), "red");
+    // Nor does a download take the place of a file that the program does not have yet.
+    EXPECT_EQ(ContentOf(ProgramFile("_TAMARACK.HLP")), "red");
+    EXPECT_EQ(ContentOf(ProgramFile("_@!!#.another.server")), "red");
 }
 
 TEST_F(AttachmentStoringTest, DestinationIsReadForEachArticle)
