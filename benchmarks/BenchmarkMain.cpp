@@ -1,5 +1,5 @@
 #include "platform/Application.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QApplication>
 

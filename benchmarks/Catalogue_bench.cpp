@@ -4,10 +4,10 @@
 #include "catalogue/GroupFilters.h"
 #include "catalogue/GroupStore.h"
 #include "catalogue/Picking.h"
+#include "demo/sample/SampleServer.h"
 #include "platform/Events.h"
-#include "sample/SampleServer.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/Screen.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QAbstractItemView>
 #include <QElapsedTimer>

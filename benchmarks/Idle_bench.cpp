@@ -1,6 +1,6 @@
 #include "benchmarks/ProgramInFolder.h"
-#include "sample/Loopback.h"
-#include "support/Screen.h"
+#include "demo/sample/Loopback.h"
+#include "tests/support/Screen.h"
 
 #include <QTimer>
 

@@ -1,6 +1,6 @@
 #include "benchmarks/ProgramInFolder.h"
 #include "benchmarks/ServerProcess.h"
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>

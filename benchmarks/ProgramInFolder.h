@@ -1,7 +1,7 @@
 #pragma once
 
 #include "shell/Program.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <chrono>
 #include <string>

@@ -1,9 +1,9 @@
 #include "benchmarks/BareClient.h"
 #include "benchmarks/SideBySide.h"
 #include "catalogue/GroupStore.h"
+#include "demo/sample/Loopback.h"
 #include "platform/Events.h"
-#include "sample/Loopback.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>

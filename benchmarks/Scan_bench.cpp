@@ -2,8 +2,8 @@
 #include "benchmarks/ProgramInFolder.h"
 #include "benchmarks/ServerProcess.h"
 #include "benchmarks/SideBySide.h"
-#include "real-server/InterNetNews.h"
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
+#include "tests/real-server/InterNetNews.h"
 
 #include <csignal>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "benchmarks/ServerProcess.h"
 
-#include "sample/SampleServer.h"
+#include "demo/sample/SampleServer.h"
 
 #include <csignal>
 #include <sys/prctl.h>

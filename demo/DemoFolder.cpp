@@ -1,7 +1,7 @@
 #include "DemoFolder.h"
 
 #include "platform/Settings.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QFile>
 #include <QStandardPaths>

@@ -1,7 +1,7 @@
 #include "UnattendedSearch.h"
 
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/Screen.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cstdio>

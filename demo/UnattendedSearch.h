@@ -2,7 +2,7 @@
 
 #include "DemoFolder.h"
 #include "UnattendedDesktop.h"
-#include "sample/SampleArticles.h"
+#include "demo/sample/SampleArticles.h"
 
 #include <string>
 

@@ -1,12 +1,12 @@
 #include "DemoFolder.h"
 #include "UnattendedDesktop.h"
 #include "UnattendedSearch.h"
+#include "demo/sample/SampleArticles.h"
+#include "demo/sample/SampleServer.h"
 #include "platform/Application.h"
 #include "platform/Desktop.h"
-#include "sample/SampleArticles.h"
-#include "sample/SampleServer.h"
 #include "shell/Program.h"
-#include "support/Screen.h"
+#include "tests/support/Screen.h"
 
 #include <QLineEdit>
 

@@ -1,6 +1,6 @@
 #include "CameToSomething.h"
 #include "decoder/AttachmentDecoder.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdint>
 #include <cstdlib>

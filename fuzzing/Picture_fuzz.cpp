@@ -2,7 +2,7 @@
 #include "OffscreenApplication.h"
 #include "picture-reader/Reading.h"
 #include "platform/Picture.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdint>
 #include <cstdlib>

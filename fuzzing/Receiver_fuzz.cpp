@@ -1,7 +1,7 @@
 #include "CameToSomething.h"
 #include "OffscreenApplication.h"
+#include "demo/sample/ShortPort.h"
 #include "platform/Events.h"
-#include "sample/ShortPort.h"
 #include "session/NewsSession.h"
 
 #include <QTcpServer>

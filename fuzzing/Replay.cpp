@@ -1,5 +1,5 @@
 #include "CameToSomething.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,6 +1,6 @@
-#include "sample/Loopback.h"
+#include "demo/sample/Loopback.h"
 
-#include "sample/ShortPort.h"
+#include "demo/sample/ShortPort.h"
 
 #include <netinet/in.h>
 #include <sys/socket.h>

@@ -1,6 +1,6 @@
 #include "base/Files.h"
 #include "platform/Settings.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "picture-reader/Confinement.h"
 
 #include "picture-reader/Protocol.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cerrno>
 #include <csignal>

@@ -10,7 +10,7 @@
 #include "platform/Stepper.h"
 #include "platform/TabStrip.h"
 #include "platform/Timer.h"
-#include "support/Screen.h"
+#include "tests/support/Screen.h"
 
 #include <gtest/gtest.h>
 

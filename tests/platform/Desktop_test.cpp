@@ -1,6 +1,6 @@
 #include "platform/Desktop.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/Screen.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QByteArray>
 #include <QCoreApplication>

@@ -2,10 +2,10 @@
 
 #include "platform/Form.h"
 #include "platform/ImageControl.h"
-#include "support/HostilePictures.h"
-#include "support/ResidentMemory.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/HostilePictures.h"
+#include "tests/support/ResidentMemory.h"
+#include "tests/support/Screen.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QBuffer>
 #include <QImage>

@@ -1,6 +1,6 @@
-#include "real-server/CommandLog.h"
+#include "tests/real-server/CommandLog.h"
 
-#include "sample/Loopback.h"
+#include "demo/sample/Loopback.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
-#include "real-server/InterNetNews.h"
+#include "tests/real-server/InterNetNews.h"
 
-#include "sample/ShortPort.h"
+#include "demo/sample/ShortPort.h"
 
 #include <arpa/inet.h>
 #include <crypt.h>

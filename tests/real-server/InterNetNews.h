@@ -1,8 +1,8 @@
 #pragma once
 
-#include "real-server/NewsClient.h"
+#include "tests/real-server/NewsClient.h"
 
-#include "support/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <sys/types.h>
 

@@ -1,6 +1,6 @@
-#include "real-server/NewsClient.h"
+#include "tests/real-server/NewsClient.h"
 
-#include "sample/Loopback.h"
+#include "demo/sample/Loopback.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "real-server/InterNetNews.h"
+#include "tests/real-server/InterNetNews.h"
 
 #include <gtest/gtest.h>
 

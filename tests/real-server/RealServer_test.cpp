@@ -1,5 +1,5 @@
-#include "real-server/NewsClient.h"
-#include "real-server/RealServerTest.h"
+#include "tests/real-server/NewsClient.h"
+#include "tests/real-server/RealServerTest.h"
 
 namespace {
 

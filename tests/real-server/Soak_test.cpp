@@ -1,8 +1,8 @@
-#include "program-test/ProgramTest.h"
-#include "real-server/RealServerTest.h"
+#include "tests/real-server/RealServerTest.h"
+#include "tests/shell/ProgramTest.h"
 
-#include "sample/Encoders.h"
-#include "support/ResidentMemory.h"
+#include "demo/sample/Encoders.h"
+#include "tests/support/ResidentMemory.h"
 
 #include <QBuffer>
 #include <QImage>

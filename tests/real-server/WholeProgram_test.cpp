@@ -1,7 +1,7 @@
-#include "program-test/ProgramTest.h"
-#include "real-server/CommandLog.h"
-#include "real-server/RealServerTest.h"
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
+#include "tests/real-server/CommandLog.h"
+#include "tests/real-server/RealServerTest.h"
+#include "tests/shell/ProgramTest.h"
 
 #include <QTimer>
 

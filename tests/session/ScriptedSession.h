@@ -2,9 +2,9 @@
 
 #include "platform/Events.h"
 #include "session/NewsSession.h"
-#include "support/Screen.h"
-#include "support/ScriptedServer.h"
-#include "support/TestDesktop.h"
+#include "tests/support/Screen.h"
+#include "tests/support/ScriptedServer.h"
+#include "tests/support/TestDesktop.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "demo/sample/SampleServer.h"
 #include "platform/Settings.h"
-#include "sample/SampleServer.h"
 #include "shell/Program.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
-#include "support/TestDesktop.h"
+#include "tests/support/Screen.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestDesktop.h"
 
 #include <functional>
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "support/ClientSide.h"
+#include "tests/support/ClientSide.h"
 
 #include <arpa/inet.h>
 #include <linux/tcp.h>

@@ -1,6 +1,6 @@
-#include "support/FaultProxy.h"
+#include "tests/support/FaultProxy.h"
 
-#include "sample/Loopback.h"
+#include "demo/sample/Loopback.h"
 
 #include <arpa/inet.h>
 #include <array>

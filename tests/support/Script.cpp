@@ -1,4 +1,4 @@
-#include "support/Script.h"
+#include "tests/support/Script.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "support/ScriptedServer.h"
+#include "tests/support/ScriptedServer.h"
 
-#include "sample/ShortPort.h"
+#include "demo/sample/ShortPort.h"
 
 #include <QHostAddress>
 #include <QTcpSocket>

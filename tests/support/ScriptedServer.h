@@ -1,7 +1,7 @@
 #pragma once
 
-#include "support/ClientSide.h"
-#include "support/Script.h"
+#include "tests/support/ClientSide.h"
+#include "tests/support/Script.h"
 
 #include <QTcpServer>
 #include <QTimer>

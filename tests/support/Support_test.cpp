@@ -1,8 +1,8 @@
+#include "demo/sample/SampleServer.h"
 #include "platform/Events.h"
 #include "platform/Socket.h"
-#include "sample/SampleServer.h"
-#include "support/Screen.h"
-#include "support/ScriptedServer.h"
+#include "tests/support/Screen.h"
+#include "tests/support/ScriptedServer.h"
 
 #include <QDialog>
 #include <QPushButton>

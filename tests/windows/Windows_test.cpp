@@ -1,6 +1,6 @@
 #include "forms/frmTamarack.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/Screen.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QProcess>
 #include <QTabBar>
