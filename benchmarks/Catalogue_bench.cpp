@@ -5,9 +5,9 @@
 #include "catalogue/GroupStore.h"
 #include "catalogue/Picking.h"
 #include "demo/sample/SampleServer.h"
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Events.h"
-#include "tests/support/Screen.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <QAbstractItemView>
 #include <QElapsedTimer>

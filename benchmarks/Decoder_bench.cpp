@@ -2,7 +2,7 @@
 #include "decoder/AttachmentDecoder.h"
 #include "decoder/BodyDecoder.h"
 #include "demo/sample/Encoders.h"
-#include "tests/support/TemporaryFolder.h"
+#include "demo/support/TemporaryFolder.h"
 
 #define PROTOTYPES // without it, the header declares its functions without their parameters
 #include <uudeview.h>

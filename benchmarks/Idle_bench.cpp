@@ -1,6 +1,6 @@
 #include "benchmarks/ProgramInFolder.h"
 #include "demo/sample/Loopback.h"
-#include "tests/support/Screen.h"
+#include "demo/support/Screen.h"
 
 #include <QTimer>
 

@@ -2,7 +2,7 @@
 
 #include "catalogue/PointerFile.h"
 #include "catalogue/ServerFiles.h"
-#include "tests/support/Screen.h"
+#include "demo/support/Screen.h"
 
 #include <cstdio>
 #include <filesystem>

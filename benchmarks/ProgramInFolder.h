@@ -1,7 +1,7 @@
 #pragma once
 
+#include "demo/support/TemporaryFolder.h"
 #include "shell/Program.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <chrono>
 #include <string>

@@ -2,8 +2,8 @@
 #include "benchmarks/SideBySide.h"
 #include "catalogue/GroupStore.h"
 #include "demo/sample/Loopback.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Events.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>

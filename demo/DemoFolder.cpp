@@ -1,7 +1,7 @@
-#include "DemoFolder.h"
+#include "demo/DemoFolder.h"
 
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Settings.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <QFile>
 #include <QStandardPaths>

@@ -1,4 +1,4 @@
-#include "UnattendedDesktop.h"
+#include "demo/UnattendedDesktop.h"
 
 #include <cstdio>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "DemoFolder.h"
-#include "UnattendedDesktop.h"
+#include "demo/DemoFolder.h"
+#include "demo/UnattendedDesktop.h"
 #include "demo/sample/SampleArticles.h"
 
 #include <string>

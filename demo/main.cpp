@@ -1,12 +1,12 @@
-#include "DemoFolder.h"
-#include "UnattendedDesktop.h"
-#include "UnattendedSearch.h"
+#include "demo/DemoFolder.h"
+#include "demo/UnattendedDesktop.h"
+#include "demo/UnattendedSearch.h"
 #include "demo/sample/SampleArticles.h"
 #include "demo/sample/SampleServer.h"
+#include "demo/support/Screen.h"
 #include "platform/Application.h"
 #include "platform/Desktop.h"
 #include "shell/Program.h"
-#include "tests/support/Screen.h"
 
 #include <QLineEdit>
 

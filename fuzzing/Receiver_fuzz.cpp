@@ -1,6 +1,6 @@
-#include "CameToSomething.h"
-#include "OffscreenApplication.h"
 #include "demo/sample/ShortPort.h"
+#include "fuzzing/CameToSomething.h"
+#include "fuzzing/OffscreenApplication.h"
 #include "platform/Events.h"
 #include "session/NewsSession.h"
 

@@ -1,6 +1,6 @@
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Desktop.h"
-#include "tests/support/Screen.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <QByteArray>
 #include <QCoreApplication>

@@ -1,11 +1,11 @@
 #include "platform/Picture.h"
 
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Form.h"
 #include "platform/ImageControl.h"
 #include "tests/support/HostilePictures.h"
 #include "tests/support/ResidentMemory.h"
-#include "tests/support/Screen.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <QBuffer>
 #include <QImage>

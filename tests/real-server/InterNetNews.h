@@ -2,7 +2,7 @@
 
 #include "tests/real-server/NewsClient.h"
 
-#include "tests/support/TemporaryFolder.h"
+#include "demo/support/TemporaryFolder.h"
 
 #include <sys/types.h>
 

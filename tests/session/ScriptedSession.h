@@ -1,8 +1,8 @@
 #pragma once
 
+#include "demo/support/Screen.h"
 #include "platform/Events.h"
 #include "session/NewsSession.h"
-#include "tests/support/Screen.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TestDesktop.h"
 

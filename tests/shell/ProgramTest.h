@@ -1,10 +1,10 @@
 #pragma once
 
 #include "demo/sample/SampleServer.h"
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Settings.h"
 #include "shell/Program.h"
-#include "tests/support/Screen.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestDesktop.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 #include "demo/sample/SampleServer.h"
+#include "demo/support/Screen.h"
 #include "platform/Events.h"
 #include "platform/Socket.h"
-#include "tests/support/Screen.h"
 #include "tests/support/ScriptedServer.h"
 
 #include <QDialog>
