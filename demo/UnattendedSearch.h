@@ -1,8 +1,8 @@
 #pragma once
 
 #include "demo/DemoFolder.h"
-#include "demo/UnattendedDesktop.h"
 #include "demo/sample/SampleArticles.h"
+#include "demo/support/UnattendedDesktop.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "demo/sample/ShortPort.h"
+#include "demo/sample/Loopback.h"
 #include "fuzzing/CameToSomething.h"
 #include "fuzzing/OffscreenApplication.h"
 #include "platform/Events.h"
@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <sys/socket.h>
 #include <thread>
 
 using namespace std::chrono_literals;
@@ -47,8 +48,8 @@ class Conversation {
 public:
     Conversation()
     {
-        Demand(ListenOnShortPort([this](std::uint16_t port) { return listener.listen(QHostAddress::LocalHost, port); })
-            != 0);
+        const int listening = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        Demand(ListenOnLoopback(listening) != 0 && listener.setSocketDescriptor(listening));
         QObject::connect(&listener, &QTcpServer::newConnection, &listener, [this] {
             server.reset(listener.nextPendingConnection());
             heard = true;

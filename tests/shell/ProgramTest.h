@@ -57,7 +57,3 @@ protected:
 
 // A record of the pointer file: the number, least significant byte first, and the name in 80 characters.
 std::string PointerRecord(std::int32_t article, std::string_view group);
-
-// Articles that the criteria of a first start let pass: one that a new search does not look at, with the given number,
-// and one behind it for each of these bodies.
-SampleGroup GroupOf(std::string name, std::int32_t first, const std::vector<std::string>& bodies);

@@ -1,4 +1,4 @@
-#include "demo/UnattendedDesktop.h"
+#include "demo/support/UnattendedDesktop.h"
 
 #include <cstdio>
 
