@@ -4,10 +4,10 @@
 #include "catalogue/GroupFilters.h"
 #include "catalogue/GroupStore.h"
 #include "catalogue/Picking.h"
+#include "demo/sample/SampleServer.h"
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Events.h"
-#include "sample/SampleServer.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
 
 #include <QAbstractItemView>
 #include <QElapsedTimer>
@@ -19,7 +19,6 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <ctime>
 
 // What long lists of groups cost: filled, sorted, painted, filtered, moved about in, and fetched from a server.
 
@@ -65,13 +64,6 @@ struct Lists {
     GroupFilters filters{MainForm, Session};
     Picking picking{MainForm};
 };
-
-double ProcessorTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
 
 // The longest time for which no event was delivered.
 class Liveness {

@@ -1,8 +1,8 @@
 #include "base/Files.h"
 #include "benchmarks/SideBySide.h"
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "diagnostics/DebugWindow.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
 
 // What the debug window costs when a server sends what is no line of text.
 

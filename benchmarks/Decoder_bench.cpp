@@ -1,8 +1,8 @@
 #include "benchmarks/SideBySide.h"
 #include "decoder/AttachmentDecoder.h"
 #include "decoder/BodyDecoder.h"
-#include "sample/Encoders.h"
-#include "support/TemporaryFolder.h"
+#include "demo/sample/Encoders.h"
+#include "demo/support/TemporaryFolder.h"
 
 #define PROTOTYPES // without it, the header declares its functions without their parameters
 #include <uudeview.h>

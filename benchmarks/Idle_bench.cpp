@@ -1,12 +1,12 @@
 #include "benchmarks/ProgramInFolder.h"
-#include "sample/Loopback.h"
-#include "support/Screen.h"
+#include "benchmarks/SideBySide.h"
+#include "demo/sample/Loopback.h"
+#include "demo/support/Screen.h"
 
 #include <QTimer>
 
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <ctime>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -16,18 +16,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-double ProcessorTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
 void TenSecondsInAWait(benchmark::State& state)
 {
     // The system connects a client to a socket that listens, also if nobody ever accepts it.
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int port = ListenOnLoopback(listener);
+    const std::uint16_t port = ListenOnLoopback(listener);
     ProgramInFolder program(port, "alt.kites");
     for (auto _ : state) {
         double start = 0;

@@ -1,6 +1,6 @@
 #include "benchmarks/ProgramInFolder.h"
 #include "benchmarks/ServerProcess.h"
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>
@@ -17,10 +17,7 @@ constexpr std::size_t attachmentSize = bodySize / 63 * 45;
 
 SampleGroups LargeArticle()
 {
-    const std::string head = "Path: news.test\r\nSubject: kite.jpg (1/1)\r\n";
-    return {{group,
-        {{1, head, "\r\n"}, {2, head, Uuencode(std::string(attachmentSize, 'k'), "kite.jpg")},
-            {3, head, Uuencode("k", "small.jpg")}}}};
+    return {GroupOf(group, 1, {Uuencode(std::string(attachmentSize, 'k'), "kite.jpg"), Uuencode("k", "small.jpg")})};
 }
 
 // VmHWM:    123456 kB   (a line of /proc/self/status)

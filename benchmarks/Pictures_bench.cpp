@@ -1,10 +1,10 @@
 #include "benchmarks/SideBySide.h"
+#include "demo/sample/SamplePictures.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Events.h"
 #include "platform/FileList.h"
 #include "platform/Form.h"
 #include "platform/Picture.h"
-#include "sample/SamplePictures.h"
-#include "support/TemporaryFolder.h"
 
 #include <QGuiApplication>
 #include <QImage>

@@ -2,17 +2,9 @@
 
 #include "catalogue/PointerFile.h"
 #include "catalogue/ServerFiles.h"
-#include "support/Screen.h"
+#include "demo/support/Screen.h"
 
-#include <cstdio>
 #include <filesystem>
-
-MessageAnswer ProgramInFolder::QuietDesktop::MsgBox(std::string_view text, std::string_view, MessageButtons buttons)
-{
-    ++boxes;
-    std::fprintf(stderr, "%s\n", std::string(text).c_str());
-    return buttons == MessageButtons::YesNo ? MessageAnswer::Yes : MessageAnswer::Ok;
-}
 
 ProgramInFolder::ProgramInFolder(int port, const std::string& groupName)
     : group(groupName)

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "demo/support/TemporaryFolder.h"
+#include "demo/support/UnattendedDesktop.h"
 #include "shell/Program.h"
-#include "support/TemporaryFolder.h"
 
-#include <chrono>
 #include <string>
 
 // The real program with everything that it keeps in one new folder, before a user who presses Find Now. It knows one
@@ -20,19 +20,9 @@ public:
     std::string GroupDirectory() const { return destination + group + "/"; }
 
 private:
-    // Nobody is there to answer, and the pauses in which a user may read a text are left out.
-    class QuietDesktop : public Desktop {
-    public:
-        MessageAnswer MsgBox(std::string_view text, std::string_view title, MessageButtons buttons) override;
-        void Sleep(std::chrono::milliseconds) override { }
-        void EndProgram() override { }
-
-        int boxes = 0;
-    };
-
     const TemporaryFolder folder;
     const std::string destination = folder.File("pictures/");
     const std::string group;
-    QuietDesktop desktop;
+    UnattendedDesktop desktop;
     std::unique_ptr<Program> program;
 };

@@ -1,9 +1,9 @@
-#include "benchmarks/BareClient.h"
 #include "benchmarks/SideBySide.h"
 #include "catalogue/GroupStore.h"
+#include "demo/sample/Loopback.h"
+#include "demo/sample/NewsClient.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Events.h"
-#include "sample/Loopback.h"
-#include "support/TemporaryFolder.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -52,7 +52,7 @@ public:
     LargeReplyServer(const LargeReplyServer&) = delete;
     LargeReplyServer& operator=(const LargeReplyServer&) = delete;
 
-    int Port() const { return port; }
+    std::uint16_t Port() const { return port; }
     std::size_t ReplySize() const { return reply.size(); }
 
 private:
@@ -60,46 +60,52 @@ private:
     {
         const int on = 1;
         setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        (void)send(client, "200 ready\r\n", 11, MSG_NOSIGNAL);
+        (void)SendAll(client, "200 ready\r\n");
         char line[256];
         while (recv(client, line, sizeof line, 0) > 0) {
-            for (std::size_t sent = 0; sent < reply.size();) {
-                const ssize_t count
-                    = send(client, reply.data() + sent, std::min(writeSize, reply.size() - sent), MSG_NOSIGNAL);
-                if (count <= 0)
+            for (std::size_t sent = 0; sent < reply.size(); sent += writeSize) {
+                if (!SendAll(client, std::string_view(reply).substr(sent, writeSize)))
                     return;
-                sent += static_cast<std::size_t>(count);
             }
         }
     }
 
     const std::string reply;
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    int port = 0;
+    std::uint16_t port = 0;
     std::thread thread;
+};
+
+// The session on the main form, for that server.
+struct Client {
+    explicit Client(const LargeReplyServer& server)
+    {
+        mainForm.cboNewsServer.AddItem("127.0.0.1");
+        mainForm.cboNewsServer.SetListIndex(0);
+        mainForm.txtPort.SetText(std::to_string(server.Port()));
+    }
+
+    frmTamarack mainForm;
+    Desktop desktop;
+    NewsSession session{mainForm, desktop};
 };
 
 std::optional<double> RunSession(const LargeReplyServer& server)
 {
-    frmTamarack mainForm;
-    Desktop desktop;
-    NewsSession session(mainForm, desktop);
-    mainForm.cboNewsServer.AddItem("127.0.0.1");
-    mainForm.cboNewsServer.SetListIndex(0);
-    mainForm.txtPort.SetText(std::to_string(server.Port()));
+    Client client(server);
     std::size_t received = 0;
-    session.GroupListArrived = [&received](const std::string& text) { received = text.size(); };
-    if (!session.TcpConnect())
+    client.session.GroupListArrived = [&received](const std::string& text) { received = text.size(); };
+    if (!client.session.TcpConnect())
         return std::nullopt;
     return Timed([&] {
-        session.CmdList();
+        client.session.CmdList();
         return received + 32 >= server.ReplySize();
     });
 }
 
 std::optional<double> RunRecv(const LargeReplyServer& server)
 {
-    BareClient client(server.Port());
+    NewsClient client(server.Port());
     const auto memory = std::make_unique_for_overwrite<char[]>(server.ReplySize());
     return Timed([&] {
         if (!client.Send("list"))
@@ -146,14 +152,10 @@ void SmallListsBehindTheReply(benchmark::State& state)
     const LargeReplyServer one(ListOf(size));
     const TemporaryFolder folder;
     const auto refresh = [&folder](const LargeReplyServer& server) -> std::optional<double> {
-        frmTamarack mainForm;
-        Desktop desktop;
-        NewsSession session(mainForm, desktop);
+        Client client(server);
+        NewsSession& session = client.session;
         session.AppDir = folder.Path();
-        const GroupStore store(mainForm, session, desktop);
-        mainForm.cboNewsServer.AddItem("127.0.0.1");
-        mainForm.cboNewsServer.SetListIndex(0);
-        mainForm.txtPort.SetText(std::to_string(server.Port()));
+        const GroupStore store(client.mainForm, session, client.desktop);
         std::size_t arrived = 0;
         session.DebugLog = [&arrived](const std::string& packet) { arrived += packet.size(); };
         if (!session.TcpConnect())
@@ -163,7 +165,7 @@ void SmallListsBehindTheReply(benchmark::State& state)
             session.CmdList();
             while (arrived < server.ReplySize())
                 WaitForEvents();
-            return mainForm.lstAllGroups.ListCount() > 0;
+            return client.mainForm.lstAllGroups.ListCount() > 0;
         });
     };
     for (auto _ : state)

@@ -1,9 +1,8 @@
-#include "benchmarks/BareClient.h"
 #include "benchmarks/ProgramInFolder.h"
 #include "benchmarks/ServerProcess.h"
 #include "benchmarks/SideBySide.h"
-#include "real-server/InterNetNews.h"
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
+#include "demo/support/InterNetNews.h"
 
 #include <csignal>
 #include <cstdio>
@@ -42,32 +41,15 @@ std::string_view Attachment(int number)
 
 std::string AttachmentName(int number) { return "kite-" + std::to_string(number) + ".jpg"; }
 
-std::string MessageId(int number) { return "<" + std::to_string(number) + ".kite@news.test>"; }
-
-std::string Headers(int number)
-{
-    return "From: Ann <ann@news.test>\r\n"
-           "Subject: Over the harbour - "
-        + AttachmentName(number)
-        + " (1/1)\r\n"
-          "Organization: Kites and Wind\r\n"
-          "Lines: 483\r\n"
-          "MIME-Version: 1.0\r\n"
-          "Content-Type: text/plain; charset=UTF-8\r\n";
-}
-
 std::string Body(int number) { return Uuencode(Attachment(number), AttachmentName(number)); }
 
 SampleGroups Articles()
 {
-    SampleGroup kites{group, {}};
-    for (int number = 1; number <= articleCount + 1; ++number)
-        kites.articles.push_back({number,
-            "Path: news.test!not-for-mail\r\n" + Headers(number) + "Newsgroups: " + group
-                + "\r\nMessage-ID: " + MessageId(number) + "\r\n",
-            Body(number)});
-    const auto tenth = kites.articles.begin() + articleCount / 10 + 1;
-    return {kites, {smallGroup, {kites.articles.begin(), tenth}}};
+    std::vector<std::string> bodies;
+    for (int number = 2; number <= articleCount + 1; ++number)
+        bodies.push_back(Body(number));
+    const std::vector<std::string> tenth(bodies.begin(), bodies.begin() + articleCount / 10);
+    return {GroupOf(group, 1, bodies), GroupOf(smallGroup, 1, tenth)};
 }
 
 bool WriteFile(const std::string& path, std::string_view bytes)
@@ -77,9 +59,9 @@ bool WriteFile(const std::string& path, std::string_view bytes)
     return close(file) == 0 && written == static_cast<ssize_t>(bytes.size());
 }
 
-bool SearchByBareClient(int port, const TemporaryFolder& folder)
+bool SearchByBareClient(std::uint16_t port, const TemporaryFolder& folder)
 {
-    BareClient client(port);
+    NewsClient client(port);
     if (!client.Command("group " + group).starts_with("211 ") || !client.Command("stat 1").starts_with("223 "))
         return false;
     int stored = 0;
@@ -98,13 +80,13 @@ bool SearchByBareClient(int port, const TemporaryFolder& folder)
     }
 }
 
-std::optional<double> RunBareClient(int port)
+std::optional<double> RunBareClient(std::uint16_t port)
 {
     const TemporaryFolder folder;
     return Timed([&] { return SearchByBareClient(port, folder); });
 }
 
-std::optional<double> RunProgram(int port, const std::string& searched = group, int count = articleCount)
+std::optional<double> RunProgram(std::uint16_t port, const std::string& searched = group, int count = articleCount)
 {
     ProgramInFolder program(port, searched);
     const std::optional<double> time = Timed([&] { return program.Search(count); });
@@ -115,7 +97,7 @@ std::optional<double> RunProgram(int port, const std::string& searched = group, 
     return time;
 }
 
-void Compare(benchmark::State& state, int port)
+void Compare(benchmark::State& state, std::uint16_t port)
 {
     for (auto _ : state)
         CompareSideBySide(state, rounds, [port] { return RunProgram(port); },
@@ -183,7 +165,7 @@ void ScanOnInterNetNews(benchmark::State& state)
     if (obstacle.empty())
         obstacle = server.Start({group});
     for (int number = 1; obstacle.empty() && number <= articleCount + 1; ++number) {
-        if (const std::string status = server.Post(group, MessageId(number), Headers(number), Body(number));
+        if (const std::string status = server.Post(group, AttachmentName(number) + " (1/1)", Body(number));
             !status.starts_with("240 "))
             obstacle = "the server does not take an article: " + status;
     }

@@ -1,6 +1,6 @@
 #include "benchmarks/ServerProcess.h"
 
-#include "sample/SampleServer.h"
+#include "demo/sample/SampleServer.h"
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -18,7 +18,7 @@ ServerProcess::ServerProcess(const std::function<SampleGroups()>& groups)
     if (process == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         const SampleServer server(groups());
-        const int listening = server.Port();
+        const std::uint16_t listening = server.Port();
         if (write(ports[1], &listening, sizeof listening) != sizeof listening)
             _exit(1);
         for (;;)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sample/SampleGroups.h"
+#include "demo/sample/SampleGroups.h"
 
 #include <functional>
 #include <sys/types.h>
@@ -15,9 +15,9 @@ public:
     ServerProcess& operator=(const ServerProcess&) = delete;
 
     // 0 if the server did not come up.
-    int Port() const { return port; }
+    std::uint16_t Port() const { return port; }
 
 private:
     pid_t process;
-    int port = 0;
+    std::uint16_t port = 0;
 };

@@ -3,12 +3,20 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <vector>
 
 namespace {
 
 double Median(const std::vector<double>& sorted) { return sorted[sorted.size() / 2]; }
 
+}
+
+double ProcessorTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 std::optional<double> Timed(const std::function<bool()>& function)

@@ -11,6 +11,9 @@ using Run = std::function<std::optional<double>()>;
 // The seconds that the function takes; nothing if its result is false.
 std::optional<double> Timed(const std::function<bool()>& function);
 
+// The seconds that the processors have given this process.
+double ProcessorTime();
+
 // How the comparison reads in the table, and what is aimed at.
 enum class Aim {
     TimesItsTime, // ours takes at most so many times the reference's time

@@ -1,7 +1,7 @@
-#include "DemoFolder.h"
+#include "demo/DemoFolder.h"
 
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Settings.h"
-#include "support/TemporaryFolder.h"
 
 #include <QFile>
 #include <QStandardPaths>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sample/SampleArticles.h"
+#include "demo/sample/SampleArticles.h"
 #include "shell/Program.h"
 
 #include <QLockFile>

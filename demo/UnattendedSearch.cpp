@@ -1,7 +1,7 @@
-#include "UnattendedSearch.h"
+#include "demo/UnattendedSearch.h"
 
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DemoFolder.h"
-#include "UnattendedDesktop.h"
-#include "sample/SampleArticles.h"
+#include "demo/DemoFolder.h"
+#include "demo/sample/SampleArticles.h"
+#include "demo/support/UnattendedDesktop.h"
 
 #include <string>
 

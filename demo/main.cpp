@@ -1,12 +1,12 @@
-#include "DemoFolder.h"
-#include "UnattendedDesktop.h"
-#include "UnattendedSearch.h"
+#include "demo/DemoFolder.h"
+#include "demo/UnattendedSearch.h"
+#include "demo/sample/SampleArticles.h"
+#include "demo/sample/SampleServer.h"
+#include "demo/support/Screen.h"
+#include "demo/support/UnattendedDesktop.h"
 #include "platform/Application.h"
 #include "platform/Desktop.h"
-#include "sample/SampleArticles.h"
-#include "sample/SampleServer.h"
 #include "shell/Program.h"
-#include "support/Screen.h"
 
 #include <QLineEdit>
 

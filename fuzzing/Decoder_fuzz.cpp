@@ -1,6 +1,6 @@
-#include "CameToSomething.h"
 #include "decoder/AttachmentDecoder.h"
-#include "support/TemporaryFolder.h"
+#include "demo/support/TemporaryFolder.h"
+#include "fuzzing/CameToSomething.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-#include "CameToSomething.h"
 #include "catalogue/GroupText.h"
+#include "fuzzing/CameToSomething.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,7 +1,7 @@
-#include "CameToSomething.h"
 #include "base/Files.h"
 #include "catalogue/PointerFile.h"
-#include "support/TemporaryFolder.h"
+#include "demo/support/TemporaryFolder.h"
+#include "fuzzing/CameToSomething.h"
 
 #include <cstdint>
 #include <cstdlib>

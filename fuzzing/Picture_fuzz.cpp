@@ -1,8 +1,8 @@
-#include "CameToSomething.h"
-#include "OffscreenApplication.h"
+#include "demo/support/TemporaryFolder.h"
+#include "fuzzing/CameToSomething.h"
+#include "fuzzing/OffscreenApplication.h"
 #include "picture-reader/Reading.h"
 #include "platform/Picture.h"
-#include "support/TemporaryFolder.h"
 
 #include <cstdint>
 #include <cstdlib>

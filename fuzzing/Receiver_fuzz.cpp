@@ -1,7 +1,7 @@
-#include "CameToSomething.h"
-#include "OffscreenApplication.h"
+#include "demo/sample/Loopback.h"
+#include "fuzzing/CameToSomething.h"
+#include "fuzzing/OffscreenApplication.h"
 #include "platform/Events.h"
-#include "sample/ShortPort.h"
 #include "session/NewsSession.h"
 
 #include <QTcpServer>
@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <sys/socket.h>
 #include <thread>
 
 using namespace std::chrono_literals;
@@ -47,8 +48,8 @@ class Conversation {
 public:
     Conversation()
     {
-        Demand(ListenOnShortPort([this](std::uint16_t port) { return listener.listen(QHostAddress::LocalHost, port); })
-            != 0);
+        const int listening = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        Demand(ListenOnLoopback(listening) != 0 && listener.setSocketDescriptor(listening));
         QObject::connect(&listener, &QTcpServer::newConnection, &listener, [this] {
             server.reset(listener.nextPendingConnection());
             heard = true;

@@ -1,5 +1,5 @@
-#include "CameToSomething.h"
-#include "support/TemporaryFolder.h"
+#include "demo/support/TemporaryFolder.h"
+#include "fuzzing/CameToSomething.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -9,5 +9,8 @@
 // or 0 if none was to be had.
 std::uint16_t ListenOnLoopback(int descriptor);
 
+// A TCP socket that is connected to that port and sends what it is given at once, or -1.
+int ConnectToLoopback(std::uint16_t port);
+
 // False if the other side is gone.
 bool SendAll(int descriptor, std::string_view bytes);

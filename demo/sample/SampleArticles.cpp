@@ -1,7 +1,7 @@
-#include "sample/SampleArticles.h"
+#include "demo/sample/SampleArticles.h"
 
-#include "sample/Encoders.h"
-#include "sample/SamplePictures.h"
+#include "demo/sample/Encoders.h"
+#include "demo/sample/SamplePictures.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sample/SampleGroups.h"
+#include "demo/sample/SampleGroups.h"
 
 #include <string>
 #include <vector>

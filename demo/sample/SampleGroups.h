@@ -17,3 +17,7 @@ struct SampleGroup {
 };
 
 using SampleGroups = std::vector<SampleGroup>;
+
+// Articles that the criteria of a first start let pass: one that a new search does not look at, with the given number,
+// and one behind it for each of these bodies.
+SampleGroup GroupOf(std::string name, std::int32_t first, const std::vector<std::string>& bodies);

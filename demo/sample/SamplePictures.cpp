@@ -1,4 +1,4 @@
-#include "sample/SamplePictures.h"
+#include "demo/sample/SamplePictures.h"
 
 #include <QBuffer>
 #include <QImage>

@@ -1,7 +1,7 @@
-#include "sample/SampleServer.h"
+#include "demo/sample/SampleServer.h"
 
-#include "sample/Loopback.h"
-#include "sample/SampleSession.h"
+#include "demo/sample/Loopback.h"
+#include "demo/sample/SampleSession.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-#include "sample/SampleSession.h"
+#include "demo/sample/SampleSession.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,7 +1,7 @@
-#include "program-test/ProgramTest.h"
+#include "tests/shell/ProgramTest.h"
 
 #include "catalogue/GroupText.h"
-#include "support/ScriptedServer.h"
+#include "tests/support/ScriptedServer.h"
 
 #include <QTest>
 #include <QTimer>

@@ -1,8 +1,8 @@
-#include "DecoderTest.h"
 #include "decoder/BodyDecoder.h"
 #include "decoder/Processor.h"
 #include "decoder/SixBit.h"
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
+#include "tests/decoder/DecoderTest.h"
 
 #include <algorithm>
 #include <map>

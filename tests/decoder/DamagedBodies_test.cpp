@@ -1,5 +1,5 @@
-#include "DecoderTest.h"
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
+#include "tests/decoder/DecoderTest.h"
 
 #include <filesystem>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "decoder/AttachmentDecoder.h"
-#include "support/TemporaryFolder.h"
+#include "demo/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

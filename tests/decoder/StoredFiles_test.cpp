@@ -1,6 +1,6 @@
-#include "DecoderTest.h"
 #include "decoder/AttachmentStore.h"
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
+#include "tests/decoder/DecoderTest.h"
 
 #include <csignal>
 #include <filesystem>

@@ -1,10 +1,10 @@
-#include "program-test/ProgramTest.h"
+#include "tests/shell/ProgramTest.h"
 
 #include "base/Files.h"
+#include "demo/sample/Encoders.h"
 #include "diagnostics/DebugWindow.h"
 #include "platform/Events.h"
-#include "sample/Encoders.h"
-#include "support/ScriptedServer.h"
+#include "tests/support/ScriptedServer.h"
 
 #include <QPlainTextEdit>
 #include <QTest>

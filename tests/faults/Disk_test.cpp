@@ -1,6 +1,6 @@
-#include "program-test/ProgramTest.h"
+#include "tests/shell/ProgramTest.h"
 
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
 
 #include <QComboBox>
 #include <QTimer>

@@ -1,8 +1,8 @@
-#include "program-test/ProgramTest.h"
+#include "tests/shell/ProgramTest.h"
 
-#include "sample/Encoders.h"
-#include "support/FaultProxy.h"
-#include "support/ResidentMemory.h"
+#include "demo/sample/Encoders.h"
+#include "tests/support/FaultProxy.h"
+#include "tests/support/ResidentMemory.h"
 
 #include <QElapsedTimer>
 #include <QTimer>

@@ -1,7 +1,7 @@
+#include "demo/support/Screen.h"
 #include "forms/Placing.h"
 #include "forms/frmTamarack.h"
 #include "platform/Events.h"
-#include "support/Screen.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "picture-reader/Confinement.h"
 
+#include "demo/support/TemporaryFolder.h"
 #include "picture-reader/Protocol.h"
-#include "support/TemporaryFolder.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,5 +1,5 @@
 #include "picture-reader/MetafilePainting.h"
-#include "support/HostilePictures.h"
+#include "tests/support/HostilePictures.h"
 
 #include <gtest/gtest.h>
 

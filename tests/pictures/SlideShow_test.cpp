@@ -1,8 +1,8 @@
-#include "program-test/ProgramTest.h"
+#include "tests/shell/ProgramTest.h"
 
 #include "base/Files.h"
-#include "sample/SamplePictures.h"
-#include "support/HostilePictures.h"
+#include "demo/sample/SamplePictures.h"
+#include "tests/support/HostilePictures.h"
 
 #include <QLabel>
 #include <QLineEdit>

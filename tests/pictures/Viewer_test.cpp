@@ -1,10 +1,10 @@
-#include "program-test/ProgramTest.h"
+#include "tests/shell/ProgramTest.h"
 
 #include "base/Files.h"
+#include "demo/sample/Encoders.h"
+#include "demo/sample/SamplePictures.h"
 #include "platform/Events.h"
-#include "sample/Encoders.h"
-#include "sample/SamplePictures.h"
-#include "support/HostilePictures.h"
+#include "tests/support/HostilePictures.h"
 
 #include <QAction>
 #include <QLabel>

@@ -1,3 +1,4 @@
+#include "demo/support/Screen.h"
 #include "platform/Buttons.h"
 #include "platform/ComboBox.h"
 #include "platform/Events.h"
@@ -10,7 +11,6 @@
 #include "platform/Stepper.h"
 #include "platform/TabStrip.h"
 #include "platform/Timer.h"
-#include "support/Screen.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Desktop.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
 
 #include <QByteArray>
 #include <QCoreApplication>

@@ -1,11 +1,11 @@
 #include "platform/Picture.h"
 
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Form.h"
 #include "platform/ImageControl.h"
-#include "support/HostilePictures.h"
-#include "support/ResidentMemory.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
+#include "tests/support/HostilePictures.h"
+#include "tests/support/ResidentMemory.h"
 
 #include <QBuffer>
 #include <QImage>

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "real-server/InterNetNews.h"
+#include "demo/support/InterNetNews.h"
+#include "tests/shell/ProgramTest.h"
 
-#include <gtest/gtest.h>
-
-// A fixture with a news server of its own. Its tests are passed over for a user who cannot have one.
-template <class Fixture> class WithRealServer : public Fixture {
+// The whole program beside a real news server. Its tests are passed over for a user who cannot have one.
+class RealServerTest : public ProgramTest {
 protected:
     void SetUp() override
     {
@@ -13,7 +12,11 @@ protected:
             GTEST_SKIP() << "The real news server is passed over: " << obstacle;
     }
 
+    void Post(const std::string& group, const std::string& subject, const std::string& body)
+    {
+        const std::string status = server.Post(group, subject, body);
+        ASSERT_TRUE(status.starts_with("240")) << status;
+    }
+
     InterNetNews server;
 };
-
-using RealServerTest = WithRealServer<testing::Test>;

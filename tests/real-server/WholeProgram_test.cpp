@@ -1,7 +1,6 @@
-#include "program-test/ProgramTest.h"
-#include "real-server/CommandLog.h"
-#include "real-server/RealServerTest.h"
-#include "sample/Encoders.h"
+#include "demo/sample/Encoders.h"
+#include "tests/real-server/RealServerTest.h"
+#include "tests/support/FaultProxy.h"
 
 #include <QTimer>
 
@@ -36,7 +35,7 @@ Posting MakePosting(const std::string& group, int number)
     if (number % 5 == 0) {
         posting.wanted = number % 10 == 0;
         posting.subject = posting.wanted ? "Re: lost.jpg (1/1)" : "Wind, and much of it";
-        posting.body = "They say:\n\n.\n..\nbegin with a kite\nend\n.\n";
+        posting.body = "They say:\r\n\r\n.\r\n..\r\nbegin with a kite\r\nend\r\n.\r\n";
         return posting;
     }
     // Sizes around the lines of uuencode: a last line of 14 bytes begins with a dot.
@@ -48,14 +47,14 @@ Posting MakePosting(const std::string& group, int number)
     posting.name = label + ".jpg";
     posting.wanted = true;
     posting.subject = posting.name + " (1/1)";
-    posting.body = "See below.\n\n" + Uuencode(posting.attachment, posting.name) + "\n-- \n.ann\n";
+    posting.body = "See below.\r\n\r\n" + Uuencode(posting.attachment, posting.name) + "\r\n-- \r\n.ann\r\n";
     return posting;
 }
 
-int Code(const CommandLog::Exchange& exchange) { return std::atoi(exchange.status.c_str()); }
+int Code(const FaultProxy::Exchange& exchange) { return std::atoi(exchange.status.c_str()); }
 
 // The program as it is started by its user, with everything it keeps in one folder, on a server that is watched.
-class WholeProgramTest : public WithRealServer<ProgramTest> {
+class WholeProgramTest : public RealServerTest {
 protected:
     WholeProgramTest() { MakeFile(destination + "here before", "kept"); }
 
@@ -70,10 +69,9 @@ protected:
             selected += group + "\r\n";
             for (int number = 1; number <= articles; ++number) {
                 const Posting posting = MakePosting(group, number);
-                const std::string status
-                    = server.Post(group, "<" + std::to_string(number) + "." + group + "@news.test>",
-                        "From: Ann <ann@news.test>\nSubject: " + posting.subject, posting.body);
-                ASSERT_TRUE(status.starts_with("240")) << status;
+                Post(group, posting.subject, posting.body);
+                if (HasFatalFailure())
+                    return;
                 // A search of a new group begins behind its first article.
                 if (number == 1)
                     continue;
@@ -119,7 +117,7 @@ protected:
     {
         Articles articles;
         std::string group;
-        for (const CommandLog::Exchange& exchange : log->Exchanges()) {
+        for (const FaultProxy::Exchange& exchange : log->Exchanges()) {
             if (exchange.command.starts_with("group "))
                 group = exchange.command.substr(6);
             if (exchange.command.starts_with(std::string(command) + " ")) {
@@ -146,7 +144,7 @@ protected:
         return count;
     }
 
-    std::optional<CommandLog> log;
+    std::optional<FaultProxy> log;
     Articles visited; // what a search goes over,
     Articles wanted; // fetches,
     std::map<std::string, std::string> attachments; // and stores: path below the destination, and content
@@ -208,7 +206,7 @@ TEST_F(WholeProgramTest, StopInTheMiddleAndSearchOn)
     StartProgram();
     SearchPatiently();
     std::vector<std::string> commands;
-    for (const CommandLog::Exchange& exchange : log->Exchanges())
+    for (const FaultProxy::Exchange& exchange : log->Exchanges())
         commands.push_back(exchange.command);
     commands.erase(commands.begin(), commands.begin() + static_cast<std::ptrdiff_t>(before));
     const std::string last = "stat " + std::to_string(articles - 1);
@@ -239,7 +237,7 @@ TEST_F(WholeProgramTest, PasswordDemanded)
     EXPECT_EQ(TextOf("txtUserName"), "ann");
     SearchPatiently();
     EXPECT_EQ(PanelText("StatusBar1", 1), "Status: Connected");
-    const std::vector<CommandLog::Exchange> exchanges = log->Exchanges();
+    const std::vector<FaultProxy::Exchange> exchanges = log->Exchanges();
     ASSERT_GT(exchanges.size(), before + 3);
     EXPECT_EQ(exchanges[before + 1].command, "authinfo user ann");
     EXPECT_EQ(Code(exchanges[before + 1]), 381);

@@ -1,6 +1,6 @@
-#include "program-test/ProgramTest.h"
-#include "sample/Encoders.h"
-#include "support/ScriptedServer.h"
+#include "demo/sample/Encoders.h"
+#include "tests/shell/ProgramTest.h"
+#include "tests/support/ScriptedServer.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;

@@ -1,4 +1,4 @@
-#include "ScriptedSession.h"
+#include "tests/session/ScriptedSession.h"
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;

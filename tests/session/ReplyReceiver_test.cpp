@@ -1,4 +1,4 @@
-#include "ScriptedSession.h"
+#include "tests/session/ScriptedSession.h"
 
 #include <QTest>
 

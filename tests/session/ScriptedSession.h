@@ -1,10 +1,10 @@
 #pragma once
 
+#include "demo/support/Screen.h"
 #include "platform/Events.h"
 #include "session/NewsSession.h"
-#include "support/Screen.h"
-#include "support/ScriptedServer.h"
-#include "support/TestDesktop.h"
+#include "tests/support/ScriptedServer.h"
+#include "tests/support/TestDesktop.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

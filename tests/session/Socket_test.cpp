@@ -1,7 +1,7 @@
+#include "demo/sample/Loopback.h"
 #include "platform/Events.h"
 #include "platform/Socket.h"
-#include "sample/Loopback.h"
-#include "support/ScriptedServer.h"
+#include "tests/support/ScriptedServer.h"
 
 #include <QCoreApplication>
 

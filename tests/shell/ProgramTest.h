@@ -1,11 +1,11 @@
 #pragma once
 
+#include "demo/sample/SampleServer.h"
+#include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Settings.h"
-#include "sample/SampleServer.h"
 #include "shell/Program.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
-#include "support/TestDesktop.h"
+#include "tests/support/TestDesktop.h"
 
 #include <functional>
 #include <gmock/gmock.h>
@@ -57,7 +57,3 @@ protected:
 
 // A record of the pointer file: the number, least significant byte first, and the name in 80 characters.
 std::string PointerRecord(std::int32_t article, std::string_view group);
-
-// Articles that the criteria of a first start let pass: one that a new search does not look at, with the given number,
-// and one behind it for each of these bodies.
-SampleGroup GroupOf(std::string name, std::int32_t first, const std::vector<std::string>& bodies);

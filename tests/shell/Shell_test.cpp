@@ -1,4 +1,4 @@
-#include "program-test/ProgramTest.h"
+#include "tests/shell/ProgramTest.h"
 
 #include <QProcess>
 #include <QTest>

@@ -1,8 +1,8 @@
-#include "support/FaultProxy.h"
+#include "tests/support/FaultProxy.h"
 
-#include "sample/Loopback.h"
+#include "demo/sample/Loopback.h"
 
-#include <arpa/inet.h>
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <netinet/in.h>
@@ -10,23 +10,11 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
 using namespace std::chrono_literals;
-
-int ConnectTo(std::uint16_t port)
-{
-    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
-        return descriptor;
-    close(descriptor);
-    return -1;
-}
 
 bool IsReadable(int descriptor, std::chrono::milliseconds wait)
 {
@@ -74,11 +62,14 @@ void FaultProxy::Run()
 
 void FaultProxy::Serve(int client)
 {
-    const int server = ConnectTo(serverPort);
+    const int server = ConnectToLoopback(serverPort);
     Fault now;
     {
         const std::lock_guard lock(mutex);
         now = fault;
+        exchanges.emplace_back();
+        line.clear();
+        statusOpen = true;
     }
     passed = 0;
     std::array<char, 65536> bytes;
@@ -86,17 +77,44 @@ void FaultProxy::Serve(int client)
     while (open && !stopping) {
         std::array<pollfd, 2> ends{pollfd{client, POLLIN, 0}, pollfd{server, POLLIN, 0}};
         poll(ends.data(), ends.size(), 50);
-        if (ends[0].revents != 0) {
-            const ssize_t got = recv(client, bytes.data(), bytes.size(), 0);
-            open = got > 0 && SendAll(server, {bytes.data(), static_cast<std::size_t>(got)});
-        }
-        if (open && ends[1].revents != 0) {
-            const ssize_t got = recv(server, bytes.data(), bytes.size(), 0);
-            open = got > 0 && PassOn(client, {bytes.data(), static_cast<std::size_t>(got)}, now);
+        for (const pollfd& from : ends) {
+            if (!open || from.revents == 0)
+                continue;
+            // A server may wait for the acknowledgement of a status line before it sends the text.
+            const int on = 1;
+            setsockopt(from.fd, IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on);
+            const ssize_t got = recv(from.fd, bytes.data(), bytes.size(), 0);
+            const std::string_view piece(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+            Note(piece, from.fd == client);
+            open = got > 0 && (from.fd == client ? SendAll(server, piece) : PassOn(client, piece, now));
         }
     }
     if (server >= 0)
         close(server);
+}
+
+std::vector<FaultProxy::Exchange> FaultProxy::Exchanges() const
+{
+    const std::lock_guard lock(mutex);
+    return exchanges;
+}
+
+void FaultProxy::Note(std::string_view bytes, bool fromClient)
+{
+    const std::lock_guard lock(mutex);
+    while (!bytes.empty() && (fromClient || statusOpen)) {
+        const std::size_t end = bytes.find('\n');
+        line += bytes.substr(0, end);
+        if (end == bytes.npos)
+            return;
+        bytes.remove_prefix(end + 1);
+        line.erase(line.find_last_not_of('\r') + 1);
+        if (fromClient)
+            exchanges.push_back({std::exchange(line, {}), {}});
+        else
+            exchanges.back().status = std::exchange(line, {});
+        statusOpen = fromClient;
+    }
 }
 
 // False when the connection is over.

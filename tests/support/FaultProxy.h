@@ -28,7 +28,7 @@ struct Fault {
 };
 
 // Stands between a client and a server on 127.0.0.1 and lets each connection go through with one fault. It runs in a
-// thread of its own and takes one connection at a time.
+// thread of its own, takes one connection at a time, and keeps account of what passes.
 class FaultProxy {
 public:
     explicit FaultProxy(std::uint16_t serverPort);
@@ -48,6 +48,15 @@ public:
     // Where the replies of the connection without a fault ended: the greeting, and that to each command.
     const std::vector<std::uint64_t>& ReplyEnds() const { return replyEnds; }
 
+    struct Exchange {
+        std::string command; // empty for a greeting
+        std::string status; // the first line of the reply; empty until it came
+    };
+
+    // What was asked and how it was answered, over all connections. A client that waits for each reply before its next
+    // command is taken for granted.
+    std::vector<Exchange> Exchanges() const;
+
     // True if the connection without a fault had that byte in a status line, but not as its first.
     bool IsInStatusLine(std::uint64_t at) const { return inStatusLine.at(at); }
 
@@ -55,12 +64,16 @@ private:
     void Run();
     void Serve(int client);
     bool PassOn(int client, std::string_view bytes, const Fault& now);
+    void Note(std::string_view bytes, bool fromClient);
 
     const std::uint16_t serverPort;
     int listener;
     std::uint16_t port;
-    std::mutex mutex;
+    mutable std::mutex mutex;
     Fault fault;
+    std::vector<Exchange> exchanges;
+    std::string line; // as far as it has come, of the side that speaks
+    bool statusOpen = true; // still to come; the rest of a reply is text
     std::atomic<bool> struck = false;
     std::atomic<std::uint64_t> passed = 0;
     std::vector<std::uint64_t> replyEnds; // written while no fault is set, and read while one is

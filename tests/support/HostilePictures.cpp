@@ -1,4 +1,4 @@
-#include "support/HostilePictures.h"
+#include "tests/support/HostilePictures.h"
 
 #include <QBuffer>
 #include <QImage>

@@ -1,16 +1,68 @@
-#include "support/ScriptedServer.h"
+#include "tests/support/ScriptedServer.h"
 
-#include "sample/ShortPort.h"
+#include "demo/sample/Loopback.h"
 
 #include <QHostAddress>
 #include <QTcpSocket>
 
 #include <algorithm>
+#include <arpa/inet.h>
+#include <cstdio>
+#include <linux/tcp.h>
+#include <netinet/in.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <utility>
 
-using Kind = ScriptStep::Kind;
 using namespace std::chrono_literals;
+
+namespace {
+
+std::string WithoutEscapes(std::string_view text)
+{
+    std::string bytes;
+    while (!text.empty()) {
+        std::size_t length = 1;
+        char byte = text.front();
+        if (byte == '\\' && text.size() > 1) {
+            length = text[1] == 'x' ? 4 : 2;
+            const char* const letters = "rns";
+            const char* const letter = std::char_traits<char>::find(letters, 3, text[1]);
+            byte = length == 4      ? static_cast<char>(std::stoi(std::string(text.substr(2, 2)), nullptr, 16))
+                : letter != nullptr ? "\r\n "[letter - letters]
+                                    : text[1];
+        }
+        bytes += byte;
+        text.remove_prefix(length);
+    }
+    return bytes;
+}
+
+std::uint16_t PortOf(int descriptor, int (*name)(int, sockaddr*, socklen_t*))
+{
+    sockaddr_in address{};
+    socklen_t length = sizeof address;
+    const bool known = name(descriptor, reinterpret_cast<sockaddr*>(&address), &length) == 0;
+    return known && address.sin_family == AF_INET ? ntohs(address.sin_port) : std::uint16_t{0};
+}
+
+}
+
+std::string Printable(std::string_view bytes)
+{
+    std::string text;
+    for (const char byte : bytes) {
+        char written[8];
+        if (byte == '\r' || byte == '\n')
+            text += byte == '\r' ? "\\r" : "\\n";
+        else if (byte >= ' ' && byte <= '~')
+            text += byte;
+        else
+            text.append(
+                written, static_cast<std::size_t>(std::snprintf(written, sizeof written, "\\x%02x", byte & 0xff)));
+    }
+    return text;
+}
 
 ScriptedServer::ScriptedServer(std::string_view script)
 {
@@ -20,7 +72,8 @@ ScriptedServer::ScriptedServer(std::string_view script)
     QObject::connect(&nextPass, &QTimer::timeout, &listener, [this] { Advance(); });
     QObject::connect(&patience, &QTimer::timeout, &listener, [this] { Fail("nothing has happened for a long time"); });
     QObject::connect(&listener, &QTcpServer::newConnection, &listener, [this] { Advance(); });
-    if (ListenOnShortPort([this](std::uint16_t port) { return listener.listen(QHostAddress::LocalHost, port); }) == 0)
+    const int listening = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (ListenOnLoopback(listening) == 0 || !listener.setSocketDescriptor(listening))
         Fail("no port to listen on");
     Play(script);
 }
@@ -33,10 +86,29 @@ ScriptedServer::~ScriptedServer()
 
 void ScriptedServer::Play(std::string_view script)
 {
-    std::vector<ScriptStep> more = ReadScript(script);
-    if (steps.empty() && !more.empty() && more.front().kind != Kind::Connect)
-        steps.push_back({Kind::Connect, "", more.front().line});
-    std::move(more.begin(), more.end(), std::back_inserter(steps));
+    int number = 0;
+    while (!script.empty()) {
+        const std::size_t end = script.find('\n');
+        std::string_view line = script.substr(0, end);
+        script.remove_prefix(end == script.npos ? script.size() : end + 1);
+        line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
+        ++number;
+        if (line.empty() || line.front() == '#')
+            continue;
+        Step step{std::string(line.substr(0, 2)), std::string(line.substr(std::min<std::size_t>(3, line.size()))),
+            "script line " + std::to_string(number) + " (" + Printable(line.substr(0, 60)) + ")"};
+        if (step.mark == "X:") {
+            const std::size_t blank = std::min(step.text.find(' '), step.text.size());
+            step.mark = step.text.substr(0, blank);
+            step.text.erase(0, blank + 1);
+        } else if (step.mark.ends_with('~'))
+            step.text = WithoutEscapes(step.text);
+        if (step.mark == "C:" || step.mark == "C~" || step.mark == "S:")
+            step.text += "\r\n";
+        if (steps.empty() && step.mark != "connect")
+            steps.push_back({"connect", "", step.source});
+        steps.push_back(std::move(step));
+    }
     nextPass.start();
 }
 
@@ -55,9 +127,9 @@ std::string ScriptedServer::FirstProblem() const
         return problem;
     if (!packets.empty())
         return "the client did not take all of what was sent";
-    const bool stalledAtTheEnd = next + 1 == steps.size() && steps[next].kind == Kind::Stall && !paused;
+    const bool stalledAtTheEnd = next + 1 == steps.size() && steps[next].mark == "stall" && !paused;
     if (next < steps.size() && !stalledAtTheEnd)
-        return Describe(steps[next]) + " was not reached or not answered";
+        return steps[next].source + " was not reached or not answered";
     return {};
 }
 
@@ -86,29 +158,25 @@ void ScriptedServer::Advance()
 }
 
 // False if the step is not finished, or has gone wrong.
-bool ScriptedServer::PlayStep(const ScriptStep& step)
+bool ScriptedServer::PlayStep(const Step& step)
 {
-    switch (step.kind) {
-    case Kind::Connect:
+    if (step.mark == "connect")
         return TakeConnection();
-    case Kind::Expect:
+    if (step.mark == "C:" || step.mark == "C~")
         return TakeLine(step);
-    case Kind::Send:
+    if (step.mark == "S:" || step.mark == "S~") {
         // What is sent to a client that has gone is lost; it is for the steps behind to say whether it may have gone.
-        if (!connection)
+        if (!connection || step.text.empty())
             return true;
         packets.push_back(step.text);
         // The lines behind this one belong to the same packet.
-        while (next + 1 < steps.size() && steps[next + 1].kind == Kind::Send)
+        while (step.mark == "S:" && next + 1 < steps.size() && steps[next + 1].mark == "S:")
             packets.back() += steps[++next].text;
         return true;
-    case Kind::SendRaw:
-        if (connection && !step.text.empty())
-            packets.push_back(step.text);
+    }
+    if (step.mark == "packet")
         return true;
-    case Kind::Packet:
-        return true;
-    case Kind::Pause:
+    if (step.mark == "pause") {
         if (!ClientIsAtRest())
             return false;
         paused = true;
@@ -117,27 +185,22 @@ bool ScriptedServer::PlayStep(const ScriptStep& step)
             Continue();
         }
         return false;
-    case Kind::Close:
-        HangUp(false);
-        return true;
-    case Kind::Reset:
-        // A reset would take away what the client has not read yet.
-        if (!ClientIsAtRest())
-            return false;
-        HangUp(true);
-        return true;
-    case Kind::Stall:
-        input.clear();
-        return !connection;
-    case Kind::WaitClose:
-        if (!input.empty())
-            Fail("the client sent " + Printable(input));
-        return !connection;
-    case Kind::Unreadable:
-        break;
     }
-    Fail("this is no step");
-    return false;
+    if (step.mark == "close" || step.mark == "reset") {
+        // A reset would take away what the client has not read yet.
+        const bool reset = step.mark == "reset";
+        if (reset && !ClientIsAtRest())
+            return false;
+        HangUp(reset);
+        return true;
+    }
+    if (step.mark == "stall")
+        input.clear();
+    else if (step.mark != "wait-close")
+        Fail("this is no step");
+    else if (!input.empty())
+        Fail("the client sent " + Printable(input));
+    return !connection;
 }
 
 bool ScriptedServer::TakeConnection()
@@ -147,24 +210,24 @@ bool ScriptedServer::TakeConnection()
         return false;
     connection = listener.nextPendingConnection();
     connection->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    client.Attach(connection->peerPort(), listener.serverPort());
+    for (client = 4096; client >= 0; --client) {
+        if (PortOf(client, getsockname) == connection->peerPort() && PortOf(client, getpeername) == Port())
+            break;
+    }
     sent = 0;
     input.clear();
     QObject::connect(connection, &QTcpSocket::readyRead, connection, [this] { ReadInput(); });
-    QObject::connect(connection, &QTcpSocket::disconnected, connection, [this] { Disconnected(); });
+    QObject::connect(connection, &QTcpSocket::disconnected, connection, [this] { ReadInput(); });
     patience.start();
     // What has come or gone before the signals were connected is found on the next pass.
     QTimer::singleShot(0, connection, [this] {
-        if (!connection)
-            return;
-        ReadInput();
-        if (connection && connection->state() == QAbstractSocket::UnconnectedState)
-            Disconnected();
+        if (connection)
+            ReadInput();
     });
     return true;
 }
 
-bool ScriptedServer::TakeLine(const ScriptStep& step)
+bool ScriptedServer::TakeLine(const Step& step)
 {
     const std::size_t end = input.find('\n');
     if (end == input.npos) {
@@ -175,10 +238,22 @@ bool ScriptedServer::TakeLine(const ScriptStep& step)
     const std::string line = input.substr(0, end + 1);
     input.erase(0, end + 1);
     received.push_back(line.substr(0, line.find_last_not_of("\r\n") + 1));
-    if (line == step.text + "\r\n")
+    if (line == step.text)
         return true;
     Fail("the client sent " + Printable(line));
     return false;
+}
+
+// True when all that was sent has arrived and has been read out of the client's socket, and also when that is not found
+// in this process (any more).
+bool ScriptedServer::ClientHasRead() const
+{
+    tcp_info info{};
+    socklen_t length = sizeof info;
+    int waiting = 0;
+    return PortOf(client, getsockname) != connection->peerPort()
+        || getsockopt(client, IPPROTO_TCP, TCP_INFO, &info, &length) != 0 || ioctl(client, FIONREAD, &waiting) != 0
+        || (info.tcpi_bytes_received >= sent && waiting == 0);
 }
 
 // True when the client has taken everything that was sent, and has had some passes of its event loop to act on it.
@@ -188,7 +263,7 @@ bool ScriptedServer::ClientIsAtRest()
     constexpr int passesForADelivery = 3;
     if (!connection)
         return true;
-    passesAtRest = client.HasRead(sent) ? passesAtRest + 1 : 0;
+    passesAtRest = ClientHasRead() ? passesAtRest + 1 : 0;
     if (passesAtRest > passesForADelivery)
         return true;
     nextPass.start();
@@ -235,17 +310,14 @@ void ScriptedServer::HangUp(bool reset)
     }
 }
 
+// Something has come, or the client has gone.
 void ScriptedServer::ReadInput()
 {
     input += connection->readAll().toStdString();
-    Advance();
-}
-
-void ScriptedServer::Disconnected()
-{
-    input += connection->readAll().toStdString();
-    std::exchange(connection, nullptr)->deleteLater();
-    patience.stop();
+    if (connection->state() == QAbstractSocket::UnconnectedState) {
+        std::exchange(connection, nullptr)->deleteLater();
+        patience.stop();
+    }
     Advance();
 }
 
@@ -253,7 +325,7 @@ void ScriptedServer::Fail(const std::string& what)
 {
     if (!problem.empty())
         return;
-    problem = (next < steps.size() ? Describe(steps[next]) : "end of the script") + ": " + what;
+    problem = (next < steps.size() ? steps[next].source : "end of the script") + ": " + what;
     packets.clear();
     listener.close();
     if (connection) {

@@ -1,8 +1,5 @@
 #pragma once
 
-#include "support/ClientSide.h"
-#include "support/Script.h"
-
 #include <QTcpServer>
 #include <QTimer>
 
@@ -17,9 +14,23 @@
 
 class QTcpSocket;
 
-// A news server on 127.0.0.1 that plays a script (Script.h), in the thread of the test: it comes to its turn whenever
-// the program under test waits for events. A client that leaves the script gets a 503 reply with the reason and is
-// cut off, so that it does not wait for ever; the test finds the reason in FirstProblem().
+// A news server on 127.0.0.1 that plays a script, one step a line, in the thread of the test: it comes to its turn
+// whenever the program under test waits for events.
+//
+//   C: group alt.kites                    the client is to send this line
+//   S: 211 42 7001 7055 alt.kites         the server sends this line; CR LF is added
+//   S~ 211 42 70                          the server sends this text with nothing added, in a packet of its own
+//   X: packet                             what is sent next does not share a packet with what was sent before
+//   X: pause NAME                         the test is told, and does something just here
+//   X: close                              the server hangs up
+//   X: reset                              the server breaks the connection off
+//   X: stall                              nothing more is said, and whatever comes is taken, until the client closes
+//   X: wait-close                         the client is to close the connection, without another line
+//   X: connect                            the client is to connect once more
+//
+// "C~" and "S~" read \r \n \\ \s (a blank) and \xHH. Blanks before a step, empty lines and lines that begin with "#"
+// are skipped. `S:` lines that follow each other are one packet. A client that leaves the script gets a 503 reply with
+// the reason and is cut off, so that it does not wait for ever; the test finds the reason in FirstProblem().
 class ScriptedServer {
 public:
     explicit ScriptedServer(std::string_view script = {});
@@ -60,14 +71,20 @@ public:
     const std::vector<std::string>& Received() const { return received; }
 
 private:
+    struct Step {
+        std::string mark; // "C:", "S:", "S~", or what "X:" does
+        std::string text; // the client's line, the bytes to send, or a pause's name
+        std::string source; // "script line 7 (C: next)", for reports
+    };
+
     void Advance();
-    bool PlayStep(const ScriptStep& step);
+    bool PlayStep(const Step& step);
     bool TakeConnection();
-    bool TakeLine(const ScriptStep& step);
+    bool TakeLine(const Step& step);
     void SendNextPiece();
     void HangUp(bool reset);
     void ReadInput();
-    void Disconnected();
+    bool ClientHasRead() const;
     bool ClientIsAtRest();
     void Fail(const std::string& what);
 
@@ -75,16 +92,19 @@ private:
     QTcpSocket* connection = nullptr;
     QTimer nextPass; // goes round once with each pass of the event loop while something waits for the client
     QTimer patience;
-    ClientSide client;
 
-    std::deque<ScriptStep> steps; // a pause's handler may put more behind while one is in hand
+    std::deque<Step> steps; // a pause's handler may put more behind while one is in hand
     std::size_t next = 0; // the step in hand
     std::deque<std::string> packets; // still to be sent
     std::size_t pieceSize = 0;
     std::uint64_t sent = 0; // bytes, on this connection
+    int client = -1; // the other end of the connection, in this process
     int passesAtRest = 0;
     bool paused = false;
     std::string input;
     std::vector<std::string> received;
     std::string problem;
 };
+
+// The bytes with everything but printable ASCII written as in "S~".
+[[nodiscard]] std::string Printable(std::string_view bytes);

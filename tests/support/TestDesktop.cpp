@@ -1,4 +1,4 @@
-#include "support/TestDesktop.h"
+#include "tests/support/TestDesktop.h"
 
 MessageAnswer TestDesktop::MsgBox(std::string_view text, std::string_view title, MessageButtons buttons)
 {

@@ -1,5 +1,5 @@
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Application.h"
-#include "support/TemporaryFolder.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>

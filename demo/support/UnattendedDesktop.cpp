@@ -1,4 +1,4 @@
-#include "UnattendedDesktop.h"
+#include "demo/support/UnattendedDesktop.h"
 
 #include <cstdio>
 

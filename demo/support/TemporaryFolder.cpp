@@ -1,4 +1,4 @@
-#include "support/TemporaryFolder.h"
+#include "demo/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cstdio>

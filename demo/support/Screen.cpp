@@ -1,4 +1,4 @@
-#include "support/Screen.h"
+#include "demo/support/Screen.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>

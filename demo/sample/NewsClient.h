@@ -1,19 +1,23 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 // The least that a news client can be: a blocking socket on 127.0.0.1 that acknowledges at once what it reads.
-class BareClient {
+class NewsClient {
 public:
     // Connects and reads the greeting.
-    explicit BareClient(int port);
-    ~BareClient();
-    BareClient(const BareClient&) = delete;
-    BareClient& operator=(const BareClient&) = delete;
+    explicit NewsClient(std::uint16_t port);
+    ~NewsClient();
+    NewsClient(const NewsClient&) = delete;
+    NewsClient& operator=(const NewsClient&) = delete;
+
+    // False once the connection is lost, or when a server has said nothing for 30 seconds.
+    bool IsConnected() const { return connected; }
 
     // Sends a line and reads the status line that answers it. Like Text(), it gives what stays valid until the next
-    // command, and nothing once the connection is lost.
+    // command, and nothing when the connection is lost.
     std::string_view Command(std::string_view line);
 
     // Sends a line and reads the multi-line reply: what stands between the status line and the terminator.
@@ -27,6 +31,7 @@ public:
 private:
     bool ReadUntil(std::string_view end);
 
-    int descriptor;
+    const int descriptor;
+    bool connected;
     std::string received;
 };

@@ -1,0 +1,63 @@
+#include "demo/sample/NewsClient.h"
+
+#include "demo/sample/Loopback.h"
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+NewsClient::NewsClient(std::uint16_t port)
+    : descriptor(ConnectToLoopback(port))
+    , connected(descriptor >= 0)
+{
+    const timeval patience{30, 0};
+    setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    (void)ReadUntil("\r\n");
+}
+
+NewsClient::~NewsClient()
+{
+    if (descriptor >= 0)
+        close(descriptor);
+}
+
+std::string_view NewsClient::Command(std::string_view line)
+{
+    if (!Send(line) || !ReadUntil("\r\n"))
+        return {};
+    return received;
+}
+
+std::string_view NewsClient::Text(std::string_view line)
+{
+    constexpr std::string_view terminator = "\r\n.\r\n";
+    if (!Send(line) || !ReadUntil(terminator))
+        return {};
+    std::string_view text = received;
+    text.remove_prefix(text.find('\n') + 1);
+    text.remove_suffix(terminator.size());
+    return text;
+}
+
+std::size_t NewsClient::Read(char* memory, std::size_t size)
+{
+    const ssize_t count = recv(descriptor, memory, size, 0);
+    const int on = 1;
+    setsockopt(descriptor, IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on);
+    connected = count > 0;
+    return connected ? static_cast<std::size_t>(count) : 0;
+}
+
+bool NewsClient::Send(std::string_view line) { return SendAll(descriptor, std::string(line) + "\r\n"); }
+
+// Nothing comes behind a reply until the next command, so its end is the end of what has come.
+bool NewsClient::ReadUntil(std::string_view end)
+{
+    received.clear();
+    char packet[64 * 1024];
+    while (connected && !received.ends_with(end))
+        received.append(packet, Read(packet, sizeof packet));
+    return connected;
+}
