@@ -13,6 +13,7 @@
 #include "platform/StatusBar.h"
 #include "platform/Stepper.h"
 #include "platform/TabStrip.h"
+#include "platform/TextArea.h"
 #include "platform/TextBox.h"
 #include "platform/Timer.h"
 
@@ -50,7 +51,7 @@ struct frmTamarack : Form {
     CommandButton cmdSelectDir{nameAndLocation, "cmdSelectDir", "Select Destination Drive", {90, 90, 2385, 345}};
     CheckBox chkGroupSubDir{
         nameAndLocation, "chkGroupSubDir", "Use group name as sub directory", {2610, 60, 2580, 405}, 1};
-    TextBox txtSelectDir{nameAndLocation, "txtSelectDir", {90, 495, 5055, 615}, {.multiLine = true, .readOnly = true}};
+    TextArea txtSelectDir{nameAndLocation, "txtSelectDir", {90, 495, 5055, 615}};
     Frame Frame2{nameAndLocation, "Frame2", "Search Criteria", {90, 1155, 5055, 1485}};
     CheckBox chkJPEGFiles{Frame2, "chkJPEGFiles", "JPEG Files (*.jpg)", {150, 285, 2325, 255}, 1};
     CheckBox chkGIFFiles{Frame2, "chkGIFFiles", "GIF Files (*.gif)", {2580, 285, 2325, 255}};
