@@ -2,7 +2,7 @@
 
 #include "platform/Control.h"
 
-#include <deque>
+#include <vector>
 
 enum class PanelStyle {
     Text = 0,
@@ -49,5 +49,5 @@ public:
     StatusPanel& Panels(int number) { return panels.at(static_cast<std::size_t>(number - 1)); }
 
 private:
-    std::deque<StatusPanel> panels;
+    std::vector<StatusPanel> panels;
 };
