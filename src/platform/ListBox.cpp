@@ -2,7 +2,7 @@
 
 #include "base/Text.h"
 #include "platform/DisplayText.h"
-#include "platform/RowTip.h"
+#include "platform/RowDelegate.h"
 
 #include <QAbstractListModel>
 #include <QElapsedTimer>
@@ -11,7 +11,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStyledItemDelegate>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
@@ -127,7 +126,7 @@ public:
         : box(ownerBox)
     {
         setModel(&rows);
-        setItemDelegate(new RowDelegate(rows, this));
+        setItemDelegate(new UniformRowDelegate(rows, this));
         setUniformItemSizes(true);
         setEditTriggers(NoEditTriggers);
         setHorizontalScrollMode(ScrollPerPixel);
@@ -258,10 +257,10 @@ protected:
 private:
     // All rows have the height of one line and the width of the longest text, so that the view need not measure each
     // and long names can be scrolled into sight.
-    class RowDelegate : public QStyledItemDelegate {
+    class UniformRowDelegate : public RowDelegate {
     public:
-        RowDelegate(const Rows& allRows, QObject* parent)
-            : QStyledItemDelegate(parent)
+        UniformRowDelegate(const Rows& allRows, QObject* parent)
+            : RowDelegate(parent)
             , rows(allRows)
         {
         }
@@ -271,13 +270,6 @@ private:
             constexpr int margin = 4;
             return {option.fontMetrics.horizontalAdvance(ToShow(rows.longest)) + 2 * margin,
                 option.fontMetrics.height() + 2};
-        }
-
-        bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
-            const QModelIndex& index) override
-        {
-            return ShowRowTip(*event, *view, index, QStyledItemDelegate::sizeHint(option, index).width())
-                || QStyledItemDelegate::helpEvent(event, view, option, index);
         }
 
     private:

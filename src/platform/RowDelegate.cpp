@@ -1,4 +1,4 @@
-#include "platform/RowTip.h"
+#include "platform/RowDelegate.h"
 
 #include "platform/DisplayText.h"
 
@@ -6,10 +6,32 @@
 #include <QHelpEvent>
 #include <QToolTip>
 
-bool ShowRowTip(const QHelpEvent& event, QAbstractItemView& list, const QModelIndex& row, int width)
+namespace {
+
+int Indentation(const QStyleOptionViewItem& option, const QModelIndex& row)
 {
-    if (event.type() != QEvent::ToolTip || !row.isValid() || width <= list.viewport()->width())
-        return false;
-    QToolTip::showText(event.globalPos(), ToToolTip(row.data().toString()), list.viewport(), list.visualRect(row));
+    return row.data(RowDelegate::levelRole).toInt() * option.fontMetrics.height() / 2;
+}
+
+}
+
+QSize RowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& row) const
+{
+    return QStyledItemDelegate::sizeHint(option, row) + QSize(Indentation(option, row), 0);
+}
+
+bool RowDelegate::helpEvent(
+    QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option, const QModelIndex& row)
+{
+    if (event->type() != QEvent::ToolTip || !row.isValid()
+        || RowDelegate::sizeHint(option, row).width() <= view->viewport()->width())
+        return QStyledItemDelegate::helpEvent(event, view, option, row);
+    QToolTip::showText(event->globalPos(), ToToolTip(row.data().toString()), view->viewport(), view->visualRect(row));
     return true;
+}
+
+void RowDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& row) const
+{
+    QStyledItemDelegate::initStyleOption(option, row);
+    option->rect.setLeft(option->rect.left() + Indentation(*option, row));
 }
