@@ -40,6 +40,8 @@ public:
         return ToShow(rows.at(static_cast<std::size_t>(index.row())));
     }
 
+    bool Has(int index) const { return index >= 0 && index < rowCount({}); }
+
     void Add(std::string_view text)
     {
         NoteLength(text);
@@ -318,15 +320,20 @@ ListBox::ListBox(Container& container, std::string_view name, const Place& place
 
 ListBox::View& ListBox::ListView() const { return *static_cast<View*>(widget); }
 
+ListBox::View& ListBox::UpToDate() const
+{
+    ListView().BringUpToDate();
+    return ListView();
+}
+
 void ListBox::AddItem(std::string_view text)
 {
-    ++revision;
-    Rows& rows = ListView().rows;
     if (!style.sorted) {
-        rows.Insert({std::string(text)}, static_cast<int>(rows.rows.size()));
+        InsertItem(text, ListCount());
         return;
     }
-    rows.Add(text);
+    ++revision;
+    ListView().rows.Add(text);
     ListView().ExpectAdditions();
 }
 
@@ -335,8 +342,7 @@ void ListBox::AddItems(const std::vector<std::string>& texts)
     if (texts.empty())
         return;
     ++revision;
-    Rows& rows = ListView().rows;
-    rows.Insert(texts, static_cast<int>(rows.rows.size()));
+    ListView().rows.Insert(texts, ListCount());
 }
 
 void ListBox::InsertItem(std::string_view text, int index)
@@ -348,16 +354,14 @@ void ListBox::InsertItem(std::string_view text, int index)
 void ListBox::RemoveItem(int index)
 {
     ++revision;
-    ListView().BringUpToDate();
-    if (index >= 0 && index < ListCount())
+    if (UpToDate().rows.Has(index))
         ListView().RemoveQuietly(index);
 }
 
 std::vector<std::string> ListBox::TakeSelected()
 {
     ++revision;
-    ListView().BringUpToDate();
-    return ListView().TakeHighlightedRows();
+    return UpToDate().TakeHighlightedRows();
 }
 
 void ListBox::Clear()
@@ -375,44 +379,29 @@ int ListBox::ListCount() const
 
 const std::string& ListBox::List(int index) const
 {
-    ListView().BringUpToDate();
-    const std::vector<std::string>& rows = ListView().rows.rows;
-    return index >= 0 && index < static_cast<int>(rows.size()) ? rows[static_cast<std::size_t>(index)] : noText;
+    const Rows& rows = UpToDate().rows;
+    return rows.Has(index) ? rows.rows[static_cast<std::size_t>(index)] : noText;
 }
 
-int ListBox::ListIndex() const
-{
-    ListView().BringUpToDate();
-    return ListView().currentIndex().row();
-}
+int ListBox::ListIndex() const { return UpToDate().currentIndex().row(); }
 
 void ListBox::SetListIndex(int index)
 {
-    View& view = ListView();
-    view.BringUpToDate();
+    QItemSelectionModel& selection = *UpToDate().selectionModel();
     if (index < 0) {
-        view.selectionModel()->clearCurrentIndex();
+        selection.clearCurrentIndex();
         if (!style.extended)
-            view.selectionModel()->clearSelection();
-        return;
+            selection.clearSelection();
+    } else if (index < ListCount()) {
+        selection.setCurrentIndex(ListView().rows.index(index),
+            style.extended ? QItemSelectionModel::NoUpdate : QItemSelectionModel::ClearAndSelect);
     }
-    if (index >= ListCount())
-        return;
-    view.selectionModel()->setCurrentIndex(
-        view.rows.index(index), style.extended ? QItemSelectionModel::NoUpdate : QItemSelectionModel::ClearAndSelect);
-}
-
-bool ListBox::Selected(int index) const
-{
-    ListView().BringUpToDate();
-    return ListView().selectionModel()->isRowSelected(index);
 }
 
 void ListBox::SetSelected(int index, bool selected)
 {
-    View& view = ListView();
-    view.BringUpToDate();
-    if (index < 0 || index >= ListCount())
+    View& view = UpToDate();
+    if (!view.rows.Has(index))
         return;
     const QItemSelectionModel::SelectionFlags change = !selected ? QItemSelectionModel::Deselect
         : style.extended                                         ? QItemSelectionModel::Select

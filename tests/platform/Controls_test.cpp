@@ -193,7 +193,7 @@ TEST_F(ControlsTest, AListMovesItsCurrentRowOnlyWhenTold)
     DoEvents();
     EXPECT_EQ(list.ListIndex(), -1) << "focus does not pick a row";
     list.SetListIndex(2);
-    EXPECT_FALSE(list.Selected(2)) << "the row with the focus is not highlighted by it";
+    EXPECT_TRUE(HighlightedRows("lstPlain").empty()) << "the row with the focus is not highlighted by it";
     list.SetSelected(0, true);
     list.InsertItem("before", 1);
     EXPECT_EQ(list.ListIndex(), 3);
@@ -202,7 +202,7 @@ TEST_F(ControlsTest, AListMovesItsCurrentRowOnlyWhenTold)
     EXPECT_EQ(list.List(5), "");
     list.RemoveItem(3);
     EXPECT_EQ(list.ListIndex(), -1) << "the neighbour does not take over";
-    EXPECT_TRUE(list.Selected(0));
+    EXPECT_EQ(HighlightedRows("lstPlain"), std::vector<int>{0});
     EXPECT_EQ(clicks, 1);
     ClickRow("lstPlain", 1);
     EXPECT_EQ(list.ListIndex(), 1);
@@ -261,7 +261,7 @@ TEST_F(ControlsTest, ASortedListKeepsCurrentAndHighlightedRowsOverAdditions)
     EXPECT_TRUE(Until([] { return RowsOf("lstSorted").size() == 7; }));
     EXPECT_EQ(RowsOf("lstSorted"), (std::vector<std::string>{"a", "B", "d", "M", "m", "m", "z"}));
     EXPECT_EQ(list.List(list.ListIndex()), "m");
-    EXPECT_TRUE(list.Selected(list.ListIndex()));
+    EXPECT_EQ(HighlightedRows("lstSorted"), std::vector<int>{list.ListIndex()});
     EXPECT_EQ(clicks, 0);
     list.Clear();
     EXPECT_EQ(list.ListCount(), 0);
