@@ -9,8 +9,6 @@ public:
     // `pattern` is a list such as "*.jpg;*.gif": endings of names, letters of either case.
     FileList(Container& container, std::string_view name, const Place& place, std::string_view pattern);
 
-    const std::string& Path() const { return path; }
-
     // Reads another directory. False, with nothing changed, if it cannot be read.
     [[nodiscard]] bool SetPath(const std::string& newPath);
 

@@ -26,8 +26,6 @@ MenuEntry::MenuEntry(Menu& menu, std::string_view name, std::string_view caption
     });
 }
 
-bool MenuEntry::Enabled() const { return action->isEnabled(); }
-
 void MenuEntry::SetEnabled(bool enabled) { action->setEnabled(enabled); }
 
 bool MenuEntry::Checked() const { return action->isChecked(); }

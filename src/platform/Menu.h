@@ -25,7 +25,6 @@ public:
     MenuEntry(const MenuEntry&) = delete;
     MenuEntry& operator=(const MenuEntry&) = delete;
 
-    bool Enabled() const;
     void SetEnabled(bool enabled);
 
     bool Checked() const;

@@ -153,8 +153,6 @@ StatusPanel::StatusPanel(Field* newField)
 {
 }
 
-std::string StatusPanel::Text() const { return FromDisplay(field->text()); }
-
 void StatusPanel::SetText(std::string_view text) { field->Show(ToShow(text)); }
 
 void StatusPanel::SetStyle(PanelStyle style)

@@ -14,7 +14,6 @@ enum class PanelStyle {
 // that a text that changes with every article costs nothing; a time or date shows the clock by itself.
 class StatusPanel {
 public:
-    std::string Text() const;
     void SetText(std::string_view text);
 
     void SetStyle(PanelStyle style);
