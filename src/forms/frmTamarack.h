@@ -31,7 +31,7 @@ struct frmTamarack : Form {
 
     Menu mnuFile{*this, "mnuFile", "&File"};
     MenuEntry mnuFindNow{mnuFile, "mnuFindNow", "Find Now", "F5"};
-    MenuSeparator mnuDash3{mnuFile, "mnuDash3"};
+    MenuEntry mnuDash3{mnuFile, "mnuDash3"};
     MenuEntry mnuClose{mnuFile, "mnuClose", "Exit", "Ctrl+Q"};
     Menu mnuView{*this, "mnuView", "&Viewer"};
     MenuEntry mnuInteractiveDownload{mnuView, "mnuInteractiveDownload", "Interactive Download"};
@@ -39,7 +39,7 @@ struct frmTamarack : Form {
     MenuEntry mnuSlideShow{mnuView, "mnuSlideShow", "Slide Show"};
     Menu mnuHelp{*this, "mnuHelp", "&Help"};
     MenuEntry mnuHelpTopics{mnuHelp, "mnuHelpTopics", "Help Topics"};
-    MenuSeparator mnuDash1{mnuHelp, "mnuDash1"};
+    MenuEntry mnuDash1{mnuHelp, "mnuDash1"};
     MenuEntry mnuAbout{mnuHelp, "mnuAbout", "About"};
 
     Panel Frame1{*this, "Frame1", {-105, -15, 8100, 45}, PanelEdge::Sunken};
