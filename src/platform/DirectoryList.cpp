@@ -100,15 +100,15 @@ bool DirectoryList::SetPath(const std::string& newPath)
 
     const bool another = opened != Path();
     view.clear();
-    std::string path;
+    std::filesystem::path path;
     for (const std::filesystem::path& step : std::filesystem::path(opened)) {
-        path = path.empty() ? step.native() : WithSeparator(path) + step.native();
-        view.AddRow(step.native(), path, view.count(), QStyle::SP_DirOpenIcon);
+        path /= step;
+        view.AddRow(step.native(), path.native(), view.count(), QStyle::SP_DirOpenIcon);
     }
     view.openRow = view.count() - 1;
     view.setCurrentRow(view.openRow);
     for (const std::string& name : *names)
-        view.AddRow(name, WithSeparator(opened) + name, view.openRow + 1, QStyle::SP_DirClosedIcon);
+        view.AddRow(name, (path / name).native(), view.openRow + 1, QStyle::SP_DirClosedIcon);
     // The directories inside come into sight, and the open one stays there.
     view.scrollToItem(view.currentItem(), QAbstractItemView::PositionAtCenter);
     if (another)
