@@ -19,17 +19,17 @@ public:
     virtual MessageAnswer MsgBox(
         std::string_view text, std::string_view title, MessageButtons buttons = MessageButtons::Ok);
 
-    // Blocks the thread; no event is delivered. The windows are painted before, at once and nothing but they, so that a
-    // text set just now can be read. A timer that is due meanwhile ticks once, afterwards; what the server sends waits.
+    // Blocks the thread; no event is delivered. The windows are painted before, so that a text set just now can be
+    // read. A timer that is due meanwhile ticks once, afterwards; what the server sends waits.
     virtual void Sleep(std::chrono::milliseconds duration);
 
     // Hands a document or web address to the system's opener. False if there is none, or if it has failed within a
     // second, which is how long this waits for it; no event is delivered.
     [[nodiscard]] virtual bool ShellOpen(const std::string& address);
 
-    // Ends the process at once, from wherever it is called: no form is unloaded, no event delivered, no object's end is
-    // run and nothing is written that is still to be written. Nobody else has to tidy up: the system closes what is
-    // open, settings are on the disk after each change, and the helpers that read pictures end with their connection.
+    // Ends the process at once, from wherever it is called, with everything that it has open: no form is unloaded, no
+    // event delivered, no destructor run, no buffered file written out. What counts is on the disk before: settings are
+    // written out after each change. The helpers that read pictures end with their connection.
     virtual void EndProgram();
 };
 

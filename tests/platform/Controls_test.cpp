@@ -1,5 +1,6 @@
 #include "platform/Buttons.h"
 #include "platform/ComboBox.h"
+#include "platform/DirectoryList.h"
 #include "platform/Events.h"
 #include "platform/Form.h"
 #include "platform/Frame.h"
@@ -11,6 +12,7 @@
 #include "platform/TabStrip.h"
 #include "platform/Timer.h"
 #include "support/Screen.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -22,6 +24,8 @@
 #include <QTest>
 #include <QTimer>
 #include <QToolTip>
+
+#include <filesystem>
 
 using namespace std::chrono_literals;
 
@@ -60,6 +64,17 @@ protected:
     int clicks = 0;
     const std::function<void()> countClick = [this] { ++clicks; };
 };
+
+std::string TipOf(const char* list, int row)
+{
+    auto& view = Find<QAbstractItemView>(list);
+    const QModelIndex index = view.model()->index(row, 0);
+    view.scrollTo(index);
+    const QPoint place = view.visualRect(index).topLeft() + QPoint(5, 5);
+    QHelpEvent asked(QEvent::ToolTip, place, view.viewport()->mapToGlobal(place));
+    QApplication::sendEvent(view.viewport(), &asked);
+    return asked.isAccepted() ? QToolTip::text().toStdString() : std::string();
+}
 
 }
 
@@ -115,7 +130,10 @@ TEST_F(ControlsTest, AComboSelectsNothingByItself)
     EXPECT_EQ(clicks, 1);
     ChooseEntry("cboNames", "a");
     EXPECT_EQ(clicks, 2);
-    combo.AddItem("c");
+    combo.AddItem("\xFFz");
+    EXPECT_TRUE(combo.SelectText("\xFFz"));
+    EXPECT_EQ(combo.Text(), "\xFFz") << "the row keeps its bytes";
+    combo.SetListIndex(0);
     QWidget& widget = Find<QWidget>("cboNames");
     QWheelEvent wheel(
         QPointF(5, 5), widget.mapToGlobal(QPointF(5, 5)), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
@@ -239,12 +257,25 @@ TEST_F(ControlsTest, AListTellsWhatARowDoesNotShow)
     DoEvents();
     for (const auto& [row, tip] :
         {std::pair{0, std::string("of the list")}, {1, "<qt>a &lt;b&gt;name&lt;/b&gt;" + wide.substr(13)}}) {
-        const auto& view = Find<QAbstractItemView>("lstPlain");
-        const QPoint place = view.visualRect(view.model()->index(row, 0)).topLeft() + QPoint(5, 5);
-        QHelpEvent asked(QEvent::ToolTip, place, area.mapToGlobal(place));
-        QApplication::sendEvent(&area, &asked);
-        EXPECT_EQ(QToolTip::text().toStdString(), tip);
+        EXPECT_EQ(TipOf("lstPlain", row), tip);
     }
+}
+
+TEST_F(ControlsTest, AListTellsWhatIsSetInTooFar)
+{
+    const TemporaryFolder folder;
+    std::string deep = folder.Path();
+    for (int level = 0; level < 40; ++level)
+        deep += "d/";
+    std::filesystem::create_directories(deep + "inside");
+    DirectoryList list(window, "Dir1", {4000, 2700, 1500, 900});
+    ASSERT_TRUE(list.SetPath(deep));
+    EXPECT_EQ(list.List(list.ListIndex()) + '/', deep);
+    EXPECT_EQ(list.List(list.ListIndex() + 1), deep + "inside");
+    EXPECT_EQ(list.List(list.ListIndex() + 2), "");
+    list.SetVisible(true);
+    EXPECT_EQ(TipOf("Dir1", 1), "");
+    EXPECT_EQ(TipOf("Dir1", list.ListIndex()), "d");
 }
 
 TEST_F(ControlsTest, ASortedListKeepsCurrentAndHighlightedRowsOverAdditions)
