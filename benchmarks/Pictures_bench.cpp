@@ -76,7 +76,7 @@ void LargeDirectory(benchmark::State& state)
             MakeFile(tenth.File(name), "");
     }
     Form form("form", "", {.clientWidth = 3060, .clientHeight = 2820});
-    FileList files(form, "lstFiles", {0, 0, 3060, 2820}, "*.gif;*.jpg");
+    FileList files(form, "lstFiles", {0, 0, 3060, 2820}, {".gif", ".jpg"});
     form.SetVisible(true);
     const auto open = [&files](const TemporaryFolder& folder, int count) {
         return Timed([&] {

@@ -17,9 +17,9 @@ void DirectoryWalk::Begin(const std::string& path)
     if (!Dir1.SetPath(path))
         (void)Dir1.SetPath(CurrentDirectory());
     // A change of the volume by its user leads to the top of it; this one must not.
-    Drive1.Change = nullptr;
+    Drive1.Click = nullptr;
     Drive1.SetDrive(Dir1.Path());
-    Drive1.Change = [this] { Drive1_Change(); };
+    Drive1.Click = [this] { Drive1_Change(); };
 }
 
 void DirectoryWalk::Dir1_Click()
@@ -32,7 +32,7 @@ void DirectoryWalk::Drive1_Change()
 {
     MainForm.SetMousePointer(MousePointer::Hourglass);
     DoEvents();
-    if (!Dir1.SetPath(Drive1.Drive())) {
+    if (!Dir1.SetPath(Drive1.Text())) {
         desktop.MsgBox("You need to put a disk in the drive", "Error");
         Drive1.SetDrive("C");
     }

@@ -1,6 +1,5 @@
 #include "forms/frmTamarack.h"
 
-#include "platform/Artwork.h"
 
 const std::string_view frmTamarack::idleCaption = "Tamarack -- " TAMARACK_HOMEPAGE;
 
@@ -17,7 +16,7 @@ frmTamarack::frmTamarack()
         control->SetEnabled(false);
     Label1.SetVisible(false);
     Frame3.SetVisible(false);
-    Image1.SetPicture(Artwork::Banner());
+    Image1.SetPicture(Picture::Banner());
     for (Label& fileName : Label2)
         fileName.KeepToOneLine();
 

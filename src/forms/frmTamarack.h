@@ -13,6 +13,7 @@
 #include "platform/StatusBar.h"
 #include "platform/Stepper.h"
 #include "platform/TabStrip.h"
+#include "platform/TextArea.h"
 #include "platform/TextBox.h"
 #include "platform/Timer.h"
 
@@ -30,7 +31,7 @@ struct frmTamarack : Form {
 
     Menu mnuFile{*this, "mnuFile", "&File"};
     MenuEntry mnuFindNow{mnuFile, "mnuFindNow", "Find Now", "F5"};
-    MenuSeparator mnuDash3{mnuFile, "mnuDash3"};
+    MenuEntry mnuDash3{mnuFile, "mnuDash3"};
     MenuEntry mnuClose{mnuFile, "mnuClose", "Exit", "Ctrl+Q"};
     Menu mnuView{*this, "mnuView", "&Viewer"};
     MenuEntry mnuInteractiveDownload{mnuView, "mnuInteractiveDownload", "Interactive Download"};
@@ -38,7 +39,7 @@ struct frmTamarack : Form {
     MenuEntry mnuSlideShow{mnuView, "mnuSlideShow", "Slide Show"};
     Menu mnuHelp{*this, "mnuHelp", "&Help"};
     MenuEntry mnuHelpTopics{mnuHelp, "mnuHelpTopics", "Help Topics"};
-    MenuSeparator mnuDash1{mnuHelp, "mnuDash1"};
+    MenuEntry mnuDash1{mnuHelp, "mnuDash1"};
     MenuEntry mnuAbout{mnuHelp, "mnuAbout", "About"};
 
     Panel Frame1{*this, "Frame1", {-105, -15, 8100, 45}, PanelEdge::Sunken};
@@ -50,7 +51,7 @@ struct frmTamarack : Form {
     CommandButton cmdSelectDir{nameAndLocation, "cmdSelectDir", "Select Destination Drive", {90, 90, 2385, 345}};
     CheckBox chkGroupSubDir{
         nameAndLocation, "chkGroupSubDir", "Use group name as sub directory", {2610, 60, 2580, 405}, 1};
-    TextBox txtSelectDir{nameAndLocation, "txtSelectDir", {90, 495, 5055, 615}, {.multiLine = true, .readOnly = true}};
+    TextArea txtSelectDir{nameAndLocation, "txtSelectDir", {90, 495, 5055, 615}};
     Frame Frame2{nameAndLocation, "Frame2", "Search Criteria", {90, 1155, 5055, 1485}};
     CheckBox chkJPEGFiles{Frame2, "chkJPEGFiles", "JPEG Files (*.jpg)", {150, 285, 2325, 255}, 1};
     CheckBox chkGIFFiles{Frame2, "chkGIFFiles", "GIF Files (*.gif)", {2580, 285, 2325, 255}};

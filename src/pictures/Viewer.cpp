@@ -167,7 +167,7 @@ void Viewer::Command1_Click()
 void Viewer::Command2_Click()
 {
     (void)DeleteFile(form->Image1.Tag);
-    form->Image1.ClearPicture();
+    form->Image1.SetPicture({});
     form->SetCaption("");
 }
 

@@ -31,7 +31,7 @@ struct frmSlideShow : Form {
 
     DriveList Drive1{*this, "Drive1", {45, 90, 3330, 315}};
     DirectoryList Dir1{*this, "Dir1", {45, 420, 3330, 1665}};
-    FileList lstFiles{*this, "lstFiles", {3390, 75, 3060, 2820}, "*.wmf;*.emf;*.jpg;*.gif;*.bmp;*.ico"};
+    FileList lstFiles{*this, "lstFiles", {3390, 75, 3060, 2820}, {".wmf", ".emf", ".jpg", ".gif", ".bmp", ".ico"}};
     // The blank one is a backdrop for the check box and the button beside it.
     CommandButton Command1[8] = {{*this, "Command1(0)", "Start", {5505, 4035, 870, 330}},
         {*this, "Command1(1)", "Stop", {5505, 4765, 870, 330}},

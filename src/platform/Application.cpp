@@ -1,6 +1,5 @@
 #include "platform/Application.h"
 
-#include "platform/Control.h"
 #include "platform/Process.h"
 #include "platform/Twips.h"
 
@@ -121,19 +120,18 @@ Application::~Application() = default;
 
 void Application::AtEndRequest(std::function<void()> handler)
 {
-    endRequested = std::move(handler);
     QObject::connect(
-        application.get(), &QApplication::commitDataRequest, application.get(), [this](QSessionManager& manager) {
+        application.get(), &QApplication::commitDataRequest, application.get(), [handler](QSessionManager& manager) {
             manager.setRestartHint(QSessionManager::RestartNever);
-            Raise(endRequested);
+            handler();
         });
     if (pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
-    signalNotifier = std::make_unique<QSocketNotifier>(signalPipe[0], QSocketNotifier::Read);
-    QObject::connect(signalNotifier.get(), &QSocketNotifier::activated, signalNotifier.get(), [this] {
+    auto* arrival = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, application.get());
+    QObject::connect(arrival, &QSocketNotifier::activated, arrival, [handler] {
         char byte = 0;
         while (read(signalPipe[0], &byte, 1) > 0) { }
-        Raise(endRequested);
+        handler();
     });
     struct sigaction action { };
     action.sa_handler = NoteSignal;
@@ -143,5 +141,3 @@ void Application::AtEndRequest(std::function<void()> handler)
 }
 
 int Application::Run() { return QApplication::exec(); }
-
-void Application::Quit() { QApplication::quit(); }

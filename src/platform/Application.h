@@ -5,7 +5,6 @@
 #include <string_view>
 
 class QApplication;
-class QSocketNotifier;
 
 // The toolkit's start and its event loop. There is one, it is made before every form, and it outlives them.
 class Application {
@@ -22,10 +21,8 @@ public:
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-    // Delivers events until Quit(); the result is the program's exit code.
+    // Delivers events for as long as the program runs; the result is its exit code.
     int Run();
-
-    static void Quit();
 
     // What happens from now on when the system wants the program to end: at SIGTERM, SIGINT or SIGHUP, or when the
     // person logs out. It is called where events are delivered, so also inside a wait and while a message box is up.
@@ -33,6 +30,4 @@ public:
 
 private:
     std::unique_ptr<QApplication> application;
-    std::function<void()> endRequested;
-    std::unique_ptr<QSocketNotifier> signalNotifier;
 };

@@ -5,66 +5,95 @@
 #include <QComboBox>
 #include <QSignalBlocker>
 #include <QWheelEvent>
-#include <algorithm>
 
 namespace {
 
-class ChoiceBox : public QComboBox {
+QByteArray Bytes(std::string_view text) { return {text.data(), static_cast<qsizetype>(text.size())}; }
+
+}
+
+// The items show the rows, and have their bytes for data.
+class ComboBox::View : public QComboBox {
+public:
+    explicit View(ComboBox& ownerBox)
+        : box(ownerBox)
+    {
+    }
+
+    void showPopup() override
+    {
+        Raise(box.BeforeUse);
+        QComboBox::showPopup();
+    }
+
 protected:
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        Raise(box.BeforeUse);
+        QComboBox::keyPressEvent(event);
+    }
     // A wheel that happens to turn above it must not choose another server.
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+
+private:
+    ComboBox& box;
 };
 
+ComboBox::ComboBox(
+    Container& container, std::string_view name, const Place& place, std::initializer_list<std::string_view> rows)
+    : Control(container, new View(*this), name, place)
+{
+    for (const std::string_view row : rows)
+        AddItem(row);
+    Box().setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    QObject::connect(&Box(), &QComboBox::currentIndexChanged, &Box(), [this] { Raise(Click); });
 }
 
-ComboBox::ComboBox(Container& container, std::string_view name, const Place& place,
-    std::initializer_list<std::string_view> initialRows)
-    : Control(container, new ChoiceBox, name, place)
-{
-    for (const std::string_view row : initialRows)
-        AddItem(row);
-    auto* combo = static_cast<QComboBox*>(widget);
-    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    QObject::connect(combo, &QComboBox::currentIndexChanged, combo, [this] { Raise(Click); });
-}
+ComboBox::View& ComboBox::Box() const { return *static_cast<View*>(widget); }
 
 void ComboBox::AddItem(std::string_view text)
 {
-    auto* combo = static_cast<QComboBox*>(widget);
-    const int current = combo->currentIndex();
-    const QSignalBlocker quiet(combo);
-    rows.emplace_back(text);
-    combo->addItem(ToShow(text));
-    combo->setCurrentIndex(current);
+    const int current = ListIndex();
+    const QSignalBlocker quiet(Box());
+    Box().addItem(ToShow(text), Bytes(text));
+    Box().setCurrentIndex(current);
 }
 
 void ComboBox::RemoveItem(int index)
 {
-    if (index < 0 || index >= ListCount())
-        return;
-    auto* combo = static_cast<QComboBox*>(widget);
-    const int current = combo->currentIndex();
-    const QSignalBlocker quiet(combo);
-    rows.erase(rows.begin() + index);
-    combo->removeItem(index);
-    combo->setCurrentIndex(index == current ? -1 : index < current ? current - 1 : current);
+    const int current = ListIndex();
+    const QSignalBlocker quiet(Box());
+    Box().removeItem(index);
+    if (index == current)
+        Box().setCurrentIndex(-1);
 }
 
-int ComboBox::ListIndex() const { return static_cast<QComboBox*>(widget)->currentIndex(); }
+int ComboBox::ListCount() const { return Box().count(); }
+
+int ComboBox::ListIndex() const { return Box().currentIndex(); }
 
 void ComboBox::SetListIndex(int index)
 {
     if (index >= -1 && index < ListCount())
-        static_cast<QComboBox*>(widget)->setCurrentIndex(index);
+        Box().setCurrentIndex(index);
 }
 
-std::string ComboBox::Text() const { return ListIndex() < 0 ? std::string() : List(ListIndex()); }
+std::string ComboBox::Text() const { return Box().currentData().toByteArray().toStdString(); }
 
 bool ComboBox::SelectText(std::string_view text)
 {
-    const auto found = std::find(rows.begin(), rows.end(), text);
-    if (found == rows.end())
+    const int found = Box().findData(Bytes(text));
+    if (found < 0)
         return false;
-    SetListIndex(static_cast<int>(found - rows.begin()));
+    SetListIndex(found);
     return true;
+}
+
+void ComboBox::SetRows(const std::vector<std::string>& rows, int current)
+{
+    const QSignalBlocker quiet(Box());
+    Box().clear();
+    for (const std::string& row : rows)
+        Box().addItem(ToShow(row), Bytes(row));
+    Box().setCurrentIndex(current);
 }

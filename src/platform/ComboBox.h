@@ -14,8 +14,7 @@ public:
 
     void AddItem(std::string_view text);
     void RemoveItem(int index);
-    int ListCount() const { return static_cast<int>(rows.size()); }
-    const std::string& List(int index) const { return rows.at(static_cast<std::size_t>(index)); }
+    int ListCount() const;
 
     // -1 for none.
     int ListIndex() const;
@@ -29,6 +28,15 @@ public:
 
     std::function<void()> Click;
 
+protected:
+    // Before the list is opened, or a key may choose from it.
+    std::function<void()> BeforeUse;
+
+    // Other rows, one of which becomes the current one; raises nothing.
+    void SetRows(const std::vector<std::string>& rows, int current);
+
 private:
-    std::vector<std::string> rows;
+    class View;
+
+    View& Box() const;
 };

@@ -1,7 +1,6 @@
 #include "platform/Control.h"
 
 #include "platform/DisplayText.h"
-#include "platform/HelpTopic.h"
 
 #include <QEvent>
 #include <QPointer>

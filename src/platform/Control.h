@@ -9,6 +9,9 @@
 
 class QWidget;
 
+// The property under which a widget keeps the number of its help topic. For platform/ alone.
+inline constexpr const char* helpTopicProperty = "helpTopic";
+
 // Calls a copy of the handler, if there is one, since a handler may close the window that it belongs to.
 template <class... Arguments>
 void Raise(const std::function<void(Arguments...)>& handler, std::type_identity_t<Arguments>... arguments)

@@ -13,37 +13,6 @@
 #include <thread>
 #include <unistd.h>
 
-namespace {
-
-QMessageBox::StandardButtons StandardButtons(MessageButtons buttons)
-{
-    switch (buttons) {
-    case MessageButtons::OkCancel:
-        return QMessageBox::Ok | QMessageBox::Cancel;
-    case MessageButtons::YesNo:
-        return QMessageBox::Yes | QMessageBox::No;
-    case MessageButtons::Ok:
-        break;
-    }
-    return QMessageBox::Ok;
-}
-
-MessageAnswer Answer(int button)
-{
-    switch (button) {
-    case QMessageBox::Yes:
-        return MessageAnswer::Yes;
-    case QMessageBox::No:
-        return MessageAnswer::No;
-    case QMessageBox::Cancel:
-        return MessageAnswer::Cancel;
-    default:
-        return MessageAnswer::Ok;
-    }
-}
-
-}
-
 Desktop::~Desktop() = default;
 
 MessageAnswer Desktop::MsgBox(std::string_view text, std::string_view title, MessageButtons buttons)
@@ -52,12 +21,18 @@ MessageAnswer Desktop::MsgBox(std::string_view text, std::string_view title, Mes
     box.setTextFormat(Qt::PlainText);
     box.setText(ToShow(text).replace(QLatin1String("\r\n"), QLatin1String("\n")));
     box.setWindowTitle(ToShow(title));
-    box.setStandardButtons(StandardButtons(buttons));
+    box.setStandardButtons(buttons == MessageButtons::YesNo ? QMessageBox::Yes | QMessageBox::No
+            : buttons == MessageButtons::OkCancel           ? QMessageBox::Ok | QMessageBox::Cancel
+                                                            : QMessageBox::Ok);
     if (buttons == MessageButtons::YesNo)
         box.setEscapeButton(QMessageBox::No);
     // A busy pointer would tell the user to wait for somebody who waits for the user.
     box.setCursor(Qt::ArrowCursor);
-    return Answer(box.exec());
+    const int answer = box.exec();
+    return answer == QMessageBox::Yes   ? MessageAnswer::Yes
+        : answer == QMessageBox::No     ? MessageAnswer::No
+        : answer == QMessageBox::Cancel ? MessageAnswer::Cancel
+                                        : MessageAnswer::Ok;
 }
 
 void Desktop::Sleep(std::chrono::milliseconds duration)

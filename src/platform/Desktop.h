@@ -14,19 +14,22 @@ public:
     virtual ~Desktop();
 
     // Shows a modal message box and gives the button that closed it. Escape and the box's close button count as Ok
-    // where there is nothing else, as Cancel and as No.
+    // where there is nothing else, as Cancel and as No. Until then no window of the program but the box takes keys and
+    // clicks; timers, the socket and a request to end the program go on, and their handlers run inside this call.
     virtual MessageAnswer MsgBox(
         std::string_view text, std::string_view title, MessageButtons buttons = MessageButtons::Ok);
 
     // Blocks the thread; no event is delivered. The windows are painted before, so that a text set just now can be
-    // read.
+    // read. A timer that is due meanwhile ticks once, afterwards; what the server sends waits.
     virtual void Sleep(std::chrono::milliseconds duration);
 
     // Hands a document or web address to the system's opener. False if there is none, or if it has failed within a
     // second, which is how long this waits for it; no event is delivered.
     [[nodiscard]] virtual bool ShellOpen(const std::string& address);
 
-    // Ends the process at once, with everything that it has open, and without an unload of any form.
+    // Ends the process at once, from wherever it is called, with everything that it has open: no form is unloaded, no
+    // event delivered, no destructor run, no buffered file written out. What counts is on the disk before: settings are
+    // written out after each change. The helpers that read pictures end with their connection.
     virtual void EndProgram();
 };
 

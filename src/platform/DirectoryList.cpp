@@ -2,48 +2,17 @@
 
 #include "base/Files.h"
 #include "platform/DisplayText.h"
-#include "platform/RowTip.h"
+#include "platform/RowDelegate.h"
 
 #include <QKeyEvent>
 #include <QListWidget>
 #include <QStyle>
-#include <QStyledItemDelegate>
 #include <filesystem>
 #include <utility>
 
 namespace {
 
-constexpr int depthRole = Qt::UserRole;
-
-// Each level is set in a little from the one above.
-class TreeDelegate : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
-    {
-        QStyleOptionViewItem indented = option;
-        indented.rect.setLeft(option.rect.left() + Indentation(option, index));
-        QStyledItemDelegate::paint(painter, indented, index);
-    }
-
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
-    {
-        return QStyledItemDelegate::sizeHint(option, index) + QSize(Indentation(option, index), 0);
-    }
-
-    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
-        const QModelIndex& index) override
-    {
-        return ShowRowTip(*event, *view, index, sizeHint(option, index).width());
-    }
-
-private:
-    static int Indentation(const QStyleOptionViewItem& option, const QModelIndex& index)
-    {
-        return index.data(depthRole).toInt() * option.fontMetrics.height() / 2;
-    }
-};
+constexpr int pathRole = RowDelegate::levelRole + 1;
 
 std::string Cleaned(const std::string& path)
 {
@@ -61,19 +30,20 @@ public:
     explicit View(DirectoryList& ownerList)
         : list(ownerList)
     {
-        setItemDelegate(new TreeDelegate(this));
+        setItemDelegate(new RowDelegate(this));
         setUniformItemSizes(true);
     }
 
-    void AddRow(std::string_view name, int depth, bool open)
+    void AddRow(const std::string& name, const std::string& path, int level, QStyle::StandardPixmap icon)
     {
-        auto* row = new QListWidgetItem(
-            style()->standardIcon(open ? QStyle::SP_DirOpenIcon : QStyle::SP_DirClosedIcon), ToShow(name), this);
-        row->setData(depthRole, depth);
+        auto* row = new QListWidgetItem(style()->standardIcon(icon), ToShow(name), this);
+        row->setData(RowDelegate::levelRole, level);
+        row->setData(pathRole, QByteArray::fromStdString(path));
     }
 
-    // Wherever the user has moved to.
-    void ShowOpenRow() { setCurrentRow(OpenRow()); }
+    std::string PathOf(int row) const { return model()->index(row, 0).data(pathRole).toByteArray().toStdString(); }
+
+    int openRow = -1;
 
 protected:
     // The second click of a double click would meet whatever row the first one has brought there.
@@ -92,7 +62,7 @@ protected:
     {
         const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
         if (event->key() == Qt::Key_Backspace)
-            setCurrentRow(std::max(OpenRow() - 1, 0));
+            setCurrentRow(std::max(openRow - 1, 0));
         else if (!enter) {
             QListWidget::keyPressEvent(event);
             return;
@@ -102,11 +72,6 @@ protected:
     }
 
 private:
-    int OpenRow() const
-    {
-        return static_cast<int>(std::find(list.paths.begin(), list.paths.end(), list.path) - list.paths.begin());
-    }
-
     DirectoryList& list;
     bool secondClick = false;
 };
@@ -120,34 +85,30 @@ DirectoryList::DirectoryList(Container& container, std::string_view name, const 
 
 DirectoryList::View& DirectoryList::DirectoryView() const { return *static_cast<View*>(widget); }
 
+std::string DirectoryList::Path() const { return DirectoryView().PathOf(DirectoryView().openRow); }
+
 bool DirectoryList::SetPath(const std::string& newPath)
 {
+    View& view = DirectoryView();
     const std::string opened = Cleaned(newPath);
     const auto names = NamesIn(opened, EntryKind::Directory);
     if (newPath.empty() || !names) {
-        DirectoryView().ShowOpenRow();
+        // Wherever the user has moved to.
+        view.setCurrentRow(view.openRow);
         return false;
     }
 
-    const bool another = opened != path;
-    path = opened;
-    paths.clear();
-    View& view = DirectoryView();
+    const bool another = opened != Path();
     view.clear();
-    int depth = 0;
-    const auto add = [&](const std::string& name, const std::string& rowPath, bool open) {
-        paths.push_back(rowPath);
-        view.AddRow(name, depth, open);
-    };
-    std::string above;
+    std::filesystem::path path;
     for (const std::filesystem::path& step : std::filesystem::path(opened)) {
-        above = above.empty() ? step.native() : WithSeparator(above) + step.native();
-        add(step.native(), above, true);
-        ++depth;
+        path /= step;
+        view.AddRow(step.native(), path.native(), view.count(), QStyle::SP_DirOpenIcon);
     }
-    view.setCurrentRow(view.count() - 1);
+    view.openRow = view.count() - 1;
+    view.setCurrentRow(view.openRow);
     for (const std::string& name : *names)
-        add(name, WithSeparator(opened) + name, false);
+        view.AddRow(name, (path / name).native(), view.openRow + 1, QStyle::SP_DirClosedIcon);
     // The directories inside come into sight, and the open one stays there.
     view.scrollToItem(view.currentItem(), QAbstractItemView::PositionAtCenter);
     if (another)
@@ -155,9 +116,6 @@ bool DirectoryList::SetPath(const std::string& newPath)
     return true;
 }
 
-std::string DirectoryList::List(int index) const
-{
-    return index >= 0 && index < ListCount() ? paths[static_cast<std::size_t>(index)] : std::string();
-}
+std::string DirectoryList::List(int index) const { return DirectoryView().PathOf(index); }
 
 int DirectoryList::ListIndex() const { return DirectoryView().currentRow(); }

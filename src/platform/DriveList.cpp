@@ -1,12 +1,8 @@
 #include "platform/DriveList.h"
 
-#include "platform/DisplayText.h"
-
-#include <QComboBox>
 #include <QFile>
-#include <QSignalBlocker>
+#include <QFileInfo>
 #include <QStorageInfo>
-#include <QWheelEvent>
 #include <algorithm>
 
 namespace {
@@ -44,73 +40,31 @@ bool Holds(std::string_view mountPoint, std::string_view path)
 
 }
 
-class DriveList::View : public QComboBox {
-public:
-    explicit View(DriveList& ownerList)
-        : list(ownerList)
-    {
-    }
-
-    void showPopup() override
-    {
-        list.LookForVolumes();
-        QComboBox::showPopup();
-    }
-
-protected:
-    // Keys choose without opening the list.
-    void keyPressEvent(QKeyEvent* event) override
-    {
-        list.LookForVolumes();
-        QComboBox::keyPressEvent(event);
-    }
-    // A wheel that happens to turn above it chooses nothing.
-    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
-
-private:
-    DriveList& list;
-};
-
 DriveList::DriveList(Container& container, std::string_view name, const Place& place)
-    : Control(container, new View(*this), name, place)
+    : ComboBox(container, name, place)
 {
     LookForVolumes();
-    auto* combo = static_cast<QComboBox*>(widget);
-    QObject::connect(combo, &QComboBox::currentIndexChanged, combo, [this] { Raise(Change); });
-}
-
-std::string DriveList::Drive() const
-{
-    return mountPoints.at(static_cast<std::size_t>(static_cast<QComboBox*>(widget)->currentIndex()));
+    BeforeUse = [this] { LookForVolumes(); };
 }
 
 void DriveList::LookForVolumes()
 {
-    auto* combo = static_cast<QComboBox*>(widget);
     std::vector<std::string> found = MountPoints();
-    const std::string current = combo->currentIndex() < 0 ? "/" : Drive();
-    const auto place = std::lower_bound(found.begin(), found.end(), current);
-    const auto row = static_cast<int>(place - found.begin());
+    const std::string current = ListIndex() < 0 ? "/" : Text();
+    auto place = std::lower_bound(found.begin(), found.end(), current);
     if (place == found.end() || *place != current)
-        found.insert(place, current);
+        place = found.insert(place, current);
     if (found == mountPoints)
         return;
+    SetRows(found, static_cast<int>(place - found.begin()));
     mountPoints = std::move(found);
-    const QSignalBlocker quiet(combo);
-    combo->clear();
-    for (const std::string& mountPoint : mountPoints)
-        combo->addItem(ToShow(mountPoint));
-    combo->setCurrentIndex(row);
 }
 
 void DriveList::SetDrive(std::string_view path)
 {
     LookForVolumes();
     // Sorted, so that the last that fits is the nearest.
-    int nearest = 0;
-    for (std::size_t row = 0; row < mountPoints.size(); ++row) {
-        if (Holds(mountPoints[row], path))
-            nearest = static_cast<int>(row);
-    }
-    static_cast<QComboBox*>(widget)->setCurrentIndex(nearest);
+    const auto nearest = std::find_if(
+        mountPoints.rbegin(), mountPoints.rend(), [&](const std::string& point) { return Holds(point, path); });
+    SetListIndex(static_cast<int>(mountPoints.rend() - nearest) - 1);
 }

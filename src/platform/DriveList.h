@@ -1,29 +1,20 @@
 #pragma once
 
-#include "platform/Control.h"
-
-#include <vector>
+#include "platform/ComboBox.h"
 
 // The volumes that are mounted, each shown by its mount point. The root directory is always among them. They are looked
 // for anew when the list is about to be used and when the current one is set; the current one stays in the list as long
 // as it is that.
-class DriveList : public Control {
+class DriveList : public ComboBox {
 public:
     DriveList(Container& container, std::string_view name, const Place& place);
-
-    // The mount point of the current volume.
-    std::string Drive() const;
 
     // Makes the volume that holds this path the current one. "C", the name that the first disk has elsewhere, stands
     // for the root directory.
     void SetDrive(std::string_view path);
 
-    std::function<void()> Change; // another volume is the current one, from code too
-
 private:
-    class View;
-
     void LookForVolumes();
 
-    std::vector<std::string> mountPoints;
+    std::vector<std::string> mountPoints; // of the rows
 };

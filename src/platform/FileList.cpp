@@ -4,16 +4,12 @@
 #include "base/Text.h"
 
 #include <algorithm>
-#include <iterator>
 
-FileList::FileList(Container& container, std::string_view name, const Place& place, std::string_view pattern)
+FileList::FileList(
+    Container& container, std::string_view name, const Place& place, std::initializer_list<std::string_view> newEndings)
     : ListBox(container, name, place, {.hint = "No files of these kinds here"})
+    , endings(newEndings)
 {
-    while (!pattern.empty()) {
-        const std::string_view part = pattern.substr(0, pattern.find(';'));
-        endings.emplace_back(part.substr(part.find('*') + 1));
-        pattern.remove_prefix(std::min(part.size() + 1, pattern.size()));
-    }
 }
 
 bool FileList::SetPath(const std::string& newPath)
@@ -33,17 +29,15 @@ void FileList::Refresh() { Fill(NamesIn(path, EntryKind::File).value_or(std::vec
 
 void FileList::Fill(const std::vector<std::string>& names)
 {
-    Clear();
     std::vector<std::string> fitting;
-    std::copy_if(names.begin(), names.end(), std::back_inserter(fitting),
-        [this](const std::string& fileName) { return Fits(fileName); });
+    for (const std::string& name : names) {
+        const auto isItsEnd = [&](std::string_view ending) {
+            return name.size() >= ending.size()
+                && FindIgnoringCase(name, ending, name.size() - ending.size()) != std::string_view::npos;
+        };
+        if (std::any_of(endings.begin(), endings.end(), isItsEnd))
+            fitting.push_back(name);
+    }
+    Clear();
     AddItems(fitting);
-}
-
-bool FileList::Fits(std::string_view fileName) const
-{
-    return std::any_of(endings.begin(), endings.end(), [&](std::string_view ending) {
-        return fileName.size() >= ending.size()
-            && FindIgnoringCase(fileName, ending, fileName.size() - ending.size()) != std::string_view::npos;
-    });
 }

@@ -2,14 +2,12 @@
 
 #include "platform/ListBox.h"
 
-// The plain files of one directory whose names fit a pattern, sorted regardless of ASCII case. It holds what the
-// directory held when it was last read; the files themselves are not looked at.
+// The plain files of one directory whose names have certain endings, letters of either case, sorted regardless of ASCII
+// case. It holds what the directory held when it was last read; the files themselves are not looked at.
 class FileList : public ListBox {
 public:
-    // `pattern` is a list such as "*.jpg;*.gif": endings of names, letters of either case.
-    FileList(Container& container, std::string_view name, const Place& place, std::string_view pattern);
-
-    const std::string& Path() const { return path; }
+    FileList(Container& container, std::string_view name, const Place& place,
+        std::initializer_list<std::string_view> endings);
 
     // Reads another directory. False, with nothing changed, if it cannot be read.
     [[nodiscard]] bool SetPath(const std::string& newPath);
@@ -21,8 +19,7 @@ public:
 
 private:
     void Fill(const std::vector<std::string>& names);
-    bool Fits(std::string_view fileName) const;
 
-    std::vector<std::string> endings;
+    const std::vector<std::string_view> endings;
     std::string path;
 };

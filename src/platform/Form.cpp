@@ -1,11 +1,8 @@
 #include "platform/Form.h"
 
 #include "platform/Buttons.h"
-#include "platform/Cursors.h"
 #include "platform/DisplayText.h"
-#include "platform/HelpTopic.h"
 #include "platform/MouseReporting.h"
-#include "platform/Screen.h"
 
 #include <QApplication>
 #include <QCloseEvent>

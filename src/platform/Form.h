@@ -2,7 +2,7 @@
 
 #include "platform/Control.h"
 #include "platform/MouseEvents.h"
-#include "platform/MousePointer.h"
+#include "platform/Screen.h"
 
 #include <memory>
 

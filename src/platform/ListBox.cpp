@@ -2,7 +2,7 @@
 
 #include "base/Text.h"
 #include "platform/DisplayText.h"
-#include "platform/RowTip.h"
+#include "platform/RowDelegate.h"
 
 #include <QAbstractListModel>
 #include <QElapsedTimer>
@@ -11,7 +11,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStyledItemDelegate>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
@@ -40,6 +39,8 @@ public:
             return {};
         return ToShow(rows.at(static_cast<std::size_t>(index.row())));
     }
+
+    bool Has(int index) const { return index >= 0 && index < rowCount({}); }
 
     void Add(std::string_view text)
     {
@@ -127,7 +128,7 @@ public:
         : box(ownerBox)
     {
         setModel(&rows);
-        setItemDelegate(new RowDelegate(rows, this));
+        setItemDelegate(new UniformRowDelegate(rows, this));
         setUniformItemSizes(true);
         setEditTriggers(NoEditTriggers);
         setHorizontalScrollMode(ScrollPerPixel);
@@ -258,10 +259,10 @@ protected:
 private:
     // All rows have the height of one line and the width of the longest text, so that the view need not measure each
     // and long names can be scrolled into sight.
-    class RowDelegate : public QStyledItemDelegate {
+    class UniformRowDelegate : public RowDelegate {
     public:
-        RowDelegate(const Rows& allRows, QObject* parent)
-            : QStyledItemDelegate(parent)
+        UniformRowDelegate(const Rows& allRows, QObject* parent)
+            : RowDelegate(parent)
             , rows(allRows)
         {
         }
@@ -271,13 +272,6 @@ private:
             constexpr int margin = 4;
             return {option.fontMetrics.horizontalAdvance(ToShow(rows.longest)) + 2 * margin,
                 option.fontMetrics.height() + 2};
-        }
-
-        bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
-            const QModelIndex& index) override
-        {
-            return ShowRowTip(*event, *view, index, QStyledItemDelegate::sizeHint(option, index).width())
-                || QStyledItemDelegate::helpEvent(event, view, option, index);
         }
 
     private:
@@ -326,15 +320,20 @@ ListBox::ListBox(Container& container, std::string_view name, const Place& place
 
 ListBox::View& ListBox::ListView() const { return *static_cast<View*>(widget); }
 
+ListBox::View& ListBox::UpToDate() const
+{
+    ListView().BringUpToDate();
+    return ListView();
+}
+
 void ListBox::AddItem(std::string_view text)
 {
-    ++revision;
-    Rows& rows = ListView().rows;
     if (!style.sorted) {
-        rows.Insert({std::string(text)}, static_cast<int>(rows.rows.size()));
+        InsertItem(text, ListCount());
         return;
     }
-    rows.Add(text);
+    ++revision;
+    ListView().rows.Add(text);
     ListView().ExpectAdditions();
 }
 
@@ -343,8 +342,7 @@ void ListBox::AddItems(const std::vector<std::string>& texts)
     if (texts.empty())
         return;
     ++revision;
-    Rows& rows = ListView().rows;
-    rows.Insert(texts, static_cast<int>(rows.rows.size()));
+    ListView().rows.Insert(texts, ListCount());
 }
 
 void ListBox::InsertItem(std::string_view text, int index)
@@ -356,16 +354,14 @@ void ListBox::InsertItem(std::string_view text, int index)
 void ListBox::RemoveItem(int index)
 {
     ++revision;
-    ListView().BringUpToDate();
-    if (index >= 0 && index < ListCount())
+    if (UpToDate().rows.Has(index))
         ListView().RemoveQuietly(index);
 }
 
 std::vector<std::string> ListBox::TakeSelected()
 {
     ++revision;
-    ListView().BringUpToDate();
-    return ListView().TakeHighlightedRows();
+    return UpToDate().TakeHighlightedRows();
 }
 
 void ListBox::Clear()
@@ -383,44 +379,29 @@ int ListBox::ListCount() const
 
 const std::string& ListBox::List(int index) const
 {
-    ListView().BringUpToDate();
-    const std::vector<std::string>& rows = ListView().rows.rows;
-    return index >= 0 && index < static_cast<int>(rows.size()) ? rows[static_cast<std::size_t>(index)] : noText;
+    const Rows& rows = UpToDate().rows;
+    return rows.Has(index) ? rows.rows[static_cast<std::size_t>(index)] : noText;
 }
 
-int ListBox::ListIndex() const
-{
-    ListView().BringUpToDate();
-    return ListView().currentIndex().row();
-}
+int ListBox::ListIndex() const { return UpToDate().currentIndex().row(); }
 
 void ListBox::SetListIndex(int index)
 {
-    View& view = ListView();
-    view.BringUpToDate();
+    QItemSelectionModel& selection = *UpToDate().selectionModel();
     if (index < 0) {
-        view.selectionModel()->clearCurrentIndex();
+        selection.clearCurrentIndex();
         if (!style.extended)
-            view.selectionModel()->clearSelection();
-        return;
+            selection.clearSelection();
+    } else if (index < ListCount()) {
+        selection.setCurrentIndex(ListView().rows.index(index),
+            style.extended ? QItemSelectionModel::NoUpdate : QItemSelectionModel::ClearAndSelect);
     }
-    if (index >= ListCount())
-        return;
-    view.selectionModel()->setCurrentIndex(
-        view.rows.index(index), style.extended ? QItemSelectionModel::NoUpdate : QItemSelectionModel::ClearAndSelect);
-}
-
-bool ListBox::Selected(int index) const
-{
-    ListView().BringUpToDate();
-    return ListView().selectionModel()->isRowSelected(index);
 }
 
 void ListBox::SetSelected(int index, bool selected)
 {
-    View& view = ListView();
-    view.BringUpToDate();
-    if (index < 0 || index >= ListCount())
+    View& view = UpToDate();
+    if (!view.rows.Has(index))
         return;
     const QItemSelectionModel::SelectionFlags change = !selected ? QItemSelectionModel::Deselect
         : style.extended                                         ? QItemSelectionModel::Select

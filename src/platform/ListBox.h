@@ -11,11 +11,14 @@ struct ListStyle {
     std::string_view hint = {}; // shown, in grey, while the list is empty
 };
 
-// A list of texts for tens of thousands of rows. `ListIndex` is the row with the focus, `Selected` tells which rows are
-// highlighted; with one highlighted row at most, the two go together. Beyond the widget, the list never selects, moves
+// A list of texts for tens of thousands of rows. `ListIndex` is the row with the focus; with one
+// highlighted row at most, that is the one. Beyond the widget, the list never selects, moves
 // or clears its current row by itself: focus does not pick the first row, and when the current row is removed there is
-// none. It scrolls sideways as far as its longest row. A sorted list sorts lazily, before the first read or paint after
-// additions. Rows keep their bytes.
+// none. It scrolls sideways as far as its longest row. Rows keep their bytes.
+//
+// A sorted list sorts lazily, before the first read or paint after additions. So a read, const as it is, may put the
+// additions in their places: the current and the highlighted rows stay what they were, under other numbers, and nothing
+// is raised.
 class ListBox : public Control {
 public:
     ListBox(Container& container, std::string_view name, const Place& place, const ListStyle& style = {});
@@ -32,14 +35,14 @@ public:
     void Clear();
 
     int ListCount() const;
-    // Empty for a row that is not there.
+    // Empty for a row that is not there. The text is the list's own, until the next change or, if it is sorted, until
+    // events are let through.
     const std::string& List(int index) const;
 
     // -1 for none.
     int ListIndex() const;
     void SetListIndex(int index);
 
-    bool Selected(int index) const;
     void SetSelected(int index, bool selected);
 
     // Counts the changes of the rows, for a loop that must notice one.
@@ -58,6 +61,8 @@ private:
     class View;
 
     View& ListView() const;
+    // With all additions in their places.
+    View& UpToDate() const;
 
     ListStyle style;
     std::uint64_t revision = 0;

@@ -18,6 +18,7 @@ MenuEntry::MenuEntry(Menu& menu, std::string_view name, std::string_view caption
     : action(menu.menu->addAction(ToDisplay(caption)))
 {
     action->setObjectName(ToDisplay(name));
+    action->setSeparator(caption.empty());
     action->setShortcut(QKeySequence(ToDisplay(shortcut)));
     QObject::connect(action, &QAction::triggered, action, [this](bool nowChecked) {
         if (action->isCheckable())
@@ -25,8 +26,6 @@ MenuEntry::MenuEntry(Menu& menu, std::string_view name, std::string_view caption
         Raise(Click);
     });
 }
-
-bool MenuEntry::Enabled() const { return action->isEnabled(); }
 
 void MenuEntry::SetEnabled(bool enabled) { action->setEnabled(enabled); }
 
@@ -36,9 +35,4 @@ void MenuEntry::SetChecked(bool checked)
 {
     action->setCheckable(true);
     action->setChecked(checked);
-}
-
-MenuSeparator::MenuSeparator(Menu& menu, std::string_view name)
-{
-    menu.menu->addSeparator()->setObjectName(ToDisplay(name));
 }

@@ -12,7 +12,6 @@ public:
 
 private:
     friend class MenuEntry;
-    friend class MenuSeparator;
 
     QMenu* menu;
 };
@@ -20,12 +19,11 @@ private:
 // An entry of a menu. Its check mark is for the handler to set: beyond an action, a click does not change it.
 class MenuEntry {
 public:
-    // `shortcut` is a key sequence such as "Ctrl+F", or empty.
-    MenuEntry(Menu& menu, std::string_view name, std::string_view caption, std::string_view shortcut = {});
+    // `shortcut` is a key sequence such as "Ctrl+F", or empty. An entry without a caption is a line between others.
+    MenuEntry(Menu& menu, std::string_view name, std::string_view caption = {}, std::string_view shortcut = {});
     MenuEntry(const MenuEntry&) = delete;
     MenuEntry& operator=(const MenuEntry&) = delete;
 
-    bool Enabled() const;
     void SetEnabled(bool enabled);
 
     bool Checked() const;
@@ -35,9 +33,4 @@ public:
 
 private:
     QAction* action;
-};
-
-class MenuSeparator {
-public:
-    MenuSeparator(Menu& menu, std::string_view name);
 };

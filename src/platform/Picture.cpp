@@ -4,7 +4,9 @@
 #include "platform/PictureHelper.h"
 
 #include <QGuiApplication>
+#include <QPainter>
 #include <QScreen>
+#include <QSvgRenderer>
 #include <array>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -31,18 +33,21 @@ PictureFormat FormatOfFile(int descriptor)
 
 }
 
-Picture::Picture() = default;
-
-Picture::Picture(QImage pixels)
-    : Picture(pixels, pixels.size())
-{
-}
-
 Picture::Picture(QImage pixels, const QSize& size)
     : image(std::make_shared<const QImage>(std::move(pixels)))
     , width(size.width())
     , height(size.height())
 {
+}
+
+Picture Picture::Banner()
+{
+    QSvgRenderer drawing(QStringLiteral(":/artwork/banner.svg"));
+    QImage image(drawing.defaultSize(), QImage::Format_RGB32);
+    QPainter painter(&image);
+    drawing.render(&painter);
+    painter.end();
+    return {image, image.size()};
 }
 
 Picture Picture::FromFile(const std::string& path)

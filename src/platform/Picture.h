@@ -9,10 +9,10 @@ class QSize;
 // A picture in memory, or none. Copies share the pixels.
 class Picture {
 public:
-    Picture();
-    explicit Picture(QImage pixels);
-    // `size` is that of the picture itself, of which the pixels may be a smaller rendering.
-    Picture(QImage pixels, const QSize& size);
+    Picture() = default;
+
+    // The drawing that was made for this program and that it carries in itself, three by two.
+    static Picture Banner();
 
     // Reads a picture file: JPEG (turned as its Exif orientation says), GIF (the first frame), BMP, ICO (the largest of
     // its pictures), PNG, WebP, TIFF, WMF, EMF. The content tells which, not the name. One that is larger than the
@@ -27,6 +27,9 @@ public:
 
 private:
     friend class ImageControl;
+
+    // `size` is that of the picture itself, of which the pixels may be a smaller rendering.
+    Picture(QImage pixels, const QSize& size);
 
     std::shared_ptr<const QImage> image;
     int width = 0;

@@ -28,7 +28,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 
 // A start takes some hundredths of a second, more where there are many fonts, and nobody has a hand in that.
 constexpr auto longestStart = 10s;
@@ -51,13 +50,12 @@ std::string HelperProgram()
     return {};
 }
 
-bool IsReadable(int descriptor, Clock::duration time)
+bool IsReadable(int descriptor, std::chrono::milliseconds time)
 {
     pollfd waiting{descriptor, POLLIN, 0};
-    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(std::max(time, Clock::duration::zero()));
     int ready = 0;
     do
-        ready = poll(&waiting, 1, static_cast<int>(milliseconds.count()));
+        ready = poll(&waiting, 1, static_cast<int>(time.count()));
     while (ready < 0 && errno == EINTR);
     return ready > 0;
 }
@@ -131,11 +129,11 @@ private:
     bool Await(std::chrono::milliseconds time)
     {
         static int waits = 0;
-        const Clock::time_point deadline = Clock::now() + time;
-        if (IsReadable(socket.Number(), std::min<std::chrono::milliseconds>(time, withoutEvents)))
+        if (IsReadable(socket.Number(), withoutEvents))
             return true;
+        const std::chrono::milliseconds rest = time - withoutEvents;
         if (waits >= mostWaits)
-            return IsReadable(socket.Number(), deadline - Clock::now());
+            return IsReadable(socket.Number(), rest);
         ++waits;
         bool answered = false;
         bool late = false;
@@ -144,16 +142,11 @@ private:
             message.setEnabled(false);
             answered = !late;
         });
-        QTimer end;
-        end.setTimerType(Qt::PreciseTimer);
-        end.setSingleShot(true);
-        QObject::connect(&end, &QTimer::timeout, &end, [&] {
+        QTimer::singleShot(rest, Qt::PreciseTimer, &message, [&] {
             late = !answered;
             if (late)
                 kill(process, SIGKILL);
         });
-        end.start(
-            std::chrono::ceil<std::chrono::milliseconds>(std::max(deadline - Clock::now(), Clock::duration::zero())));
         while (!answered && !late)
             WaitForEvents();
         --waits;

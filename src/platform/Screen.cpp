@@ -1,22 +1,24 @@
 #include "platform/Screen.h"
 
-#include "platform/Cursors.h"
 #include "platform/Twips.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QScreen>
+
+QCursor CursorOf(MousePointer pointer)
+{
+    return pointer == MousePointer::Hourglass ? Qt::WaitCursor
+        : pointer == MousePointer::Default    ? Qt::ArrowCursor
+                                              : Qt::BusyCursor;
+}
 
 void Screen::SetMousePointer(MousePointer pointer)
 {
-    const bool overridden = QApplication::overrideCursor() != nullptr;
-    if (pointer == MousePointer::Default) {
-        if (overridden)
-            QApplication::restoreOverrideCursor();
-    } else if (overridden) {
-        QApplication::changeOverrideCursor(CursorOf(pointer));
-    } else {
+    // Nothing happens where there is none.
+    QApplication::restoreOverrideCursor();
+    if (pointer != MousePointer::Default)
         QApplication::setOverrideCursor(CursorOf(pointer));
-    }
 }
 
 bool Screen::TellsPlaces() { return !QApplication::platformName().startsWith(QLatin1String("wayland")); }

@@ -1,6 +1,15 @@
 #pragma once
 
-#include "platform/MousePointer.h"
+class QCursor;
+
+enum class MousePointer {
+    Default = 0,
+    Hourglass = 11,
+    ArrowHourglass = 13,
+};
+
+// For platform/ alone.
+QCursor CursorOf(MousePointer pointer);
 
 // The whole screen, as against one form.
 namespace Screen {

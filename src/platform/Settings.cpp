@@ -116,13 +116,13 @@ std::string Settings::GetSetting(std::string_view section, std::string_view key)
 void Settings::SaveSetting(std::string_view section, std::string_view key, std::string_view value)
 {
     store->setValue(StoreKey(section, key), StoreValue(value));
-    Write();
+    store->Write();
 }
 
 void Settings::DeleteSetting(std::string_view section, std::string_view key)
 {
     store->remove(StoreKey(section, key));
-    Write();
+    store->Write();
 }
 
 std::vector<std::string> Settings::GetAllSettings(std::string_view section) const
@@ -135,5 +135,3 @@ std::vector<std::string> Settings::GetAllSettings(std::string_view section) cons
         keys.push_back(FromStoreKey(key));
     return keys;
 }
-
-void Settings::Write() { store->Write(); }

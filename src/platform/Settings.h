@@ -28,7 +28,5 @@ public:
     std::vector<std::string> GetAllSettings(std::string_view section) const;
 
 private:
-    void Write();
-
     std::unique_ptr<OwnersStore> store;
 };

@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QBoxLayout>
 #include <QDateTime>
-#include <QEvent>
 #include <QFontInfo>
 #include <QLabel>
 #include <QLocale>
@@ -20,26 +19,29 @@ public:
     {
         layout.setContentsMargins(0, 0, 0, 0);
         layout.setSpacing(spacing);
+        connect(&clock, &QTimer::timeout, this, [this] { ShowClock(); });
     }
 
-    void Add(Field* field);
+    Field* Add(const StatusPanelDesign& design);
 
     // Gives each panel the room for its longest text. In many fonts the longest texts do not fit side by side; then the
     // letters are smaller by what that takes, down to three quarters.
     void Fit();
+
+    void ShowClock();
 
 private:
     static constexpr int spacing = 1;
 
     QHBoxLayout layout{this};
     std::vector<Field*> fields;
+    QTimer clock;
 };
 
 class StatusPanel::Field : public QLabel {
 public:
     Field(Row& ownerRow, const StatusPanelDesign& design)
-        : QLabel(&ownerRow)
-        , takesRest(design.takesRest)
+        : takesRest(design.takesRest)
         , row(ownerRow)
         , longest{ToDisplay(design.longest)}
     {
@@ -51,8 +53,7 @@ public:
         paintTimer.setSingleShot(true);
         paintTimer.setInterval(50);
         connect(&paintTimer, &QTimer::timeout, this, [this] { update(); });
-        clock.setInterval(1000);
-        connect(&clock, &QTimer::timeout, this, [this] { ShowClock(); });
+        SetStyle(design.style);
     }
 
     void Show(const QString& newText)
@@ -68,20 +69,19 @@ public:
             paintTimer.start();
     }
 
-    void ShowStyle(PanelStyle newStyle)
+    void SetStyle(PanelStyle newStyle)
     {
         style = newStyle;
-        if (style == PanelStyle::Text) {
-            clock.stop();
+        if (!HasClock())
             return;
-        }
         longest.clear();
         for (int month = 1; month <= 12; ++month)
             longest << Clock(QDateTime({2026, month, 28}, {2 * (month - 1), 48, 48}));
-        row.Fit();
-        ShowClock();
-        clock.start();
     }
+
+    bool HasClock() const { return style != PanelStyle::Text; }
+
+    void ShowClock() { Show(Clock(QDateTime::currentDateTime())); }
 
     int WidthIn(const QFont& letters) const
     {
@@ -93,6 +93,7 @@ public:
     }
 
     const bool takesRest;
+    Row& row;
 
 private:
     QString Clock(const QDateTime& when) const
@@ -102,20 +103,18 @@ private:
                                          : locale.toString(when.date(), QLocale::ShortFormat);
     }
 
-    void ShowClock() { Show(Clock(QDateTime::currentDateTime())); }
-
-    Row& row;
     QStringList longest;
     PanelStyle style = PanelStyle::Text;
     QTimer paintTimer;
-    QTimer clock;
 };
 
-void StatusPanel::Row::Add(Field* field)
+StatusPanel::Field* StatusPanel::Row::Add(const StatusPanelDesign& design)
 {
+    auto* field = new Field(*this, design);
     fields.push_back(field);
     field->setObjectName(QStringLiteral("%1.Panels(%2)").arg(objectName()).arg(fields.size()));
     layout.addWidget(field, field->takesRest ? 1 : 0);
+    return field;
 }
 
 void StatusPanel::Row::Fit()
@@ -139,37 +138,28 @@ void StatusPanel::Row::Fit()
     }
 }
 
+void StatusPanel::Row::ShowClock()
+{
+    for (Field* field : fields) {
+        if (field->HasClock()) {
+            field->ShowClock();
+            clock.start(1000);
+        }
+    }
+}
+
 StatusPanel::StatusPanel(Field* newField)
     : field(newField)
 {
 }
 
-std::string StatusPanel::Text() const { return FromDisplay(field->text()); }
-
 void StatusPanel::SetText(std::string_view text) { field->Show(ToShow(text)); }
 
-void StatusPanel::SetStyle(PanelStyle style) { field->ShowStyle(style); }
-
-namespace {
-
-class BottomEdge : public QObject {
-public:
-    BottomEdge(QWidget* bar, QWidget* container)
-        : QObject(bar)
-    {
-        container->installEventFilter(this);
-    }
-
-    bool eventFilter(QObject* container, QEvent* event) override
-    {
-        if (event->type() == QEvent::Resize) {
-            auto* bar = static_cast<QWidget*>(parent());
-            bar->move(bar->x(), static_cast<QWidget*>(container)->height() - bar->height());
-        }
-        return false;
-    }
-};
-
+void StatusPanel::SetStyle(PanelStyle style)
+{
+    field->SetStyle(style);
+    field->row.Fit();
+    field->row.ShowClock();
 }
 
 StatusBar::StatusBar(Container& container, std::string_view name, const Place& place,
@@ -177,16 +167,15 @@ StatusBar::StatusBar(Container& container, std::string_view name, const Place& p
     : Control(container, new StatusPanel::Row, name, place)
 {
     auto* row = static_cast<StatusPanel::Row*>(widget);
-    for (const StatusPanelDesign& design : designs) {
-        panels.push_back(StatusPanel(new StatusPanel::Field(*row, design)));
-        row->Add(panels.back().field);
-    }
-    row->Fit();
-    std::size_t number = 0;
     for (const StatusPanelDesign& design : designs)
-        panels[number++].SetStyle(design.style);
-    if (where == StatusBarPlace::BottomEdge) {
-        new BottomEdge(widget, container.Content());
-        widget->move(widget->x(), container.Content()->height() - widget->height());
-    }
+        panels.push_back(StatusPanel(row->Add(design)));
+    row->Fit();
+    row->ShowClock();
+    if (where == StatusBarPlace::AsDesigned)
+        return;
+    // A layout that has nothing else in it leaves all other controls where they are.
+    row->setFixedSize(row->size());
+    auto* edge = new QVBoxLayout(container.Content());
+    edge->setContentsMargins(row->x(), 0, 0, 0);
+    edge->addWidget(row, 1, Qt::AlignLeft | Qt::AlignBottom);
 }

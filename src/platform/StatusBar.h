@@ -2,7 +2,7 @@
 
 #include "platform/Control.h"
 
-#include <deque>
+#include <vector>
 
 enum class PanelStyle {
     Text = 0,
@@ -14,7 +14,6 @@ enum class PanelStyle {
 // that a text that changes with every article costs nothing; a time or date shows the clock by itself.
 class StatusPanel {
 public:
-    std::string Text() const;
     void SetText(std::string_view text);
 
     void SetStyle(PanelStyle style);
@@ -49,5 +48,5 @@ public:
     StatusPanel& Panels(int number) { return panels.at(static_cast<std::size_t>(number - 1)); }
 
 private:
-    std::deque<StatusPanel> panels;
+    std::vector<StatusPanel> panels;
 };

@@ -5,8 +5,7 @@
 
 #include <QLineEdit>
 #include <QMouseEvent>
-#include <QPlainTextEdit>
-#include <QTextDocument>
+#include <QSignalBlocker>
 #include <algorithm>
 
 namespace {
@@ -18,6 +17,7 @@ public:
     {
     }
 
+protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override
     {
         QLineEdit::mouseDoubleClickEvent(event);
@@ -28,46 +28,26 @@ private:
     TextBox& box;
 };
 
-QWidget* MakeWidget(TextBox& box, const TextBoxStyle& style)
-{
-    if (style.multiLine) {
-        auto* edit = new QPlainTextEdit;
-        edit->setReadOnly(style.readOnly);
-        edit->setTabChangesFocus(true);
-        edit->document()->setDocumentMargin(1);
-        edit->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-        edit->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        return edit;
-    }
-    auto* edit = new LineEdit(box);
-    edit->setReadOnly(style.readOnly);
-    edit->setPlaceholderText(ToDisplay(style.hint));
-    if (style.maxLength > 0)
-        edit->setMaxLength(style.maxLength);
-    if (style.masked) {
-        edit->setEchoMode(QLineEdit::Password);
-        edit->setStyleSheet(QStringLiteral("lineedit-password-character: 42"));
-    }
-    return edit;
-}
-
 }
 
 TextBox::TextBox(Container& container, std::string_view name, const Place& place, const TextBoxStyle& style)
-    : Control(container, MakeWidget(*this, style), name, place)
-    , multiLine(style.multiLine)
+    : Control(container, new LineEdit(*this), name, place)
     , masked(style.masked)
 {
+    QLineEdit& edit = Edit();
+    edit.setReadOnly(style.readOnly);
+    edit.setPlaceholderText(ToDisplay(style.hint));
+    if (style.maxLength > 0)
+        edit.setMaxLength(style.maxLength);
+    if (masked) {
+        edit.setEchoMode(QLineEdit::Password);
+        edit.setStyleSheet(QStringLiteral("lineedit-password-character: 42"));
+    }
     SetText(style.text);
-    const auto edited = [this] {
-        if (!settingFromCode)
-            TakeEditedText();
-    };
-    if (multiLine)
-        QObject::connect(static_cast<QPlainTextEdit*>(widget), &QPlainTextEdit::textChanged, widget, edited);
-    else
-        QObject::connect(static_cast<QLineEdit*>(widget), &QLineEdit::textChanged, widget, edited);
+    QObject::connect(&edit, &QLineEdit::textChanged, &edit, [this] { TakeEditedText(); });
 }
+
+QLineEdit& TextBox::Edit() const { return *static_cast<QLineEdit*>(widget); }
 
 void TextBox::SetText(std::string_view newText)
 {
@@ -75,24 +55,18 @@ void TextBox::SetText(std::string_view newText)
     if (newText == text)
         return;
     const QString wanted = ToDisplay(newText);
-    SetShownText(Masked(wanted));
-    const QString shown = ShownText();
+    Show(Masked(wanted));
+    const QString shown = Edit().text();
     // The field may have cut it at its limit.
     const bool cut = shown.size() < wanted.size() && Masked(wanted).startsWith(shown);
     Take(cut ? FromDisplay(wanted.left(shown.size())) : std::string(newText));
 }
 
-void TextBox::SelectAll()
-{
-    if (multiLine)
-        static_cast<QPlainTextEdit*>(widget)->selectAll();
-    else
-        static_cast<QLineEdit*>(widget)->selectAll();
-}
+void TextBox::SelectAll() { Edit().selectAll(); }
 
 void TextBox::EnterPresses(const CommandButton& button)
 {
-    QObject::connect(static_cast<QLineEdit*>(widget), &QLineEdit::returnPressed, widget, [&button] {
+    QObject::connect(&Edit(), &QLineEdit::returnPressed, &Edit(), [&button] {
         if (button.Enabled())
             Raise(button.Click);
     });
@@ -111,7 +85,7 @@ void TextBox::TakeEditedText()
 {
     const QString before = ToDisplay(text);
     const QString shownBefore = Masked(before);
-    const QString shown = ShownText();
+    const QString shown = Edit().text();
     const qsizetype shorter = std::min(shown.size(), shownBefore.size());
     qsizetype head = 0;
     while (head < shorter && shown[head] == shownBefore[head])
@@ -120,28 +94,18 @@ void TextBox::TakeEditedText()
     while (tail < shorter - head && shown[shown.size() - 1 - tail] == shownBefore[shownBefore.size() - 1 - tail])
         ++tail;
     const QString edited = before.left(head) + shown.mid(head, shown.size() - head - tail) + before.right(tail);
-    if (Masked(edited) != shown && !multiLine) {
-        auto* edit = static_cast<QLineEdit*>(widget);
-        const int cursor = edit->cursorPosition();
-        SetShownText(Masked(edited));
-        edit->setCursorPosition(cursor);
+    if (Masked(edited) != shown) {
+        const int cursor = Edit().cursorPosition();
+        Show(Masked(edited));
+        Edit().setCursorPosition(cursor);
     }
     Take(FromDisplay(edited));
 }
 
 QString TextBox::Masked(const QString& newText) const { return masked ? newText : WithMarksMasked(newText); }
 
-void TextBox::SetShownText(const QString& newText)
+void TextBox::Show(const QString& newText)
 {
-    settingFromCode = true;
-    if (multiLine)
-        static_cast<QPlainTextEdit*>(widget)->setPlainText(newText);
-    else
-        static_cast<QLineEdit*>(widget)->setText(newText);
-    settingFromCode = false;
-}
-
-QString TextBox::ShownText() const
-{
-    return multiLine ? static_cast<QPlainTextEdit*>(widget)->toPlainText() : static_cast<QLineEdit*>(widget)->text();
+    const QSignalBlocker quiet(Edit());
+    Edit().setText(newText);
 }

@@ -37,7 +37,7 @@ Entry OptionEntry(std::string_view key, OptionButton& option)
         [&option] { return std::string(option.Value() ? "True" : "False"); }};
 }
 
-Entry TextEntry(std::string_view key, TextBox& field)
+template <class Field> Entry TextEntry(std::string_view key, Field& field)
 {
     return {key, [&field](const std::string& value) { field.SetText(value); }, [&field] { return field.Text(); }};
 }

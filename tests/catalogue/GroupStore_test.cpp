@@ -217,7 +217,7 @@ TEST(GroupStoreLoadTest, TheStartUpLoadReadsEveryField)
     EXPECT_EQ(MainForm.lstAllGroups.List(0), "a.one");
     EXPECT_EQ(progress.Value(), static_cast<int>(content.size()));
     EXPECT_EQ(activity.Caption(), "Filling list box...");
-    EXPECT_EQ(MainForm.StatusBar2.Panels(1).Text(), "Total: 2");
+    EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 2");
     // A quotation mark from a server makes a field of each line behind it; the list has its limit all the same.
     MainForm.lstAllGroups.Clear();
     MakeFile(folder.File("marked"), "\"a.\"one 1 1 y\r\n" + ManyGroups(70000) + "\"\r\n");

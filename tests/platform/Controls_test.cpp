@@ -1,6 +1,8 @@
 #include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Buttons.h"
 #include "platform/ComboBox.h"
+#include "platform/DirectoryList.h"
 #include "platform/Events.h"
 #include "platform/Form.h"
 #include "platform/Frame.h"
@@ -22,6 +24,8 @@
 #include <QTest>
 #include <QTimer>
 #include <QToolTip>
+
+#include <filesystem>
 
 using namespace std::chrono_literals;
 
@@ -60,6 +64,17 @@ protected:
     int clicks = 0;
     const std::function<void()> countClick = [this] { ++clicks; };
 };
+
+std::string TipOf(const char* list, int row)
+{
+    auto& view = Find<QAbstractItemView>(list);
+    const QModelIndex index = view.model()->index(row, 0);
+    view.scrollTo(index);
+    const QPoint place = view.visualRect(index).topLeft() + QPoint(5, 5);
+    QHelpEvent asked(QEvent::ToolTip, place, view.viewport()->mapToGlobal(place));
+    QApplication::sendEvent(view.viewport(), &asked);
+    return asked.isAccepted() ? QToolTip::text().toStdString() : std::string();
+}
 
 }
 
@@ -115,7 +130,10 @@ TEST_F(ControlsTest, AComboSelectsNothingByItself)
     EXPECT_EQ(clicks, 1);
     ChooseEntry("cboNames", "a");
     EXPECT_EQ(clicks, 2);
-    combo.AddItem("c");
+    combo.AddItem("\xFFz");
+    EXPECT_TRUE(combo.SelectText("\xFFz"));
+    EXPECT_EQ(combo.Text(), "\xFFz") << "the row keeps its bytes";
+    combo.SetListIndex(0);
     QWidget& widget = Find<QWidget>("cboNames");
     QWheelEvent wheel(
         QPointF(5, 5), widget.mapToGlobal(QPointF(5, 5)), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
@@ -193,7 +211,7 @@ TEST_F(ControlsTest, AListMovesItsCurrentRowOnlyWhenTold)
     DoEvents();
     EXPECT_EQ(list.ListIndex(), -1) << "focus does not pick a row";
     list.SetListIndex(2);
-    EXPECT_FALSE(list.Selected(2)) << "the row with the focus is not highlighted by it";
+    EXPECT_TRUE(HighlightedRows("lstPlain").empty()) << "the row with the focus is not highlighted by it";
     list.SetSelected(0, true);
     list.InsertItem("before", 1);
     EXPECT_EQ(list.ListIndex(), 3);
@@ -202,7 +220,7 @@ TEST_F(ControlsTest, AListMovesItsCurrentRowOnlyWhenTold)
     EXPECT_EQ(list.List(5), "");
     list.RemoveItem(3);
     EXPECT_EQ(list.ListIndex(), -1) << "the neighbour does not take over";
-    EXPECT_TRUE(list.Selected(0));
+    EXPECT_EQ(HighlightedRows("lstPlain"), std::vector<int>{0});
     EXPECT_EQ(clicks, 1);
     ClickRow("lstPlain", 1);
     EXPECT_EQ(list.ListIndex(), 1);
@@ -239,12 +257,25 @@ TEST_F(ControlsTest, AListTellsWhatARowDoesNotShow)
     DoEvents();
     for (const auto& [row, tip] :
         {std::pair{0, std::string("of the list")}, {1, "<qt>a &lt;b&gt;name&lt;/b&gt;" + wide.substr(13)}}) {
-        const auto& view = Find<QAbstractItemView>("lstPlain");
-        const QPoint place = view.visualRect(view.model()->index(row, 0)).topLeft() + QPoint(5, 5);
-        QHelpEvent asked(QEvent::ToolTip, place, area.mapToGlobal(place));
-        QApplication::sendEvent(&area, &asked);
-        EXPECT_EQ(QToolTip::text().toStdString(), tip);
+        EXPECT_EQ(TipOf("lstPlain", row), tip);
     }
+}
+
+TEST_F(ControlsTest, AListTellsWhatIsSetInTooFar)
+{
+    const TemporaryFolder folder;
+    std::string deep = folder.Path();
+    for (int level = 0; level < 40; ++level)
+        deep += "d/";
+    std::filesystem::create_directories(deep + "inside");
+    DirectoryList list(window, "Dir1", {4000, 2700, 1500, 900});
+    ASSERT_TRUE(list.SetPath(deep));
+    EXPECT_EQ(list.List(list.ListIndex()) + '/', deep);
+    EXPECT_EQ(list.List(list.ListIndex() + 1), deep + "inside");
+    EXPECT_EQ(list.List(list.ListIndex() + 2), "");
+    list.SetVisible(true);
+    EXPECT_EQ(TipOf("Dir1", 1), "");
+    EXPECT_EQ(TipOf("Dir1", list.ListIndex()), "d");
 }
 
 TEST_F(ControlsTest, ASortedListKeepsCurrentAndHighlightedRowsOverAdditions)
@@ -261,7 +292,7 @@ TEST_F(ControlsTest, ASortedListKeepsCurrentAndHighlightedRowsOverAdditions)
     EXPECT_TRUE(Until([] { return RowsOf("lstSorted").size() == 7; }));
     EXPECT_EQ(RowsOf("lstSorted"), (std::vector<std::string>{"a", "B", "d", "M", "m", "m", "z"}));
     EXPECT_EQ(list.List(list.ListIndex()), "m");
-    EXPECT_TRUE(list.Selected(list.ListIndex()));
+    EXPECT_EQ(HighlightedRows("lstSorted"), std::vector<int>{list.ListIndex()});
     EXPECT_EQ(clicks, 0);
     list.Clear();
     EXPECT_EQ(list.ListCount(), 0);

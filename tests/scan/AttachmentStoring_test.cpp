@@ -2,8 +2,6 @@
 #include "demo/sample/SamplePictures.h"
 #include "tests/shell/ProgramTest.h"
 
-#include <QPlainTextEdit>
-
 #include <filesystem>
 
 using testing::Contains;
@@ -123,8 +121,7 @@ TEST_F(AttachmentStoringTest, DestinationIsReadForEachArticle)
     Check("chkGroupSubDir", false);
     std::filesystem::create_directory(destination + "new");
     const auto goTo = [this](const std::string& directory) {
-        return
-            [this, directory] { Find<QPlainTextEdit>("txtSelectDir").setPlainText((destination + directory).c_str()); };
+        return [this, directory] { program->Form().txtSelectDir.SetText(destination + directory); };
     };
     // Once it is settled where the body goes, the attachment goes there too.
     atCaption["Decoding 3 of 5 -- alt.kites"] = goTo("new/");

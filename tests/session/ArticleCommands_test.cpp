@@ -70,13 +70,13 @@ TEST(ArticleCommandsTest, OneConversationInPiecesOfAnySize)
         EXPECT_EQ(client.Run("list"), "old\r\ntext");
         EXPECT_THAT(groupLists, ElementsAre("\r\nalt.kites 7055 7001 y\r\nalt.none 0 1 n"));
         EXPECT_EQ(session.PacketCount, piece == 0 ? 1 : 1 + (42 + piece - 1) / piece);
-        const std::string packets = client.MainForm.StatusBar2.Panels(4).Text();
+        const std::string packets = PanelText("StatusBar2", 4);
         EXPECT_EQ(packets, "Packets: " + std::to_string(session.PacketCount));
         EXPECT_EQ(client.Run("head 7007"), "Path: kept\r\nLines: 3");
         EXPECT_EQ(client.Run("next"), "false");
         EXPECT_EQ(session.CurrentArticle, 7007);
         EXPECT_EQ(session.PacketCount, 0);
-        EXPECT_EQ(client.MainForm.StatusBar2.Panels(4).Text(), packets);
+        EXPECT_EQ(PanelText("StatusBar2", 4), packets);
         EXPECT_EQ(client.Server.FirstProblem(), "");
     }
 }

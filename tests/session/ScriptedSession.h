@@ -71,7 +71,7 @@ struct ScriptedSession {
             << Server.FirstProblem();
     }
 
-    std::string Status() { return MainForm.StatusBar1.Panels(1).Text(); }
+    static std::string Status() { return PanelText("StatusBar1", 1); }
 
     // "connected", "closed" by the client or "gone", and " stop" while StopFlag is set.
     std::string Outcome()

@@ -1,18 +1,24 @@
-#include "platform/LogArea.h"
+#include "platform/TextArea.h"
 
 #include "platform/DisplayText.h"
 
 #include <QPlainTextEdit>
-#include <QTextCursor>
 #include <algorithm>
 
-LogArea::LogArea(Container& container, std::string_view name, const Place& place)
-    : Control(container, new QPlainTextEdit, name, place)
+namespace {
+
+QPlainTextEdit* MakeEdit(TextAreaStyle style)
 {
-    auto* edit = static_cast<QPlainTextEdit*>(widget);
+    auto* edit = new QPlainTextEdit;
     edit->setReadOnly(true);
-    edit->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     edit->setTabChangesFocus(true);
+    if (style == TextAreaStyle::Wrapped) {
+        edit->document()->setDocumentMargin(1);
+        edit->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+        edit->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        return edit;
+    }
+    edit->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     edit->setUndoRedoEnabled(false);
     edit->setLineWrapMode(QPlainTextEdit::NoWrap);
     edit->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
@@ -20,11 +26,28 @@ LogArea::LogArea(Container& container, std::string_view name, const Place& place
     QFont typewriter(QStringLiteral("Courier New"));
     typewriter.setStyleHint(QFont::Monospace);
     edit->setFont(typewriter);
+    return edit;
 }
 
-int LogArea::Length() const { return static_cast<QPlainTextEdit*>(widget)->document()->characterCount() - 1; }
+}
 
-void LogArea::Cut(int from, int count)
+TextArea::TextArea(Container& container, std::string_view name, const Place& place, TextAreaStyle style)
+    : Control(container, MakeEdit(style), name, place)
+{
+}
+
+void TextArea::SetText(std::string_view newText)
+{
+    // A part of it may be marked.
+    if (newText == text)
+        return;
+    text = newText;
+    static_cast<QPlainTextEdit*>(widget)->setPlainText(WithMarksMasked(ToDisplay(newText)));
+}
+
+int TextArea::Length() const { return static_cast<QPlainTextEdit*>(widget)->document()->characterCount() - 1; }
+
+void TextArea::Cut(int from, int count)
 {
     QTextCursor cursor(static_cast<QPlainTextEdit*>(widget)->document());
     cursor.setPosition(std::min(from, Length()));
@@ -32,13 +55,13 @@ void LogArea::Cut(int from, int count)
     cursor.removeSelectedText();
 }
 
-void LogArea::Append(std::string_view text, int most)
+void TextArea::Append(std::string_view newText, int most)
 {
     auto* edit = static_cast<QPlainTextEdit*>(widget);
     QTextCursor cursor(edit->document());
     cursor.movePosition(QTextCursor::End);
     // A line end may come in two pieces.
-    QString shown = WithMarksMasked(ToDisplay(text));
+    QString shown = WithMarksMasked(ToDisplay(newText));
     if (endedInCr && shown.startsWith(u'\n'))
         shown.remove(0, 1);
     endedInCr = shown.endsWith(u'\r');
@@ -47,8 +70,9 @@ void LogArea::Append(std::string_view text, int most)
     edit->ensureCursorVisible();
 }
 
-void LogArea::Clear()
+void TextArea::Clear()
 {
     static_cast<QPlainTextEdit*>(widget)->clear();
+    text.clear();
     endedInCr = false;
 }
