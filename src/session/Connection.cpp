@@ -29,8 +29,8 @@ bool NewsSession::TcpConnect()
         return false;
     }
     // The greeting is a reply like any other: it must meet a waiting receiver.
-    CommandKind = CommandKind::Greeting;
-    ReplyState = ReplyState::Awaiting;
+    CommandKind = Command::Greeting;
+    ReplyState = Reply::Awaiting;
     // Nothing survives from the last connection, such as a farewell that nobody waited for.
     TCP1.Close();
     RecvBuffer.Clear();
@@ -50,7 +50,7 @@ bool NewsSession::TcpConnect()
     if (TCP1.State() == SocketState::Connected) {
         StopFlag = false;
         LogStep("waiting for socket state");
-        while (ReplyState != ReplyState::Finished && !StopFlag)
+        while (ReplyState != Reply::Finished && !StopFlag)
             WaitForEvents();
         LogStep("have socket state");
         if (StopFlag) {
@@ -95,20 +95,20 @@ void NewsSession::TcpDisconnect()
 
 bool NewsSession::CmdAuthUser()
 {
-    return Authenticate(CommandKind::AuthUser, "authinfo user " + MainForm.txtUserName.Text());
+    return Authenticate(Command::AuthUser, "authinfo user " + MainForm.txtUserName.Text());
 }
 
 bool NewsSession::CmdAuthPass()
 {
-    return Authenticate(CommandKind::AuthPass, "authinfo pass " + MainForm.txtPassword.Text());
+    return Authenticate(Command::AuthPass, "authinfo pass " + MainForm.txtPassword.Text());
 }
 
-bool NewsSession::Authenticate(::CommandKind kind, const std::string& line)
+bool NewsSession::Authenticate(Command kind, const std::string& line)
 {
     if (!Send(kind, line))
         return false;
     const int sentOn = connectionNumber;
-    while (ReplyState == ReplyState::Awaiting) {
+    while (ReplyState == Reply::Awaiting) {
         if (StopFlag) {
             TcpDisconnect();
             return false;
@@ -118,7 +118,7 @@ bool NewsSession::Authenticate(::CommandKind kind, const std::string& line)
         if (connectionNumber != sentOn)
             return false;
     }
-    return ReplyState != ReplyState::Refused;
+    return ReplyState != Reply::Refused;
 }
 
 // The watchdog of the head command. All of it runs inside the wait of CmdHead, which goes on when it is done.
@@ -126,7 +126,7 @@ void NewsSession::Timer1_Timer()
 {
     // A connection is not exchanged under a receiver that is still busy with the last one; the next tick comes. Nor
     // when the wait of the head is over and has only not gone on yet, as while a dialog is up over it.
-    if (logging || StopFlag || ReplyState == ReplyState::Finished)
+    if (logging || StopFlag || ReplyState == Reply::Finished)
         return;
     MainForm.Timer1.SetEnabled(false);
     HeadTimedOut = true;

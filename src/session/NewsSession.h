@@ -10,7 +10,7 @@
 #include <string_view>
 
 // Where the reply to the command in flight stands.
-enum class ReplyState {
+enum class Reply {
     Refused = -1, // a class 5 reply; StopFlag is set as well
     Finished = 0, // nothing is awaited
     Awaiting = 1, // a status line is awaited
@@ -20,7 +20,7 @@ enum class ReplyState {
 };
 
 // Which command is in flight. The receiver reads every reply by it.
-enum class CommandKind {
+enum class Command {
     None = 0,
     List = 1,
     Group = 5,
@@ -96,8 +96,8 @@ public:
     // set.
     std::function<void(const std::string& text)> DebugLog;
 
-    ::ReplyState ReplyState = ::ReplyState::Finished;
-    ::CommandKind CommandKind = ::CommandKind::None;
+    Reply ReplyState = Reply::Finished;
+    Command CommandKind = Command::None;
     bool StopFlag = false; // ends the current wait and, seen by a long operation, all of it
     std::string ReplyText; // one finished multi-line reply; empty outside the receiver
     std::string LastBody; // the last head or body; not cleared when a command is sent
@@ -119,11 +119,11 @@ private:
 
     bool CmdAuthUser();
     bool CmdAuthPass();
-    bool Authenticate(::CommandKind kind, const std::string& line);
+    bool Authenticate(Command kind, const std::string& line);
 
     // The steps that every command begins with: false, and nothing is sent or changed, unless the socket is connected
     // and the line can be sent.
-    bool Send(::CommandKind kind, const std::string& line);
+    bool Send(Command kind, const std::string& line);
     const std::string& WaitForText();
 
     bool ConnectionFailed();

@@ -189,15 +189,15 @@ TEST(ArticleCommandsTest, NothingIsSentOutsideTheGroupOrTheConnection)
     EXPECT_EQ(client.Run("next"), "false");
     while (client.Status() != "Status: Disconnected")
         WaitForEvents();
-    session.ReplyState = ReplyState::NoSuchGroup;
+    session.ReplyState = Reply::NoSuchGroup;
     session.StopFlag = true;
     for (const char* line : {"group x", "next", "stat 11", "stat 0"})
         EXPECT_THAT(client.Run(line), testing::StartsWith("false")) << line;
     for (const char* line : {"head 7", "body 7"})
         EXPECT_EQ(client.Run(line), "") << line;
     client.Run("list");
-    EXPECT_EQ(session.ReplyState, ReplyState::NoSuchGroup);
-    EXPECT_EQ(session.CommandKind, CommandKind::Next);
+    EXPECT_EQ(session.ReplyState, Reply::NoSuchGroup);
+    EXPECT_EQ(session.CommandKind, Command::Next);
     EXPECT_EQ(client.Outcome(), "gone stop");
     EXPECT_FALSE(client.MainForm.Timer1.Enabled());
     EXPECT_EQ(client.Server.FirstProblem(), "");
@@ -215,8 +215,8 @@ TEST(ArticleCommandsTest, NoLineEndGetsIntoACommand)
         session.CmdManual(group);
         EXPECT_FALSE(session.SendLine(group));
     }
-    EXPECT_EQ(session.ReplyState, ReplyState::Finished);
-    EXPECT_EQ(session.CommandKind, CommandKind::Greeting);
+    EXPECT_EQ(session.ReplyState, Reply::Finished);
+    EXPECT_EQ(session.CommandKind, Command::Greeting);
     EXPECT_EQ(client.Outcome(), "connected stop");
     EXPECT_TRUE(client.Desktop.boxes.empty());
     EXPECT_EQ(client.Run("next"), "true");

@@ -79,7 +79,7 @@ TEST(ConnectionTest, FailuresBeforeTheGreeting)
         EXPECT_EQ(client.Status(), "Status: Error");
         ASSERT_THAT(client.Desktop.BoxTitles(), ElementsAre("Connection Error"));
         EXPECT_EQ(client.Desktop.boxes[0].text, errorText);
-        EXPECT_EQ(client.Session.CommandKind, CommandKind::Greeting);
+        EXPECT_EQ(client.Session.CommandKind, Command::Greeting);
         EXPECT_NE(client.MainForm.TCP1.State(), SocketState::Closed);
         EXPECT_EQ(Pointer(), Qt::ArrowCursor);
     };
@@ -92,7 +92,7 @@ TEST(ConnectionTest, FailuresBeforeTheGreeting)
         client.MainForm.TCP1.StateChanged = [&client] {
             while (client.MainForm.TCP1.State() == SocketState::Connected && !client.Session.StopFlag)
                 DoEvents();
-            EXPECT_EQ(client.Session.ReplyState == ReplyState::Refused, client.Session.StopFlag);
+            EXPECT_EQ(client.Session.ReplyState == Reply::Refused, client.Session.StopFlag);
         };
     });
 
@@ -101,7 +101,7 @@ TEST(ConnectionTest, FailuresBeforeTheGreeting)
     EXPECT_FALSE(client.Session.TcpConnect());
     ASSERT_THAT(client.Desktop.BoxTitles(), ElementsAre("No ISP Selected"));
     EXPECT_EQ(client.Desktop.boxes[0].text, "You need to select your ISP first\r\nDo so on the 'Server Setup' tab");
-    EXPECT_EQ(client.Session.CommandKind, CommandKind::None);
+    EXPECT_EQ(client.Session.CommandKind, Command::None);
     EXPECT_EQ(Pointer(), Qt::ArrowCursor);
 }
 
