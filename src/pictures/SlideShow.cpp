@@ -177,7 +177,7 @@ void SlideShow::Timer1_Timer()
     // waited for: another was double-clicked, or the window closed.
     if (!form->Picture1.Load(CurrentFile))
         return;
-    const Picture& picture = form->Picture1.Picture();
+    const Bitmap& picture = form->Picture1.Picture();
     ImageControl& image = form->PreviewImage[NextPane];
     Panel& panel = form->SSPanel1[NextPane];
     image.SetPicture({});

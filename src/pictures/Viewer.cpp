@@ -123,7 +123,7 @@ void Viewer::DisplayImage(const ImageControl& source, std::string_view displayNa
 
 void Viewer::cmdViewCurrent_Click()
 {
-    const Picture& current = MainForm.Picture1.Picture();
+    const Bitmap& current = MainForm.Picture1.Picture();
     const auto size = FitPicture(current, Loaded().SSPanel1);
     if (!size)
         return;

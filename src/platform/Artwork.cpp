@@ -4,12 +4,12 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
-Picture Artwork::Banner()
+Bitmap Artwork::Banner()
 {
     QSvgRenderer drawing(QStringLiteral(":/artwork/banner.svg"));
     QImage image(drawing.defaultSize(), QImage::Format_RGB32);
     QPainter painter(&image);
     drawing.render(&painter);
     painter.end();
-    return Picture(std::move(image));
+    return Bitmap(std::move(image));
 }

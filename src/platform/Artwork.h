@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/Picture.h"
+#include "platform/Bitmap.h"
 
 // The drawings that were made for this program and that it carries in itself.
 namespace Artwork {
 
 // Three by two.
-Picture Banner();
+Bitmap Banner();
 
 }

@@ -1,4 +1,4 @@
-#include "platform/Picture.h"
+#include "platform/Bitmap.h"
 
 #include "platform/PictureHelper.h"
 
@@ -30,21 +30,21 @@ PictureFormat FormatOfFile(int descriptor)
 
 }
 
-Picture::Picture() = default;
+Bitmap::Bitmap() = default;
 
-Picture::Picture(QImage pixels)
-    : Picture(pixels, pixels.size())
+Bitmap::Bitmap(QImage pixels)
+    : Bitmap(pixels, pixels.size())
 {
 }
 
-Picture::Picture(QImage pixels, const QSize& size)
+Bitmap::Bitmap(QImage pixels, const QSize& size)
     : image(std::make_shared<const QImage>(std::move(pixels)))
     , width(size.width())
     , height(size.height())
 {
 }
 
-Picture Picture::FromFile(const std::string& path)
+Bitmap Bitmap::FromFile(const std::string& path)
 {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0)
@@ -56,5 +56,5 @@ Picture Picture::FromFile(const std::string& path)
             descriptor, {format, static_cast<std::uint32_t>(most.width()), static_cast<std::uint32_t>(most.height())});
     }
     close(descriptor);
-    return read ? Picture(std::move(read->pixels), read->size) : Picture();
+    return read ? Bitmap(std::move(read->pixels), read->size) : Bitmap();
 }
