@@ -1,6 +1,6 @@
 #include "base/Files.h"
 #include "benchmarks/SideBySide.h"
-#include "diagnostics/DebugWindow.h"
+#include "diagnostics/DebugConsole.h"
 #include "support/Screen.h"
 #include "support/TemporaryFolder.h"
 
@@ -17,7 +17,7 @@ void LogOneLongLine(benchmark::State& state)
     frmTamarack mainForm;
     NewsSession session(mainForm, desktop);
     session.AppDir = folder.Path();
-    DebugWindow window(session, desktop);
+    DebugConsole window(session, desktop);
     window.Open();
     std::string lines;
     while (lines.size() < line.size())

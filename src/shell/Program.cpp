@@ -17,7 +17,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     , lock(places.appDir + lockName)
     , settings(places.settingsFile)
     , Session(MainForm, desktop)
-    , debugWindow(Session, desktop)
+    , debugConsole(Session, desktop)
     , help(desktop)
     , about(MainForm)
     , mainSettings(MainForm, settings)
@@ -44,7 +44,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     MainForm.Unload = [this] { Form_Unload(); };
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };
-    viewer.DebugGesture = [this] { debugWindow.Open(); };
+    viewer.DebugGesture = [this] { debugConsole.Open(); };
     newServer.HelpContext = [this](int topic) { help.HelpContext(topic); };
     slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };

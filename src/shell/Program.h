@@ -7,7 +7,7 @@
 #include "catalogue/PointerActions.h"
 #include "diagnostics/About.h"
 #include "diagnostics/ContextIDs.h"
-#include "diagnostics/DebugWindow.h"
+#include "diagnostics/DebugConsole.h"
 #include "pictures/SlideShow.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
@@ -29,7 +29,7 @@ public:
     void End();
 
     // For those who work the program from outside: the tests.
-    frmTamarack& Form() { return MainForm; }
+    frmTamarack& MainWindow() { return MainForm; }
 
 private:
     void Form_Load();
@@ -43,7 +43,7 @@ private:
     Settings settings;
     frmTamarack MainForm;
     NewsSession Session;
-    DebugWindow debugWindow;
+    DebugConsole debugConsole;
     ContextIDs help;
     About about;
     MainSettings mainSettings;

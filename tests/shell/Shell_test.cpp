@@ -173,7 +173,7 @@ TEST_F(ShellTest, TheSecondCopyTellsSoAndEnds)
     {
         Program other(otherDesktop, places);
         other.Start();
-        EXPECT_FALSE(other.Form().Visible());
+        EXPECT_FALSE(other.MainWindow().Visible());
     }
     ASSERT_EQ(otherDesktop.boxes.size(), 1U);
     EXPECT_EQ(
@@ -266,6 +266,6 @@ TEST_F(ShellTest, WalkingToADestination)
         Click("CmdExit");
     }),
         "/");
-    program->Form().txtSelectDir.SetText("/no such place/");
+    program->MainWindow().txtSelectDir.SetText("/no such place/");
     EXPECT_EQ(walk([&] { Click("CmdExit"); }), std::filesystem::current_path().string() + "/");
 }

@@ -9,10 +9,10 @@ struct frmDebug;
 
 // The debug window, frmDebug: while it is open, all traffic with the server goes into its text area and into a log
 // file, passwords included. As with the viewer, the window is kept when it is closed, and each opening finds it as new.
-class DebugWindow {
+class DebugConsole {
 public:
-    DebugWindow(NewsSession& session, Desktop& desktop);
-    ~DebugWindow();
+    DebugConsole(NewsSession& session, Desktop& desktop);
+    ~DebugConsole();
 
     // Shows the window and starts the log.
     void Open();
