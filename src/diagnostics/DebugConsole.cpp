@@ -11,27 +11,26 @@ DebugConsole::DebugConsole(NewsSession& session, Desktop& newDesktop)
     , desktop(newDesktop)
 {
     Session.DebugLog = [this](const std::string& text) { DebugLog(text); };
-    Session.UseChanged = [this](bool inUse) { EnableCommands(!inUse); };
+    Session.UseChanged = [this](bool inUse) {
+        if (IsLoaded())
+            EnableCommands(!inUse);
+    };
 }
 
 DebugConsole::~DebugConsole() = default;
 
 void DebugConsole::Open()
 {
-    if (!form) {
-        form = std::make_unique<frmDebug>();
-        form->Resize = [this] { Form_Resize(); };
-        form->Unload = [this] { Form_Unload(); };
-        form->cmdCmd[0].Click = [this] { cmdCmd_Click(0); };
-        form->cmdCmd[1].Click = [this] { cmdCmd_Click(1); };
-        form->cmdReset.Click = [this] { cmdReset_Click(); };
-        EnableCommands(!Session.InUse());
-    }
-    if (!Session.DebugOn)
-        Form_Load();
-    Session.DebugOn = true;
-    form->SetVisible(true);
+    Loaded().SetVisible(true);
     form->BringToFront();
+}
+
+void DebugConsole::Bind()
+{
+    form->Resize = [this] { Form_Resize(); };
+    form->cmdCmd[0].Click = [this] { cmdCmd_Click(0); };
+    form->cmdCmd[1].Click = [this] { cmdCmd_Click(1); };
+    form->cmdReset.Click = [this] { cmdReset_Click(); };
 }
 
 void DebugConsole::Form_Load()
@@ -39,13 +38,11 @@ void DebugConsole::Form_Load()
     form->DebugWindow.Clear();
     form->TxtManual.SetText("");
     form->txtLogFile.SetText(Session.AppDir + "debug.log");
+    EnableCommands(!Session.InUse());
+    Session.DebugOn = true;
 }
 
-void DebugConsole::Form_Unload()
-{
-    Session.DebugOn = false;
-    form->SetVisible(false);
-}
+void DebugConsole::Form_Unload() { Session.DebugOn = false; }
 
 void DebugConsole::Form_Resize()
 {
@@ -78,10 +75,8 @@ void DebugConsole::DebugLog(const std::string& text)
 
 void DebugConsole::EnableCommands(bool enabled)
 {
-    if (form) {
-        form->cmdCmd[0].SetEnabled(enabled);
-        form->cmdCmd[1].SetEnabled(enabled);
-    }
+    for (CommandButton& button : form->cmdCmd)
+        button.SetEnabled(enabled);
 }
 
 void DebugConsole::cmdCmd_Click(int index)
