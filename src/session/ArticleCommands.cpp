@@ -26,8 +26,7 @@ bool NewsSession::SendLine(std::string_view text)
     std::string line(text);
     line += "\r\n";
     MainForm.TCP1.SendData(line);
-    if (DebugOn)
-        Log("#" + line);
+    Log("#" + line);
     return true;
 }
 

@@ -32,13 +32,11 @@ bool NewsSession::TcpConnect()
     CommandKind = Command::Greeting;
     ReplyState = Reply::Awaiting;
     // Nothing survives from the last connection, such as a farewell that nobody waited for.
-    TCP1.Close();
-    RecvBuffer.Clear();
-    GiveBack(LastBody);
+    TcpDisconnect();
     SearchPos = 1;
     manualTextIsComing = false;
     ++connectionNumber;
-    ShowStatus("Status: Connecting");
+    ShowStatus("Connecting");
     TCP1.Connect(MainForm.cboNewsServer.Text(), Socket::PortFrom(MainForm.txtPort.Text()));
     LogStep("waiting for connection");
     while (TCP1.State() != SocketState::Connected) {
@@ -58,9 +56,9 @@ bool NewsSession::TcpConnect()
         } else if (MainForm.chkUserName.Value() == 1) {
             LogStep("authenticating user");
             if (!CmdAuthUser())
-                return AuthenticationFailed("Status: Username Failed");
+                return AuthenticationFailed("Username Failed");
             if (!CmdAuthPass())
-                return AuthenticationFailed("Status: Password Failed");
+                return AuthenticationFailed("Password Failed");
         }
     }
     LogStep("ending connection routine");
@@ -70,7 +68,7 @@ bool NewsSession::TcpConnect()
 
 bool NewsSession::ConnectionFailed()
 {
-    ShowStatus("Status: Error");
+    ShowStatus("Error");
     desktop.MsgBox(
         "Could not connect to server\r\nPlease make sure the server name\r\nis correct.", "Connection Error");
     MainForm.SetMousePointer(MousePointer::Default);
@@ -132,8 +130,8 @@ void NewsSession::Timer1_Timer()
     HeadTimedOut = true;
     TcpDisconnect();
     (void)TcpConnect();
+    // What the server said behind its greeting.
     RecvBuffer.Clear();
-    GiveBack(LastBody);
     SearchPos = 1;
     // Back on the group and on the article that stalled, so that the next one is the one behind it.
     (void)CmdGroup(CurrentGroup);
@@ -144,19 +142,19 @@ void NewsSession::tcp1_StateChanged()
 {
     switch (MainForm.TCP1.State()) {
     case SocketState::ResolvingHost:
-        ShowStatus("Status: Resolving Host");
+        ShowStatus("Resolving Host");
         break;
     case SocketState::HostResolved:
-        ShowStatus("Status: Host Resolved");
+        ShowStatus("Host Resolved");
         break;
     case SocketState::Connecting:
-        ShowStatus("Status: Connecting");
+        ShowStatus("Connecting");
         break;
     case SocketState::Connected:
-        ShowStatus("Status: Connected");
+        ShowStatus("Connected");
         break;
     case SocketState::Closing:
-        ShowStatus("Status: Closing");
+        ShowStatus("Closing");
         break;
     case SocketState::Closed:
     case SocketState::Error:
@@ -165,22 +163,21 @@ void NewsSession::tcp1_StateChanged()
 }
 
 // It ends no wait: a command that was in flight goes on waiting until the user stops it.
-void NewsSession::tcp1_Closed() { ShowStatus("Status: Disconnected"); }
+void NewsSession::tcp1_Closed() { ShowStatus("Disconnected"); }
 
-void NewsSession::ShowStatus(std::string_view status) { MainForm.StatusBar1.Panels(1).SetText(status); }
+void NewsSession::ShowStatus(std::string_view status)
+{
+    MainForm.StatusBar1.Panels(1).SetText(std::string("Status: ").append(status));
+}
 
 void NewsSession::Log(const std::string& text)
 {
-    if (!DebugOn || !DebugLog)
+    if (!DebugOn)
         return;
     logging = true;
-    DebugLog(text);
+    Raise(DebugLog, text);
     logging = false;
     MainForm.TCP1.AnnounceWaiting();
 }
 
-void NewsSession::LogStep(std::string_view step)
-{
-    if (DebugOn)
-        Log(std::string("@").append(step).append("\r\n"));
-}
+void NewsSession::LogStep(std::string_view step) { Log(std::string("@").append(step).append("\r\n")); }

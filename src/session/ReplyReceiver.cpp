@@ -57,7 +57,6 @@ void NewsSession::tcp1_DataArrival()
     // Packets keep their order: what comes in while one is written to the log waits until that is done.
     if (logging)
         return;
-    ReplyText.clear();
     std::string packet = MainForm.TCP1.GetData();
     Log(packet);
     const int arrivedOn = connectionNumber;
@@ -69,7 +68,7 @@ void NewsSession::tcp1_DataArrival()
     if (packet.size() > LongestReply - RecvBuffer.Length()) {
         TcpDisconnect();
         StopFlag = true;
-        ShowStatus("Status: Reply Too Long");
+        ShowStatus("Reply Too Long");
         return;
     }
     RecvBuffer.Append(packet);
@@ -105,7 +104,7 @@ void NewsSession::JudgeStatusLine(std::string& packet)
     } else if (begins("480")) {
         ReplyState = Reply::Finished;
         TcpDisconnect();
-        ShowStatus("Status: Username Required");
+        ShowStatus("Username Required");
     } else if (begins("411") && inFlight(Command::Group)) {
         ReplyState = Reply::NoSuchGroup;
     } else if (begins("412") && inFlight(Command::Group)) {
@@ -119,7 +118,7 @@ void NewsSession::JudgeStatusLine(std::string& packet)
     } else if (begins("381")) {
         ReplyState = Reply::Taken;
         TcpDisconnect();
-        ShowStatus("Status: Password Required");
+        ShowStatus("Password Required");
     } else if (inFlight(Command::Group)) {
         ReplyState = Reply::Finished;
         ReadGroupNumbers(packet);
@@ -186,7 +185,6 @@ void NewsSession::Deliver()
     case Command::Body:
     case Command::Head:
         LastBody.swap(ReplyText);
-        GiveBack(ReplyText);
         break;
     default:
         break;
@@ -197,10 +195,9 @@ void NewsSession::Deliver()
 
 void NewsSession::HandOverList()
 {
-    // Filling the list lets events through, and with them this receiver, which clears ReplyText.
+    // Filling the list lets events through, and with them this receiver, which empties ReplyText.
     const std::string groupText = std::move(ReplyText);
     delivering = true;
-    if (GroupListArrived)
-        GroupListArrived(groupText);
+    Raise(GroupListArrived, groupText);
     delivering = false;
 }
