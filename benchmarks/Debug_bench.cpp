@@ -2,7 +2,7 @@
 #include "benchmarks/SideBySide.h"
 #include "demo/support/Screen.h"
 #include "demo/support/TemporaryFolder.h"
-#include "diagnostics/DebugWindow.h"
+#include "diagnostics/DebugConsole.h"
 
 // What the debug window costs when a server sends what is no line of text.
 
@@ -17,7 +17,7 @@ void LogOneLongLine(benchmark::State& state)
     frmTamarack mainForm;
     NewsSession session(mainForm, desktop);
     session.AppDir = folder.Path();
-    DebugWindow window(session, desktop);
+    DebugConsole window(session, desktop);
     window.Open();
     std::string lines;
     while (lines.size() < line.size())

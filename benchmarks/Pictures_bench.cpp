@@ -1,10 +1,10 @@
 #include "benchmarks/SideBySide.h"
 #include "demo/sample/SamplePictures.h"
 #include "demo/support/TemporaryFolder.h"
+#include "platform/Bitmap.h"
 #include "platform/Events.h"
 #include "platform/FileList.h"
 #include "platform/Form.h"
-#include "platform/Picture.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -37,7 +37,7 @@ void LargeJpeg(benchmark::State& state, const char* name, bool (*read)(const std
     const TemporaryFolder folder;
     const std::string path = folder.File("large.jpg");
     MakeFile(path, DrawPicture(Scene::Harbour, 6000, 4000, 1, "JPEG"));
-    const Run ours = [&] { return Timed([&] { return Picture::FromFile(path).Width() == 6000; }); };
+    const Run ours = [&] { return Timed([&] { return Bitmap::FromFile(path).Width() == 6000; }); };
     const Run reference = [&] { return Timed([&] { return read(path); }); };
     for (auto _ : state)
         CompareSideBySide(state, 15, ours, {name, reference, Aim::TimesItsTime, limit});
@@ -56,7 +56,7 @@ void SmallPictures(benchmark::State& state)
     const auto readAll
         = [&paths](const auto& read) { return Timed([&] { return std::all_of(paths.begin(), paths.end(), read); }); };
     const Run ours
-        = [&] { return readAll([](const std::string& path) { return Picture::FromFile(path).Width() == 320; }); };
+        = [&] { return readAll([](const std::string& path) { return Bitmap::FromFile(path).Width() == 320; }); };
     const Run here = [&]() -> std::optional<double> {
         const auto taken = readAll(ReadHere);
         return taken ? std::optional(*taken + count * allowance) : std::nullopt;

@@ -2,7 +2,7 @@
 #include "fuzzing/CameToSomething.h"
 #include "fuzzing/OffscreenApplication.h"
 #include "picture-reader/Reading.h"
-#include "platform/Picture.h"
+#include "platform/Bitmap.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     }
     const std::string path = folder.File("picture");
     MakeFile(path, {reinterpret_cast<const char*>(bytes), size});
-    const Picture picture = Picture::FromFile(path);
+    const Bitmap picture = Bitmap::FromFile(path);
     if ((picture.Width() > 0) != (picture.Height() > 0))
         std::abort();
     cameToSomething = picture.Width() > 0;

@@ -155,11 +155,11 @@ private:
     void Hear(const std::function<void()>& receive)
     {
         heard = true;
-        const bool awaited = session->ReplyState == ReplyState::Awaiting;
+        const bool awaited = session->ReplyState == Reply::Awaiting;
         ++receiving;
         receive();
         --receiving;
-        if (awaited && session->ReplyState != ReplyState::Awaiting && session->CommandKind != CommandKind::Greeting)
+        if (awaited && session->ReplyState != Reply::Awaiting && session->CommandKind != Command::Greeting)
             ++answers;
         Demand(session->RecvBuffer.Length() <= std::min(length, session->LongestReply));
         // Wherever the packets were cut, no terminator has been passed over.

@@ -94,7 +94,7 @@ void GroupStore::cmdRefresh_Click()
         ShowTotalCount(MainForm, MainForm.lstAllGroups.ListCount());
         DoEvents();
     } else {
-        MainForm.StatusBar1.Panels(1).SetText("Status: Error Connecting");
+        Session.ShowStatus("Error Connecting");
         Session.TcpDisconnect();
     }
     MainForm.SetMousePointer(MousePointer::Default);

@@ -18,8 +18,8 @@ struct frmSetPointer : Form {
         Text1.SetFocus();
     }
 
-    TextBox Text2{*this, "Text2", {120, 120, 3690, 315}, {.readOnly = true}};
-    TextBox Text1{*this, "Text1", {120, 555, 1260, 345}};
+    TextBox Text2{*this, "Text2", {120, 120, 3690, 315}, {.readOnly = true}}; // the group
+    TextBox Text1{*this, "Text1", {120, 555, 1260, 345}}; // the number of the last article read
     CommandButton cmdOk[2]
         = {{*this, "cmdOk(0)", "Save", {1500, 555, 1095, 345}}, {*this, "cmdOk(1)", "Cancel", {2715, 555, 1095, 345}}};
 };

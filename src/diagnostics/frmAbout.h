@@ -15,7 +15,8 @@ struct frmAbout : Form {
         SetDialogButtons(Command1, Command1);
     }
 
-    ImageControl Image1{*this, "Image1", {150, 150, 4500, 3000}};
+    ImageControl Image1{*this, "Image1", {150, 150, 4500, 3000}}; // the banner's picture
+    // The makers, the licence, the version and the name.
     Label Label1[4] = {{*this, "Label1(0)", "", {150, 4185, 4500, 270}, Alignment::Centre},
         {*this, "Label1(1)",
             "This is free software under the MIT licence: use it, pass it on, and change it as you like. It comes "
@@ -23,6 +24,6 @@ struct frmAbout : Form {
             {150, 4605, 4500, 780}, Alignment::Centre},
         {*this, "Label1(2)", "Version 0.1b", {150, 3900, 4500, 270}, Alignment::Centre},
         {*this, "Label1(3)", "The Tamarack", {150, 3225, 4500, 630}, Alignment::Centre}};
-    Panel Frame1{*this, "Frame1", {150, 4500, 4500, 30}, PanelEdge::Sunken};
+    Panel Frame1{*this, "Frame1", {150, 4500, 4500, 30}, PanelEdge::Sunken}; // a thin rule above the licence
     CommandButton Command1{*this, "Command1", "OK", {1860, 5580, 1080, 375}};
 };

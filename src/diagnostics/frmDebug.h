@@ -21,7 +21,7 @@ struct frmDebug : Form {
     }
 
     TextBox txtLogFile{*this, "txtLogFile", {30, 30, 6840, 330}};
-    TextArea DebugWindow{*this, "DebugWindow", {30, 390, 6840, 4500}, TextAreaStyle::Log};
+    TextArea DebugWindow{*this, "DebugWindow", {30, 390, 6840, 4500}, TextAreaStyle::Log}; // the log
     TextBox TxtManual{*this, "TxtManual", {1395, 5100, 2400, 285}, {.hint = "Command"}};
     CommandButton cmdCmd[2] = {{*this, "cmdCmd(0)", "Send Help", {30, 5050, 1320, 330}},
         {*this, "cmdCmd(1)", "Manual Cmd", {3840, 5050, 1485, 330}}};

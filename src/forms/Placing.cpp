@@ -1,6 +1,6 @@
 #include "forms/Placing.h"
 
-#include "platform/Picture.h"
+#include "platform/Bitmap.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,7 +28,7 @@ FittedSize Fit(float aspect, double areaWidth, double areaHeight, double margin)
     return {WholeLength(width), WholeLength(height)};
 }
 
-std::optional<FittedSize> FitPicture(const Picture& picture, const Control& area, double margin)
+std::optional<FittedSize> FitPicture(const Bitmap& picture, const Control& area, double margin)
 {
     if (picture.Height() == 0)
         return std::nullopt;

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-class Picture;
+class Bitmap;
 
 // The size that a picture of a given aspect gets in an area, both in twips: as wide as the area, and if it is then too
 // high, as high as the area. Whole numbers, halves rounded to the even one.
@@ -19,7 +19,7 @@ struct FittedSize {
 FittedSize Fit(float aspect, double areaWidth, double areaHeight, double margin = 0);
 
 // The same for a picture and the control that it is to lie in. Nothing if there is no picture.
-std::optional<FittedSize> FitPicture(const Picture& picture, const Control& area, double margin = 0);
+std::optional<FittedSize> FitPicture(const Bitmap& picture, const Control& area, double margin = 0);
 
 // Puts the object into the middle of its container. Nothing is rounded.
 void CentreInContainer(Control& object, const Control& container);

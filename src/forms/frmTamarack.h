@@ -42,7 +42,8 @@ struct frmTamarack : Form {
     MenuEntry mnuDash1{mnuHelp, "mnuDash1"};
     MenuEntry mnuAbout{mnuHelp, "mnuAbout", "About"};
 
-    Panel Frame1{*this, "Frame1", {-105, -15, 8100, 45}, PanelEdge::Sunken};
+    Panel Frame1{*this, "Frame1", {-105, -15, 8100, 45}, PanelEdge::Sunken}; // a thin rule under the menu bar
+    // The outer tabs; those of the groups are in SSTab1.
     TabStrip SSTMain{*this, "SSTMain", {30, 60, 5310, 3270},
         {"Name && Location", "Advanced Filtering", "Server Setup", "News Groups"}};
 
@@ -61,10 +62,11 @@ struct frmTamarack : Form {
     TextBox txtNamed{Frame2, "txtNamed", {150, 1125, 4755, 315}, {.hint = ".png;holiday"}};
 
     // Advanced Filtering: which articles are wanted, and how many.
-    Panel SSFrame1{SSTMain.Page(1), "SSFrame1", {60, 60, 5130, 2580}, PanelEdge::Line};
+    Panel SSFrame1{SSTMain.Page(1), "SSFrame1", {60, 60, 5130, 2580}, PanelEdge::Line}; // all of this tab
     Label lblSizeIs{SSFrame1, "lblSizeIs", "Total Lines:", {120, 105, 1140, 315}};
     ComboBox cboSizeIs{SSFrame1, "cboSizeIs", {1260, 105, 1305, 315}, {"", "At Least", "At Most"}};
     TextBox txtKB{SSFrame1, "txtKB", {2610, 105, 750, 315}, {.text = "10"}};
+    // Steps the number of lines.
     Stepper SpinButton1{
         SSFrame1, "SpinButton1", txtKB, {3375, 105, 255, 315}, {.minimum = 10, .maximum = 35000, .step = 10}};
     CheckBox chkLimitPictures{SSFrame1, "chkLimitPictures", "Limit the Number of Pictures to:", {120, 495, 2445, 405}};
@@ -84,7 +86,7 @@ struct frmTamarack : Form {
     // The limit counts lines, so the unit stays below the edge of the panel, where nobody sees it.
     Label lblKB{SSFrame1, "lblKB", "KB", {3810, 2700, 450, 255}};
 
-    // Server Setup: the server and who one is to it.
+    // Server Setup: the server and who one is to it, in a panel that is disabled as long as the session is in use.
     Panel SSFrame2{SSTMain.Page(2), "SSFrame2", {60, 60, 5130, 2580}, PanelEdge::Line};
     Label lblUseThisServerToPerformTheQuery{SSFrame2, "lblUseThisServerToPerformTheQuery",
         "Use this News Server to perform the query:", {120, 60, 4890, 255}};
@@ -130,11 +132,13 @@ struct frmTamarack : Form {
     Container& allGroups = SSTab1.Page(2);
     ListBox lstAllGroups{allGroups, "lstAllGroups", {60, 60, 2745, 1725},
         {.sorted = true, .hint = "Refresh From Network fetches the server's groups."}};
+    // Over the list while it is being filled.
     Label Label1{allGroups, "Label1", "Rebuilding List...Please Wait", {60, 60, 2745, 1725}, Alignment::Centre};
     CommandButton cmdRefresh{allGroups, "cmdRefresh", "Refresh From Network", {2895, 60, 2175, 345}};
     CommandButton cmdRefreshDisk{allGroups, "cmdRefreshDisk", "Refresh From Disk", {2895, 465, 2175, 345}};
     CheckBox chkAutoLoad{allGroups, "chkAutoLoad", "Auto-load from disk", {2895, 900, 2175, 345}, 1};
 
+    // How many groups each list holds, and what is being done with them.
     StatusBar StatusBar2{SSTMain.Page(3), "StatusBar2", {45, 2310, 5160, 270},
         {{"Total: 64318", "Total: 0", "Total number of active groups"},
             {"Filtered: 128636", "Filtered: 0", "Total number of filtered groups"},
@@ -147,6 +151,7 @@ struct frmTamarack : Form {
 
     // The preview strip: three slots, the newest picture in the left one.
     Panel Frame3{*this, "Frame3", {-45, 3345, 6960, 2625}};
+    // Each slot: its edge, the picture and, below the buttons, the bare name of the file, with the path in its Tag.
     Panel SSPanel1[3] = {{Frame3, "SSPanel1(0)", {75, 210, 2070, 1695}, PanelEdge::Sunken},
         {Frame3, "SSPanel1(1)", {2340, 210, 2070, 1695}, PanelEdge::Sunken},
         {Frame3, "SSPanel1(2)", {4560, 210, 2070, 1695}, PanelEdge::Sunken}};
@@ -164,20 +169,21 @@ struct frmTamarack : Form {
     Label Label2[3] = {{Frame3, "Label2(0)", "<filename>", {150, 2340, 1935, 195}, Alignment::Centre},
         {Frame3, "Label2(1)", "<filename>", {2400, 2340, 1935, 195}, Alignment::Centre},
         {Frame3, "Label2(2)", "<filename>", {4650, 2340, 1935, 195}, Alignment::Centre}};
-    // Reads each stored picture; it lies below the strip's lower edge, where nobody sees it.
+    // Reads each stored picture, whose path is its Tag; it lies below the strip's lower edge, where nobody sees it.
     ImageControl Picture1{Frame3, "Picture1", {3375, 3075, 1425, 1260}};
 
-    // Holds the banner's picture, beyond the right edge.
+    // Holds the picture of the banner and the about box, beyond the right edge.
     ImageControl Image1{*this, "Image1", {9000, 0, 4500, 3000}};
 
+    // The connection, the files found, and the clock.
     StatusBar StatusBar1{*this, "StatusBar1", {0, 6015, 6630, 330},
         {{"Status: Username Required", "Status: Disconnected", "Connection Status", PanelStyle::Text, true},
             {"Items: 100000", "Items: 0", "Total items found"}, {"Tamarack", "Tamarack"},
             {"22:22:22", "", "Current Time"}, {"", "", "Current Date", PanelStyle::Date}},
         StatusBarPlace::BottomEdge};
 
-    Timer Timer1{std::chrono::milliseconds(15000)};
-    Timer Timer2{std::chrono::milliseconds(2000)};
-    Socket TCP1;
-    AttachmentDecoder UU;
+    Timer Timer1{std::chrono::milliseconds(15000)}; // the watchdog of a head
+    Timer Timer2{std::chrono::milliseconds(2000)}; // holds the banner up, then starts the clock
+    Socket TCP1; // the connection to the news server
+    AttachmentDecoder UU; // decodes the attachments
 };

@@ -22,13 +22,8 @@ void PreviewStrip::mnuInteractiveDownload_Click()
 {
     const bool show = !MainForm.mnuInteractiveDownload.Checked();
     MainForm.mnuInteractiveDownload.SetChecked(show);
-    if (show) {
-        MainForm.SetHeight(frmTamarack::heightWithPreviews);
-        MainForm.Frame3.SetVisible(true);
-    } else {
-        MainForm.Frame3.SetVisible(false);
-        MainForm.SetHeight(frmTamarack::heightWithoutPreviews);
-    }
+    MainForm.SetHeight(show ? frmTamarack::heightWithPreviews : frmTamarack::heightWithoutPreviews);
+    MainForm.Frame3.SetVisible(show);
 }
 
 void PreviewStrip::ShowPic(const std::string& fileName)
@@ -36,45 +31,38 @@ void PreviewStrip::ShowPic(const std::string& fileName)
     const auto size = FitPicture(MainForm.Picture1.Picture(), MainForm.SSPanel1[0]);
     if (!size)
         return;
-    MoveSlot(1, 2);
-    MoveSlot(0, 1);
-    ImageControl& newest = MainForm.Image2[0];
-    newest.SetVisible(false);
-    newest.SetPicture({});
-    newest.SetWidth(size->width);
-    newest.SetHeight(size->height);
-    MainForm.Label2[0].SetCaption(MainForm.UU.ImageFilename());
-    MainForm.Label2[0].Tag = fileName;
-    newest.SetPicture(MainForm.Picture1.Picture());
-    CentreInContainer(newest, MainForm.SSPanel1[0]);
-    newest.SetVisible(true);
+    MoveOn(1);
+    MoveOn(0);
+    Fill(0, size->width, size->height, MainForm.UU.ImageFilename(), fileName, MainForm.Picture1.Picture());
 }
 
-void PreviewStrip::MoveSlot(int from, int to)
+// Into the next slot, whose picture goes. Lets events through.
+void PreviewStrip::MoveOn(int slot)
 {
-    ImageControl& target = MainForm.Image2[to];
-    const ImageControl& source = MainForm.Image2[from];
-    target.SetVisible(false);
-    target.SetPicture({});
-    target.SetWidth(source.Width());
-    target.SetHeight(source.Height());
-    MainForm.Label2[to].SetCaption(MainForm.Label2[from].Caption());
-    MainForm.Label2[to].Tag = MainForm.Label2[from].Tag;
-    target.SetPicture(source.Picture());
-    CentreInContainer(target, MainForm.SSPanel1[to]);
-    target.SetVisible(true);
+    const ImageControl& image = MainForm.Image2[slot];
+    const Label& label = MainForm.Label2[slot];
+    Fill(slot + 1, image.Width(), image.Height(), label.Caption(), label.Tag, image.Picture());
     DoEvents();
+}
+
+void PreviewStrip::Fill(
+    int slot, double width, double height, std::string_view name, const std::string& path, const Bitmap& picture)
+{
+    ImageControl& image = MainForm.Image2[slot];
+    image.SetVisible(false);
+    image.SetWidth(width);
+    image.SetHeight(height);
+    MainForm.Label2[slot].SetCaption(name);
+    MainForm.Label2[slot].Tag = path;
+    image.SetPicture(picture);
+    CentreInContainer(image, MainForm.SSPanel1[slot]);
+    image.SetVisible(true);
 }
 
 void PreviewStrip::image2_DblClick(int index)
 {
-    const ImageControl& image = MainForm.Image2[index];
-    if (image.Height() == 0 || image.Width() / image.Height() == 0)
-        return;
     const Label& label = MainForm.Label2[index];
-    viewer.DisplayImage(image, label.Caption(), label.Tag);
-    if (viewer.BringToFront())
-        MainForm.mnuSizeableViewer.SetChecked(true);
+    viewer.DisplayInFront(MainForm.Image2[index], label.Caption(), label.Tag);
     DoEvents();
 }
 

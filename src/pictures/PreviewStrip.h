@@ -11,11 +11,14 @@ class PreviewStrip {
 public:
     PreviewStrip(frmTamarack& mainForm, Viewer& viewer);
 
-    // Shows the picture that Picture1 has just read from this file. Does nothing if Picture1 holds none.
+    // Shows the picture that Picture1 of the main form has just read from this file, under the name that the decoder UU
+    // gave to its last file. Does nothing if Picture1 holds none. Lets events through between one slot and the next.
     void ShowPic(const std::string& fileName);
 
 private:
-    void MoveSlot(int from, int to);
+    void MoveOn(int slot);
+    void Fill(
+        int slot, double width, double height, std::string_view name, const std::string& path, const Bitmap& picture);
     void mnuInteractiveDownload_Click();
     void image2_DblClick(int index);
     void cmdClear_Click(int index);

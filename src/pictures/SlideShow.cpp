@@ -17,11 +17,6 @@ constexpr std::string_view section = "SlideShow";
 constexpr int panes = 6;
 constexpr int tipsTopic = 1180;
 
-// The panels of the status bar.
-constexpr int imagePanel = 1;
-constexpr int panePanel = 2;
-constexpr int namePanel = 3;
-
 }
 
 SlideShow::SlideShow(frmTamarack& mainForm, Settings& newSettings, Desktop& newDesktop, Viewer& newViewer)
@@ -30,40 +25,15 @@ SlideShow::SlideShow(frmTamarack& mainForm, Settings& newSettings, Desktop& newD
     , desktop(newDesktop)
     , viewer(newViewer)
 {
-    MainForm.mnuSlideShow.Click = [this] { mnuSlideShow_Click(); };
+    MainForm.mnuSlideShow.Click = [this] { OpenOrClose(MainForm.mnuSlideShow); };
 }
 
 SlideShow::~SlideShow() = default;
 
-void SlideShow::mnuSlideShow_Click()
-{
-    if (MainForm.mnuSlideShow.Checked()) {
-        MainForm.mnuSlideShow.SetChecked(false);
-        Form_Unload();
-    } else {
-        MainForm.mnuSlideShow.SetChecked(true);
-        Loaded().SetVisible(true);
-    }
-}
-
-frmSlideShow& SlideShow::Loaded()
-{
-    if (!form) {
-        form = std::make_unique<frmSlideShow>();
-        walk = std::make_unique<DirectoryWalk>(MainForm, desktop, form->Drive1, form->Dir1);
-        Bind();
-    }
-    if (!loaded) {
-        loaded = true;
-        Form_Load();
-    }
-    return *form;
-}
-
 void SlideShow::Bind()
 {
-    form->Unload = [this] { Form_Unload(); };
-    form->mnuExit.Click = [this] { Form_Unload(); };
+    walk = std::make_unique<DirectoryWalk>(MainForm, desktop, form->Drive1, form->Dir1);
+    form->mnuExit.Click = [this] { Unload(); };
     form->mnuStart.Click = [this] { Command1_Click(0); };
     form->mnuPause.Click = [this] { Command1_Click(5); };
     form->mnuStop.Click = [this] { Command1_Click(1); };
@@ -76,15 +46,14 @@ void SlideShow::Bind()
             area->Click = [this, index] { PreviewImage_Click(index); };
             area->DblClick = [this, index] { PreviewImage_DblClick(index); };
         }
-        const auto showName
-            = [this, index] { form->StatusBar1.Panels(namePanel).SetText(form->PreviewImage[index].Tag); };
+        const auto showName = [this, index] { ShowName(form->PreviewImage[index].Tag); };
         form->PreviewImage[index].MouseMove = showName;
         form->SSPanel1[index].GotFocus = showName;
     }
     form->lstFiles.DblClick = [this] { lstFiles_DblClick(); };
     form->lstFiles.PathChange = [this] { ShowTotal(); };
     form->txtDelay.Change = [this] { txtDelay_Change(); };
-    // With a short delay the next tick may come while the pictures of this one are still being shown.
+    // With a short delay the next tick may come while the picture of this one is still being shown.
     form->Timer1.Tick = [this] {
         if (!ticking)
             Timer1_Timer();
@@ -96,7 +65,6 @@ void SlideShow::Form_Load()
     form->SetHeight(frmSlideShow::designedHeight);
     NextPane = 0;
     SelectedPane = 0;
-    ImageNumber = 0;
     for (int index = 0; index < panes; ++index) {
         form->PreviewImage[index].SetPicture({});
         form->PreviewImage[index].Move(frmSlideShow::designedImage[index]);
@@ -104,14 +72,13 @@ void SlideShow::Form_Load()
         form->SSPanel1[index].SetHighlighted(false);
         form->SSPanel1[index].Tag.clear();
     }
-    form->StatusBar1.Panels(panePanel).SetText("Stopped");
-    form->StatusBar1.Panels(namePanel).SetText("");
+    ShowName("");
     // Nobody may close a window that is still being put together, so that no event is let through here.
     form->Dir1.Change = nullptr;
     walk->Begin(MainForm.txtSelectDir.Text());
     form->Dir1.Change = [this] { Dir1_Change(); };
     (void)form->lstFiles.SetPath(form->Dir1.Path());
-    ShowTotal();
+    StopShow();
 
     if (const std::string stored = settings.GetSetting(section, "1"); !stored.empty()) {
         const double left = Val(stored);
@@ -129,8 +96,6 @@ void SlideShow::Form_Load()
 
 void SlideShow::Form_Unload()
 {
-    if (!loaded)
-        return;
     if (Screen::TellsPlaces()) {
         settings.SaveSetting(section, "1", DecimalText(static_cast<float>(form->Left())));
         settings.SaveSetting(section, "2", DecimalText(static_cast<float>(form->Top())));
@@ -139,46 +104,44 @@ void SlideShow::Form_Unload()
     settings.SaveSetting(section, "4", form->txtDelay.Text());
     MainForm.mnuSlideShow.SetChecked(false);
     form->Timer1.SetEnabled(false);
-    loaded = false;
     form->Picture1.SetPicture({});
-    form->SetVisible(false);
 }
 
-// One tick: the next file into the next pane. Whatever the user does in its yields holds at once, so that a stop there
-// makes it show the first file.
 void SlideShow::Timer1_Timer()
 {
     ticking = true;
-    struct End {
-        bool& flag;
-        ~End() { flag = false; }
-    } end{ticking};
+    ShowNextFile();
+    ticking = false;
+}
+
+// The next file into the next pane. Whatever the user does in its yields holds at once, so that a stop there makes it
+// show the first file.
+void SlideShow::ShowNextFile()
+{
     TakeDelay();
     DoEvents();
-    if (!loaded)
+    if (!IsLoaded())
         return;
     ++ImageNumber;
-    const std::string count = std::to_string(form->lstFiles.ListCount());
-    form->StatusBar1.Panels(imagePanel).SetText("Displaying " + std::to_string(ImageNumber) + " of " + count);
+    ShowPosition();
     if (ImageNumber > form->lstFiles.ListCount()) {
         if (form->chkOptions.Value() == 1)
             ImageNumber = 0;
         else
-            Command1_Click(1);
+            StopShow();
         return;
     }
-    form->StatusBar1.Panels(panePanel).SetText("Pane: " + std::to_string(NextPane));
+    ShowState("Pane: " + std::to_string(NextPane));
     const std::string name = form->lstFiles.List(ImageNumber - 1);
-    CurrentFile = WithSeparator(form->Dir1.Path()) + name;
+    const std::string currentFile = WithSeparator(form->Dir1.Path()) + name;
     // A file that is no picture leaves the pane to the next one. Where it takes long, so does one that the user has not
     // waited for: the show was stopped, another file double-clicked, or the window closed.
     const std::int32_t number = ImageNumber;
-    if (!form->Picture1.Load(CurrentFile) || ImageNumber != number)
+    if (!form->Picture1.Load(currentFile) || ImageNumber != number)
         return;
-    const Picture& picture = form->Picture1.Picture();
+    const Bitmap& picture = form->Picture1.Picture();
     ImageControl& image = form->PreviewImage[NextPane];
     Panel& panel = form->SSPanel1[NextPane];
-    image.SetPicture({});
     constexpr double margin = 10;
     if (const auto size = FitPicture(picture, form->SSPanel1[0], margin)) {
         image.SetWidth(size->width);
@@ -187,8 +150,8 @@ void SlideShow::Timer1_Timer()
     CentreInContainer(image, panel);
     image.SetPicture(picture);
     image.Tag = name;
-    panel.Tag = CurrentFile;
-    if (viewer.ViewerAutoUpdate)
+    panel.Tag = currentFile;
+    if (viewer.ViewerAutoUpdate())
         viewer.DisplayImage(image, image.Tag, panel.Tag);
     NextPane = (NextPane + 1) % panes;
 }
@@ -213,20 +176,20 @@ void SlideShow::Command1_Click(int index)
         StopShow();
         break;
     case 2:
-        if (SelectedPane > nobody)
+        if (SelectedPane > noPane)
             DeleteFileOfPane();
         break;
     case 3:
-        if (SelectedPane > nobody)
+        if (SelectedPane > noPane)
             PreviewImage_DblClick(SelectedPane);
         break;
     case 4:
-        if (SelectedPane > nobody)
+        if (SelectedPane > noPane)
             ClearPane(SelectedPane);
         break;
     case 5:
         form->Timer1.SetEnabled(false);
-        form->StatusBar1.Panels(panePanel).SetText("Paused");
+        ShowState("Paused");
         break;
     case 7:
         form->lstFiles.Refresh();
@@ -238,10 +201,10 @@ void SlideShow::Command1_Click(int index)
 
 void SlideShow::StartShow()
 {
-    form->StatusBar1.Panels(panePanel).SetText("Starting");
+    ShowState("Starting");
     if (form->lstFiles.ListCount() < 1) {
-        form->StatusBar1.Panels(namePanel).SetText("No Images");
-        form->StatusBar1.Panels(panePanel).SetText("Stopped");
+        ShowName("No Images");
+        ShowState("Stopped");
         return;
     }
     TakeDelay();
@@ -253,7 +216,7 @@ void SlideShow::StopShow()
     form->Timer1.SetEnabled(false);
     ImageNumber = 0;
     ShowTotal();
-    form->StatusBar1.Panels(panePanel).SetText("Stopped");
+    ShowState("Stopped");
 }
 
 void SlideShow::DeleteFileOfPane()
@@ -275,11 +238,11 @@ void SlideShow::PreviewImage_Click(int index)
 {
     if (index == SelectedPane) {
         form->SSPanel1[index].SetHighlighted(false);
-        SelectedPane = nobody;
+        SelectedPane = noPane;
         return;
     }
     form->SSPanel1[index].SetHighlighted(true);
-    if (SelectedPane > nobody)
+    if (SelectedPane > noPane)
         form->SSPanel1[SelectedPane].SetHighlighted(false);
     SelectedPane = index;
 }
@@ -287,11 +250,7 @@ void SlideShow::PreviewImage_Click(int index)
 void SlideShow::PreviewImage_DblClick(int index)
 {
     const ImageControl& image = form->PreviewImage[index];
-    if (image.Height() == 0 || image.Width() / image.Height() == 0)
-        return;
-    viewer.DisplayImage(image, image.Tag, form->SSPanel1[index].Tag);
-    if (viewer.BringToFront())
-        MainForm.mnuSizeableViewer.SetChecked(true);
+    viewer.DisplayInFront(image, image.Tag, form->SSPanel1[index].Tag);
 }
 
 void SlideShow::lstFiles_DblClick()
@@ -322,5 +281,15 @@ void SlideShow::Dir1_Change()
 
 void SlideShow::ShowTotal()
 {
-    form->StatusBar1.Panels(imagePanel).SetText("Total: " + std::to_string(form->lstFiles.ListCount()));
+    form->StatusBar1.Panels(1).SetText("Total: " + std::to_string(form->lstFiles.ListCount()));
 }
+
+void SlideShow::ShowPosition()
+{
+    form->StatusBar1.Panels(1).SetText(
+        "Displaying " + std::to_string(ImageNumber) + " of " + std::to_string(form->lstFiles.ListCount()));
+}
+
+void SlideShow::ShowState(std::string_view state) { form->StatusBar1.Panels(2).SetText(state); }
+
+void SlideShow::ShowName(std::string_view name) { form->StatusBar1.Panels(3).SetText(name); }

@@ -1,17 +1,21 @@
 #pragma once
 
 #include "forms/DirectoryWalk.h"
+#include "forms/KeptForm.h"
 #include "pictures/Viewer.h"
 
 #include <cstdint>
-#include <memory>
-#include <string>
 
 struct frmSlideShow;
 
 // The slide show, frmSlideShow: a timer puts the files of a directory into the next of six panes, one after the other.
-// As with the viewer, the window is built at its first use and kept, and each opening finds it as new.
-class SlideShow {
+// mnuSlideShow of the main form opens and closes it, and bears a mark while it is open. It begins in the directory of
+// the attachments, txtSelectDir of the main form, and looks at a directory again only when its user asks for that; what
+// a search stores meanwhile it does not know of.
+//
+// A tick lets events through, and so does whatever reads a directory or shows a picture; what the user does there holds
+// at once. A tick that comes while another one waits is dropped.
+class SlideShow : KeptForm<frmSlideShow> {
 public:
     SlideShow(frmTamarack& mainForm, Settings& settings, Desktop& desktop, Viewer& viewer);
     ~SlideShow();
@@ -20,15 +24,14 @@ public:
     std::function<void(int topic)> HelpContext;
 
 private:
-    static constexpr int nobody = -1;
+    static constexpr int noPane = -1;
 
-    frmSlideShow& Loaded();
-    void Bind();
-    void Form_Load();
-    void Form_Unload();
-    void mnuSlideShow_Click();
+    void Bind() override;
+    void Form_Load() override;
+    void Form_Unload() override;
 
     void Timer1_Timer();
+    void ShowNextFile();
     void Command1_Click(int index);
     void StartShow();
     void StopShow();
@@ -40,20 +43,22 @@ private:
     void Dir1_Change();
 
     void TakeDelay();
-    void ShowTotal();
     void ClearPane(int index);
+
+    // The three panels of the status bar.
+    void ShowTotal();
+    void ShowPosition();
+    void ShowState(std::string_view state);
+    void ShowName(std::string_view name);
 
     frmTamarack& MainForm;
     Settings& settings;
     Desktop& desktop;
     Viewer& viewer;
-    std::unique_ptr<frmSlideShow> form;
     std::unique_ptr<DirectoryWalk> walk;
-    bool loaded = false;
     bool ticking = false;
 
     int NextPane = 0; // the pane that the next tick fills
     int SelectedPane = 0; // what Delete, Viewer and Clear act on; at first without a highlight
     std::int32_t ImageNumber = 0; // the place in lstFiles of the file shown last, counted from 1
-    std::string CurrentFile;
 };

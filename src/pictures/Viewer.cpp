@@ -19,29 +19,19 @@ Viewer::Viewer(frmTamarack& mainForm, Settings& newSettings)
     : MainForm(mainForm)
     , settings(newSettings)
 {
-    MainForm.mnuSizeableViewer.Click = [this] { mnuSizeableViewer_Click(); };
+    MainForm.mnuSizeableViewer.Click = [this] { OpenOrClose(MainForm.mnuSizeableViewer); };
 }
 
 Viewer::~Viewer() = default;
 
-frmShowPicture& Viewer::Loaded()
+void Viewer::Bind()
 {
-    if (!form) {
-        form = std::make_unique<frmShowPicture>();
-        form->cmdViewCurrent.Click = [this] { cmdViewCurrent_Click(); };
-        form->Command1.Click = [this] { Command1_Click(); };
-        form->Command2.Click = [this] { Command2_Click(); };
-        form->Check1.Click = [this] { Check1_Click(); };
-        form->Resize = [this] { Form_Resize(); };
-        form->Unload = [this] { Form_Unload(); };
-        for (MouseEvents* area : std::initializer_list<MouseEvents*>{form.get(), &form->SSPanel1, &form->Image1})
-            area->MouseDown = [this](int button, int keys) { MouseDown(button, keys); };
-    }
-    if (!loaded) {
-        loaded = true;
-        Form_Load();
-    }
-    return *form;
+    form->cmdViewCurrent.Click = [this] { cmdViewCurrent_Click(); };
+    form->Command1.Click = [this] { Command1_Click(); };
+    form->Command2.Click = [this] { Command2_Click(); };
+    form->Resize = [this] { Form_Resize(); };
+    for (MouseEvents* area : std::initializer_list<MouseEvents*>{form.get(), &form->SSPanel1, &form->Image1})
+        area->MouseDown = [this](int button, int keys) { MouseDown(button, keys); };
 }
 
 void Viewer::Form_Load()
@@ -68,9 +58,6 @@ void Viewer::Restore(std::string_view key, double design, double least, double m
 
 void Viewer::Form_Unload()
 {
-    if (!loaded)
-        return;
-    ViewerAutoUpdate = false;
     MainForm.mnuSizeableViewer.SetChecked(false);
     if (Screen::TellsPlaces()) {
         settings.SaveSetting(section, "1", DecimalText(static_cast<float>(form->Left())));
@@ -78,9 +65,7 @@ void Viewer::Form_Unload()
     }
     settings.SaveSetting(section, "3", DecimalText(static_cast<float>(form->Width())));
     settings.SaveSetting(section, "4", DecimalText(static_cast<float>(form->Height())));
-    loaded = false;
     form->Image1.SetPicture({});
-    form->SetVisible(false);
 }
 
 void Viewer::Form_Resize()
@@ -104,63 +89,66 @@ void Viewer::Form_Resize()
     }
 }
 
-void Viewer::DisplayImage(const ImageControl& source, std::string_view displayName, const std::string& path)
+// The size that suits the picture, the name and the path, and nothing to be seen yet. False if there is no picture.
+bool Viewer::MakeRoom(const Bitmap& picture, std::string_view displayName, const std::string& path)
 {
-    const auto size = FitPicture(source.Picture(), Loaded().SSPanel1);
+    const auto size = FitPicture(picture, Loaded().SSPanel1);
     if (!size)
-        return;
-    Blank(*size);
+        return false;
+    form->Image1.SetPicture({});
+    form->Image1.SetWidth(size->width);
+    form->Image1.SetHeight(size->height);
+    form->Image1.SetVisible(false);
     CentreInContainer(form->Image1, form->SSPanel1);
     form->SetCaption(displayName);
     form->Image1.Tag = path;
-    (void)form->Image1.Load(path);
-    if (!loaded)
+    return true;
+}
+
+void Viewer::Reveal()
+{
+    if (!IsLoaded())
         return;
     form->Image1.SetVisible(true);
     form->SetVisible(true);
     DoEvents();
+}
+
+void Viewer::DisplayImage(const ImageControl& source, std::string_view displayName, const std::string& path)
+{
+    if (!MakeRoom(source.Picture(), displayName, path))
+        return;
+    (void)form->Image1.Load(path);
+    Reveal();
+}
+
+void Viewer::DisplayInFront(const ImageControl& source, std::string_view displayName, const std::string& path)
+{
+    if (source.Height() == 0 || source.Width() / source.Height() == 0)
+        return;
+    DisplayImage(source, displayName, path);
+    if (!IsLoaded())
+        return;
+    form->SetVisible(true);
+    form->BringToFront();
+    MainForm.mnuSizeableViewer.SetChecked(true);
 }
 
 void Viewer::cmdViewCurrent_Click()
 {
-    const Picture& current = MainForm.Picture1.Picture();
-    const auto size = FitPicture(current, Loaded().SSPanel1);
-    if (!size)
+    const ImageControl& current = MainForm.Picture1;
+    if (!MakeRoom(current.Picture(), BareName(current.Tag), current.Tag))
         return;
-    Blank(*size);
-    form->Image1.SetPicture(current);
-    CentreInContainer(form->Image1, form->SSPanel1);
-    form->Image1.SetVisible(true);
-    form->SetCaption(BareName(MainForm.Picture1.Tag));
-    form->Image1.Tag = MainForm.Picture1.Tag;
-    form->SetVisible(true);
-    DoEvents();
+    form->Image1.SetPicture(current.Picture());
+    Reveal();
 }
 
-void Viewer::Blank(const FittedSize& size)
-{
-    form->Image1.SetPicture({});
-    form->Image1.SetWidth(size.width);
-    form->Image1.SetHeight(size.height);
-    form->Image1.SetVisible(false);
-}
+bool Viewer::ViewerAutoUpdate() const { return IsLoaded() && form->Check1.Value() == 1; }
 
-bool Viewer::BringToFront()
-{
-    if (!loaded)
-        return false;
-    form->SetVisible(true);
-    form->BringToFront();
-    return true;
-}
-
-void Viewer::Check1_Click() { ViewerAutoUpdate = form->Check1.Value() == 1; }
-
+// The path stays, so that Delete still finds the file.
 void Viewer::Command1_Click()
 {
     form->Image1.SetPicture({});
-    form->Image1.SetVisible(false);
-    form->Image1.SetVisible(true);
     form->SetCaption("");
 }
 
@@ -176,16 +164,5 @@ void Viewer::MouseDown(int button, int keys)
     if (button != MouseEvents::rightButton || keys != MouseEvents::ctrlKey)
         return;
     Raise(DebugGesture);
-    Form_Unload();
-}
-
-void Viewer::mnuSizeableViewer_Click()
-{
-    if (MainForm.mnuSizeableViewer.Checked()) {
-        MainForm.mnuSizeableViewer.SetChecked(false);
-        Form_Unload();
-    } else {
-        MainForm.mnuSizeableViewer.SetChecked(true);
-        Loaded().SetVisible(true);
-    }
+    Unload();
 }

@@ -1,55 +1,55 @@
 #pragma once
 
+#include "forms/KeptForm.h"
 #include "forms/frmTamarack.h"
 #include "platform/Settings.h"
 
-#include <memory>
-
 struct frmShowPicture;
-struct FittedSize;
 
 // The sizeable viewer, frmShowPicture: it shows a picture of the preview strip or of the slide show, or the one that
-// the search stored last, and follows the two by itself if the user wants that.
+// the search stored last, and follows the two by itself if the user wants that. mnuSizeableViewer of the main form
+// opens and closes it, and bears a mark while it is open.
 //
-// The window is built at its first use and kept: when the user closes it, one of its handlers may still be waiting
-// further down. Each opening finds it as new.
-class Viewer {
+// Each of the three that show a picture opens the viewer, whether or not there is one, and lets events through; the
+// viewer may be closed behind it.
+class Viewer : KeptForm<frmShowPicture> {
 public:
     Viewer(frmTamarack& mainForm, Settings& settings);
     ~Viewer();
 
-    // Shows the picture file that a control shows, under this name. Does nothing if the control shows none; a file that
-    // cannot be read leaves the viewer empty. Lets events through; a newer picture, or the viewer's end, then holds.
+    // Reads the file whose picture a control shows and shows it under this name. Of the control only the shape of its
+    // picture is taken; if it shows none, the viewer keeps what it shows. A file that cannot be read leaves it empty. A
+    // newer picture, or the viewer's end, holds.
     void DisplayImage(const ImageControl& source, std::string_view displayName, const std::string& path);
 
-    // Shows what Picture1 of the main form holds; its Tag is the file's path.
+    // The same for a user who has asked for it: the viewer comes in front of the other windows, not minimised. Does
+    // nothing if the control is too narrow for a picture.
+    void DisplayInFront(const ImageControl& source, std::string_view displayName, const std::string& path);
+
+    // Shows what Picture1 of the main form holds, if anything, under the bare name of its Tag, the file's path. No file
+    // is read.
     void cmdViewCurrent_Click();
 
-    // In front of the other windows, and not minimised. False if the user has closed it while it was being shown.
-    [[nodiscard]] bool BringToFront();
-
-    // Whether the search and the slide show are to hand over each of their pictures.
-    bool ViewerAutoUpdate = false;
+    // Whether the search and the slide show are to hand over each of their pictures: the viewer is open, and its user
+    // wants that.
+    bool ViewerAutoUpdate() const;
 
     // The right mouse button was pressed with Ctrl held down. The viewer is closed behind it.
     std::function<void()> DebugGesture;
 
 private:
-    frmShowPicture& Loaded();
-    void Form_Load();
-    void Form_Unload();
+    void Bind() override;
+    void Form_Load() override;
+    void Form_Unload() override;
     void Form_Resize();
-    void Check1_Click();
     void Command1_Click();
     void Command2_Click();
     void MouseDown(int button, int keys);
-    void mnuSizeableViewer_Click();
 
     void Restore(std::string_view key, double design, double least, double most, void (Form::*set)(double));
-    void Blank(const FittedSize& size);
+    bool MakeRoom(const Bitmap& picture, std::string_view displayName, const std::string& path);
+    void Reveal();
 
     frmTamarack& MainForm;
     Settings& settings;
-    std::unique_ptr<frmShowPicture> form;
-    bool loaded = false;
 };

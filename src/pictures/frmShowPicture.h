@@ -29,6 +29,6 @@ struct frmShowPicture : Form {
     CommandButton Command1{*this, "Command1", "Clear Image", {1350, 45, 1140, 390}};
     CommandButton Command2{*this, "Command2", "Delete Image", {2625, 45, 1140, 390}};
     CheckBox Check1{*this, "Check1", "Auto update with current", {3975, 45, 3240, 390}};
-    Panel SSPanel1{*this, "SSPanel1", {30, 525, 7230, 6420}, PanelEdge::Sunken};
-    ImageControl Image1{SSPanel1, "Image1", {90, 120, 7020, 6165}};
+    Panel SSPanel1{*this, "SSPanel1", {30, 525, 7230, 6420}, PanelEdge::Sunken}; // what a picture is fitted to
+    ImageControl Image1{SSPanel1, "Image1", {90, 120, 7020, 6165}}; // the picture; its Tag is the file's path
 };

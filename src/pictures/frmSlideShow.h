@@ -29,8 +29,8 @@ struct frmSlideShow : Form {
     Menu mnuHelp{*this, "mnuHelp", "&Help"};
     MenuEntry mnuTips{mnuHelp, "mnuTips", "Tips"};
 
-    DriveList Drive1{*this, "Drive1", {45, 90, 3330, 315}};
-    DirectoryList Dir1{*this, "Dir1", {45, 420, 3330, 1665}};
+    DriveList Drive1{*this, "Drive1", {45, 90, 3330, 315}}; // the volumes
+    DirectoryList Dir1{*this, "Dir1", {45, 420, 3330, 1665}}; // the directories of the volume
     FileList lstFiles{*this, "lstFiles", {3390, 75, 3060, 2820}, {".wmf", ".emf", ".jpg", ".gif", ".bmp", ".ico"}};
     // The blank one is a backdrop for the check box and the button beside it.
     CommandButton Command1[8] = {{*this, "Command1(0)", "Start", {5505, 4035, 870, 330}},
@@ -42,6 +42,7 @@ struct frmSlideShow : Form {
         {*this, "Command1(7)", "Refresh File List", {1890, 2295, 1350, 375}}};
     CheckBox chkOptions{*this, "chkOptions(0)", "Loop continuously", {135, 2295, 1710, 375}};
 
+    // The panes, and the picture in each.
     Panel SSPanel1[6] = {{*this, "SSPanel1(0)", {45, 2940, 1770, 1605}, PanelEdge::Sunken},
         {*this, "SSPanel1(1)", {1845, 2940, 1770, 1605}, PanelEdge::Sunken},
         {*this, "SSPanel1(2)", {3645, 2940, 1770, 1605}, PanelEdge::Sunken},
@@ -55,10 +56,13 @@ struct frmSlideShow : Form {
             {SSPanel1[2], "PreviewImage(2)", designedImage[2]}, {SSPanel1[3], "PreviewImage(3)", designedImage[3]},
             {SSPanel1[4], "PreviewImage(4)", designedImage[4]}, {SSPanel1[5], "PreviewImage(5)", designedImage[5]}};
 
+    // Above and below the delay.
     Label Label1[2] = {{*this, "Label1(0)", "Slide Delay", {5430, 2910, 1005, 420}, Alignment::Centre},
         {*this, "Label1(1)", "Milli-Seconds", {5430, 3615, 1005, 420}, Alignment::Centre}};
     TextBox txtDelay{*this, "txtDelay", {5505, 3330, 660, 285}, {.text = designedDelay}};
+    // Steps the delay.
     Stepper UpDown1{*this, "UpDown1", txtDelay, {6180, 3330, 195, 285}, {.minimum = 10, .maximum = 35000, .step = 1}};
+    // Thin rules below the menu and above the status bar.
     Panel Frame1[2] = {{*this, "Frame1(0)", {0, 15, 6795, 30}, PanelEdge::Sunken},
         {*this, "Frame1(1)", {0, 6255, 6795, 30}, PanelEdge::Sunken}};
     StatusBar StatusBar1{*this, "StatusBar1", {0, 6300, 6450, 345},
@@ -68,7 +72,7 @@ struct frmSlideShow : Form {
         StatusBarPlace::BottomEdge};
     // Reads each picture; it lies to the right of the window, where nobody sees it.
     ImageControl Picture1{*this, "Picture1", {6810, 4530, 1515, 1350}};
-    Timer Timer1{std::chrono::milliseconds(0)};
+    Timer Timer1{std::chrono::milliseconds(0)}; // the show's clock
 
     static constexpr std::string_view designedDelay = "500";
 };

@@ -14,7 +14,7 @@ ImageControl::ImageControl(Container& container, std::string_view name, const Pl
     label->setMinimumSize(1, 1);
 }
 
-void ImageControl::SetPicture(const class Picture& newPicture)
+void ImageControl::SetPicture(const Bitmap& newPicture)
 {
     ++changes;
     picture = newPicture;
@@ -34,7 +34,7 @@ void ImageControl::SetPicture(const class Picture& newPicture)
 bool ImageControl::Load(const std::string& path)
 {
     const int change = ++changes;
-    const class Picture loaded = ::Picture::FromFile(path);
+    const Bitmap loaded = Bitmap::FromFile(path);
     if (loaded.Height() == 0 || changes != change)
         return false;
     SetPicture(loaded);

@@ -1,16 +1,17 @@
 #pragma once
 
+#include "platform/Bitmap.h"
 #include "platform/Control.h"
 #include "platform/MouseEvents.h"
-#include "platform/Picture.h"
 
 // Shows its picture stretched over all of its place, whatever the picture's own shape, or nothing.
 class ImageControl : public Control, public MouseEvents {
 public:
     ImageControl(Container& container, std::string_view name, const Place& place);
 
-    const class Picture& Picture() const { return picture; }
-    void SetPicture(const class Picture& newPicture);
+    const Bitmap& Picture() const { return picture; }
+    void SetPicture(const Bitmap& newPicture);
+    void ClearPicture() { SetPicture({}); }
 
     // Reads a picture file and shows it. False, with nothing changed, if the file cannot be read as a picture. Where
     // the reading takes more than a moment, up to 2.5 seconds, events are let through meanwhile; what they load or set
@@ -18,6 +19,6 @@ public:
     [[nodiscard]] bool Load(const std::string& path);
 
 private:
-    class Picture picture;
+    Bitmap picture;
     int changes = 0; // and beginnings of one
 };

@@ -174,7 +174,7 @@ bool AttachmentStoring::MakeGroupDirectory(const std::string& directory) const
 
 void AttachmentStoring::Show()
 {
-    if (!viewer.ViewerAutoUpdate && !MainForm.mnuInteractiveDownload.Checked())
+    if (!viewer.ViewerAutoUpdate() && !MainForm.mnuInteractiveDownload.Checked())
         return;
     MainForm.Picture1.SetPicture({});
     MainForm.Picture1.Tag = imageFile;
@@ -182,6 +182,6 @@ void AttachmentStoring::Show()
     if (MainForm.mnuInteractiveDownload.Checked())
         previews.ShowPic(imageFile);
     DoEvents();
-    if (viewer.ViewerAutoUpdate)
+    if (viewer.ViewerAutoUpdate())
         viewer.cmdViewCurrent_Click();
 }

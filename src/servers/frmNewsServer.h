@@ -21,6 +21,7 @@ struct frmNewsServer : Form {
 
     Label lblNewsServerName{*this, "lblNewsServerName", "News Server Name:", {120, 120, 1995, 330}};
     TextBox txtNewsServer{*this, "txtNewsServer", {2145, 120, 2895, 330}, {.text = "news.example.com"}};
+    // How to find one's news server.
     TextArea txtText1{*this, "txtText1", {120, 570, 4920, 2220}};
     CommandButton cmdSave{*this, "cmdSave", "Save", {120, 2910, 1440, 345}};
     CommandButton cmdCancel{*this, "cmdCancel", "Cancel", {1680, 2910, 1440, 345}};

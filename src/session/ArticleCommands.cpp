@@ -26,18 +26,17 @@ bool NewsSession::SendLine(std::string_view text)
     std::string line(text);
     line += "\r\n";
     MainForm.TCP1.SendData(line);
-    if (DebugOn)
-        Log("#" + line);
+    Log("#" + line);
     return true;
 }
 
-bool NewsSession::Send(::CommandKind kind, const std::string& line)
+bool NewsSession::Send(Command kind, const std::string& line)
 {
     // To a server that is known to be gone there is nothing to say: its reply would be waited for in vain.
     if (MainForm.TCP1.State() != SocketState::Connected || MainForm.TCP1.EndIsComing())
         return false;
-    const ::ReplyState stateBefore = std::exchange(ReplyState, ReplyState::Awaiting);
-    const ::CommandKind kindBefore = std::exchange(CommandKind, kind);
+    const Reply stateBefore = std::exchange(ReplyState, Reply::Awaiting);
+    const Command kindBefore = std::exchange(CommandKind, kind);
     if (!SendLine(line)) {
         ReplyState = stateBefore;
         CommandKind = kindBefore;
@@ -50,16 +49,16 @@ bool NewsSession::Send(::CommandKind kind, const std::string& line)
 
 bool NewsSession::CmdGroup(const std::string& name)
 {
-    if (!Send(CommandKind::Group, "group " + name))
+    if (!Send(Command::Group, "group " + name))
         return false;
-    while (ReplyState == ReplyState::Awaiting) {
+    while (ReplyState == Reply::Awaiting) {
         if (StopFlag) {
             TcpDisconnect();
             break;
         }
         WaitForEvents();
     }
-    if (ReplyState == ReplyState::NoSuchGroup || ReplyState == ReplyState::NoGroupSelected) {
+    if (ReplyState == Reply::NoSuchGroup || ReplyState == Reply::NoGroupSelected) {
         desktop.MsgBox("The group you selected does not exist.\r\n" + name, "Invalid News Group");
         return false;
     }
@@ -68,11 +67,11 @@ bool NewsSession::CmdGroup(const std::string& name)
 
 bool NewsSession::CmdNext()
 {
-    if (!Send(CommandKind::Next, "next"))
+    if (!Send(Command::Next, "next"))
         return false;
-    while (ReplyState == ReplyState::Awaiting && !StopFlag)
+    while (ReplyState == Reply::Awaiting && !StopFlag)
         WaitForEvents();
-    return ReplyState == ReplyState::Finished;
+    return ReplyState == Reply::Finished;
 }
 
 bool NewsSession::CmdStat(std::int32_t& number)
@@ -87,11 +86,11 @@ bool NewsSession::CmdStat(std::int32_t& number)
             number = FirstArticle;
             return true;
         }
-        if (number > LastArticle || !Send(CommandKind::Stat, "stat " + std::to_string(number)))
+        if (number > LastArticle || !Send(Command::Stat, "stat " + std::to_string(number)))
             return false;
-        while (ReplyState == ReplyState::Awaiting && !StopFlag)
+        while (ReplyState == Reply::Awaiting && !StopFlag)
             WaitForEvents();
-        if (ReplyState == ReplyState::Finished)
+        if (ReplyState == Reply::Finished)
             return true;
         // Whatever else ended the wait, the next number is tried.
         if (number == std::numeric_limits<std::int32_t>::max())
@@ -101,10 +100,10 @@ bool NewsSession::CmdStat(std::int32_t& number)
 
 std::string NewsSession::CmdHead(std::int32_t number)
 {
-    if (!Send(CommandKind::Head, "head " + std::to_string(number)))
+    if (!Send(Command::Head, "head " + std::to_string(number)))
         return {};
     MainForm.Timer1.SetEnabled(true);
-    while (ReplyState != ReplyState::Finished) {
+    while (ReplyState != Reply::Finished) {
         // A stop or a refusal in the middle of the watchdog's reconnect closes the new connection too.
         if (StopFlag) {
             TcpDisconnect();
@@ -126,20 +125,20 @@ std::string NewsSession::CmdHead(std::int32_t number)
 
 std::string NewsSession::CmdBody(std::int32_t number)
 {
-    if (!Send(CommandKind::Body, "body " + std::to_string(number)))
+    if (!Send(Command::Body, "body " + std::to_string(number)))
         return {};
     return WaitForText();
 }
 
 void NewsSession::CmdList()
 {
-    if (Send(CommandKind::List, "list"))
+    if (Send(Command::List, "list"))
         (void)WaitForText();
 }
 
 const std::string& NewsSession::WaitForText()
 {
-    while (ReplyState != ReplyState::Finished) {
+    while (ReplyState != Reply::Finished) {
         if (StopFlag) {
             TcpDisconnect();
             break;
@@ -152,9 +151,9 @@ const std::string& NewsSession::WaitForText()
 void NewsSession::CmdManual(const std::string& line)
 {
     manualIsListGroup = NamesListGroup(line);
-    if (!Send(CommandKind::Manual, line))
+    if (!Send(Command::Manual, line))
         return;
-    while (ReplyState == ReplyState::Awaiting) {
+    while (ReplyState == Reply::Awaiting) {
         if (StopFlag) {
             TcpDisconnect();
             break;

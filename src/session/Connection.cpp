@@ -29,16 +29,14 @@ bool NewsSession::TcpConnect()
         return false;
     }
     // The greeting is a reply like any other: it must meet a waiting receiver.
-    CommandKind = CommandKind::Greeting;
-    ReplyState = ReplyState::Awaiting;
+    CommandKind = Command::Greeting;
+    ReplyState = Reply::Awaiting;
     // Nothing survives from the last connection, such as a farewell that nobody waited for.
-    TCP1.Close();
-    RecvBuffer.Clear();
-    GiveBack(LastBody);
+    TcpDisconnect();
     SearchPos = 1;
     manualTextIsComing = false;
     ++connectionNumber;
-    ShowStatus("Status: Connecting");
+    ShowStatus("Connecting");
     TCP1.Connect(MainForm.cboNewsServer.Text(), Socket::PortFrom(MainForm.txtPort.Text()));
     LogStep("waiting for connection");
     while (TCP1.State() != SocketState::Connected) {
@@ -50,7 +48,7 @@ bool NewsSession::TcpConnect()
     if (TCP1.State() == SocketState::Connected) {
         StopFlag = false;
         LogStep("waiting for socket state");
-        while (ReplyState != ReplyState::Finished && !StopFlag)
+        while (ReplyState != Reply::Finished && !StopFlag)
             WaitForEvents();
         LogStep("have socket state");
         if (StopFlag) {
@@ -58,9 +56,9 @@ bool NewsSession::TcpConnect()
         } else if (MainForm.chkUserName.Value() == 1) {
             LogStep("authenticating user");
             if (!CmdAuthUser())
-                return AuthenticationFailed("Status: Username Failed");
+                return AuthenticationFailed("Username Failed");
             if (!CmdAuthPass())
-                return AuthenticationFailed("Status: Password Failed");
+                return AuthenticationFailed("Password Failed");
         }
     }
     LogStep("ending connection routine");
@@ -70,7 +68,7 @@ bool NewsSession::TcpConnect()
 
 bool NewsSession::ConnectionFailed()
 {
-    ShowStatus("Status: Error");
+    ShowStatus("Error");
     desktop.MsgBox(
         "Could not connect to server\r\nPlease make sure the server name\r\nis correct.", "Connection Error");
     MainForm.SetMousePointer(MousePointer::Default);
@@ -95,20 +93,20 @@ void NewsSession::TcpDisconnect()
 
 bool NewsSession::CmdAuthUser()
 {
-    return Authenticate(CommandKind::AuthUser, "authinfo user " + MainForm.txtUserName.Text());
+    return Authenticate(Command::AuthUser, "authinfo user " + MainForm.txtUserName.Text());
 }
 
 bool NewsSession::CmdAuthPass()
 {
-    return Authenticate(CommandKind::AuthPass, "authinfo pass " + MainForm.txtPassword.Text());
+    return Authenticate(Command::AuthPass, "authinfo pass " + MainForm.txtPassword.Text());
 }
 
-bool NewsSession::Authenticate(::CommandKind kind, const std::string& line)
+bool NewsSession::Authenticate(Command kind, const std::string& line)
 {
     if (!Send(kind, line))
         return false;
     const int sentOn = connectionNumber;
-    while (ReplyState == ReplyState::Awaiting) {
+    while (ReplyState == Reply::Awaiting) {
         if (StopFlag) {
             TcpDisconnect();
             return false;
@@ -118,7 +116,7 @@ bool NewsSession::Authenticate(::CommandKind kind, const std::string& line)
         if (connectionNumber != sentOn)
             return false;
     }
-    return ReplyState != ReplyState::Refused;
+    return ReplyState != Reply::Refused;
 }
 
 // The watchdog of the head command. All of it runs inside the wait of CmdHead, which goes on when it is done.
@@ -126,14 +124,14 @@ void NewsSession::Timer1_Timer()
 {
     // A connection is not exchanged under a receiver that is still busy with the last one; the next tick comes. Nor
     // when the wait of the head is over and has only not gone on yet, as while a dialog is up over it.
-    if (logging || StopFlag || ReplyState == ReplyState::Finished)
+    if (logging || StopFlag || ReplyState == Reply::Finished)
         return;
     MainForm.Timer1.SetEnabled(false);
     HeadTimedOut = true;
     TcpDisconnect();
     (void)TcpConnect();
+    // What the server said behind its greeting.
     RecvBuffer.Clear();
-    GiveBack(LastBody);
     SearchPos = 1;
     // Back on the group and on the article that stalled, so that the next one is the one behind it.
     (void)CmdGroup(CurrentGroup);
@@ -144,19 +142,19 @@ void NewsSession::tcp1_StateChanged()
 {
     switch (MainForm.TCP1.State()) {
     case SocketState::ResolvingHost:
-        ShowStatus("Status: Resolving Host");
+        ShowStatus("Resolving Host");
         break;
     case SocketState::HostResolved:
-        ShowStatus("Status: Host Resolved");
+        ShowStatus("Host Resolved");
         break;
     case SocketState::Connecting:
-        ShowStatus("Status: Connecting");
+        ShowStatus("Connecting");
         break;
     case SocketState::Connected:
-        ShowStatus("Status: Connected");
+        ShowStatus("Connected");
         break;
     case SocketState::Closing:
-        ShowStatus("Status: Closing");
+        ShowStatus("Closing");
         break;
     case SocketState::Closed:
     case SocketState::Error:
@@ -165,22 +163,21 @@ void NewsSession::tcp1_StateChanged()
 }
 
 // It ends no wait: a command that was in flight goes on waiting until the user stops it.
-void NewsSession::tcp1_Closed() { ShowStatus("Status: Disconnected"); }
+void NewsSession::tcp1_Closed() { ShowStatus("Disconnected"); }
 
-void NewsSession::ShowStatus(std::string_view status) { MainForm.StatusBar1.Panels(1).SetText(status); }
+void NewsSession::ShowStatus(std::string_view status)
+{
+    MainForm.StatusBar1.Panels(1).SetText(std::string("Status: ").append(status));
+}
 
 void NewsSession::Log(const std::string& text)
 {
-    if (!DebugOn || !DebugLog)
+    if (!DebugOn)
         return;
     logging = true;
-    DebugLog(text);
+    Raise(DebugLog, text);
     logging = false;
     MainForm.TCP1.AnnounceWaiting();
 }
 
-void NewsSession::LogStep(std::string_view step)
-{
-    if (DebugOn)
-        Log(std::string("@").append(step).append("\r\n"));
-}
+void NewsSession::LogStep(std::string_view step) { Log(std::string("@").append(step).append("\r\n")); }

@@ -10,7 +10,7 @@
 #include <string_view>
 
 // Where the reply to the command in flight stands.
-enum class ReplyState {
+enum class Reply {
     Refused = -1, // a class 5 reply; StopFlag is set as well
     Finished = 0, // nothing is awaited
     Awaiting = 1, // a status line is awaited
@@ -20,7 +20,7 @@ enum class ReplyState {
 };
 
 // Which command is in flight. The receiver reads every reply by it.
-enum class CommandKind {
+enum class Command {
     None = 0,
     List = 1,
     Group = 5,
@@ -34,11 +34,17 @@ enum class CommandKind {
     Manual = 14,
 };
 
-// The session with one news server: NNTP (RFC 3977, with authentication by RFC 4643) over one TCP connection, one
-// command at a time. A command sends one line and waits in a loop that lets all events through, until the reply
-// receiver, which runs inside that wait, has moved ReplyState. Whoever runs there may set StopFlag, but must not send a
-// command: what sends any holds a SessionUse. Inside a command, only the login that a server demands and the watchdog
-// of the head send others.
+// The session with one news server: NNTP (RFC 3977, with authentication by RFC 4643) over one TCP connection. The
+// server's name, its port, the user name and the password are read from the main form when they are needed, and what
+// becomes of the connection is shown in its status bar.
+//
+// There is one command at a time: whoever sends any holds a SessionUse from the first to the last. TcpConnect and all
+// that begins with Cmd let events through until the reply is in, and CmdStat before that too; the reply receiver runs
+// in there and moves ReplyState. Whatever else runs there may set StopFlag, but must not send a command: only the login
+// that a server demands and the watchdog of the head do. No wait has a time limit, but for that of CmdHead, 15 seconds,
+// behind which it has reconnected; a server that hangs up or falls silent is waited for until the user stops it. A
+// command clears StopFlag once it is sent, so that a stop from before is dropped. If the socket is not connected by
+// then, or the other side has hung up, a command sends nothing, changes nothing and gives false or an empty text.
 //
 // Connecting and authenticating are in Connection.cpp, the reading of what the server sends in ReplyReceiver.cpp, the
 // commands in ArticleCommands.cpp.
@@ -49,10 +55,12 @@ public:
     NewsSession& operator=(const NewsSession&) = delete;
 
     // Opens the connection and authenticates, or keeps an open one. True when it came to its end, which does not prove
-    // a usable session: a server may have refused it with its greeting. On false the user has been told why.
+    // a usable session: a server may have refused it with its greeting, or the user stopped it there. On false the user
+    // has been told why, in a message box or, after a refused login, in the status bar and with a blocking pause of two
+    // seconds.
     bool TcpConnect();
 
-    // Closes the connection, at any time.
+    // Closes the connection, at any time, and drops LastBody and what has been received. It ends no wait.
     void TcpDisconnect();
 
     // Sends a command without its line end. The socket must be connected. False, and nothing is sent, if the text holds
@@ -60,47 +68,60 @@ public:
     [[nodiscard]] bool SendLine(std::string_view text);
 
     // True if the group may be scanned; FirstArticle and LastArticle are then set. A group that does not exist is told
-    // to the user. True comes back after a class 5 reply and after a stop as well: look at StopFlag.
+    // to the user, in a message box. True comes back after a class 5 reply and after a stop as well: look at StopFlag.
+    // A stop closes the connection.
     bool CmdGroup(const std::string& name);
 
-    // True if the server has moved on to a next article; CurrentArticle is then its number.
+    // True if the server has moved on to a next article. CurrentArticle is then its number, if the reply names one; it
+    // stays as it was after a class 4 reply that counts as a success. False also after a stop, which leaves the
+    // connection open.
     bool CmdNext();
 
     // Places the server on the first existing article at or behind `number`, which becomes that article's number. A
-    // number below the group's range becomes its first, and nothing is sent. False if the numbers have run out.
+    // number below the group's range becomes its first, and nothing is sent. False if the numbers have run out. The
+    // caption of the main form shows each number that is tried. A stop ends no more than the try at one number.
     bool CmdStat(std::int32_t& number);
 
-    // The article's header lines; empty on a stop or when the server stalls.
+    // The article's header lines, without the first of what the server sent, which is the line end that an earlier
+    // text has left behind. Empty on a stop, which closes the connection, and when the server stalls. After a class 4
+    // reply that is no refusal of the article, the last text that came.
     std::string CmdHead(std::int32_t number);
 
-    // The article's body as it came, usually behind an empty line; empty on a stop.
+    // The article's body as it came, with doubled dots and usually behind an empty line. Empty on a stop, which closes
+    // the connection; after a class 4 reply as for CmdHead.
     std::string CmdBody(std::int32_t number);
+
+    // The list of groups arrives through GroupListArrived, before this returns. A stop closes the connection.
+    void CmdList();
+
+    // Sends a line as the user typed it, and waits for its status line only; it shows where all traffic shows. A stop
+    // closes the connection.
+    void CmdManual(const std::string& line);
 
     // Whether something uses the session just now; see SessionUse.
     bool InUse() const { return inUse; }
 
-    // The group list arrives through GroupListArrived.
-    void CmdList();
+    // Shows in the main form's status bar how the connection fares, behind "Status: ".
+    void ShowStatus(std::string_view status);
 
-    // Sends a line as the user typed it, if there is a connection. The reply is not looked at; it shows where all
-    // traffic shows.
-    void CmdManual(const std::string& line);
-
-    // The list of groups that CmdList waits for has come in whole; it is the multi-line text as it was sent.
+    // The list of groups that CmdList waits for has come in whole; it is the multi-line text as it was sent. Called
+    // once for each CmdList; what it lets through of events is received, but looked at when it returns.
     std::function<void(const std::string& text)> GroupListArrived;
 
     // A use of the session begins or ends; see SessionUse.
     std::function<void(bool inUse)> UseChanged;
 
     // Every line that is sent, every packet and each step of connecting, with its line end; called while DebugOn is
-    // set.
+    // set. What arrives while it lets events through waits.
     std::function<void(const std::string& text)> DebugLog;
 
-    ::ReplyState ReplyState = ::ReplyState::Finished;
-    ::CommandKind CommandKind = ::CommandKind::None;
+    Reply ReplyState = Reply::Finished;
+    Command CommandKind = Command::None;
     bool StopFlag = false; // ends the current wait and, seen by a long operation, all of it
     std::string ReplyText; // one finished multi-line reply; empty outside the receiver
-    std::string LastBody; // the last head or body; not cleared when a command is sent
+    // The last head or body, or text behind a reply to "group". It stays until the next one or the end of the
+    // connection, whatever is sent meanwhile.
+    std::string LastBody;
     ReceiveBuffer RecvBuffer;
     std::size_t LongestReply = ReceiveBuffer::longest; // a server that sends more is left, as if by a stop
     std::size_t SearchPos = 1; // where in RecvBuffer the search for the terminator goes on
@@ -119,16 +140,15 @@ private:
 
     bool CmdAuthUser();
     bool CmdAuthPass();
-    bool Authenticate(::CommandKind kind, const std::string& line);
+    bool Authenticate(Command kind, const std::string& line);
 
     // The steps that every command begins with: false, and nothing is sent or changed, unless the socket is connected
     // and the line can be sent.
-    bool Send(::CommandKind kind, const std::string& line);
+    bool Send(Command kind, const std::string& line);
     const std::string& WaitForText();
 
     bool ConnectionFailed();
     bool AuthenticationFailed(std::string_view status);
-    void ShowStatus(std::string_view status);
     void Log(const std::string& text);
     void LogStep(std::string_view step);
 

@@ -8,8 +8,8 @@
 inline void GiveBack(std::string& text) { std::string().swap(text); }
 
 // Received text that no terminator has ended yet. Cutting a finished text out of it costs no more than the shorter of
-// the text and what stays behind, so that a packet full of terminators is as cheap as one without. The memory of
-// a large text goes with it. Positions are 1-based.
+// the text and what stays behind, so that a packet full of terminators is as cheap as one without. The memory of a
+// large text goes with it. Positions are 1-based.
 class ReceiveBuffer {
 public:
     // More than any article or list of groups has, in bytes.

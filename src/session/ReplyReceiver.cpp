@@ -57,11 +57,10 @@ void NewsSession::tcp1_DataArrival()
     // Packets keep their order: what comes in while one is written to the log waits until that is done.
     if (logging)
         return;
-    ReplyText.clear();
     std::string packet = MainForm.TCP1.GetData();
     Log(packet);
     const int arrivedOn = connectionNumber;
-    if (ReplyState == ReplyState::Awaiting)
+    if (ReplyState == Reply::Awaiting)
         JudgeStatusLine(packet);
     // A login in there may have been given up for a new connection, to which nothing of this one belongs.
     if (connectionNumber != arrivedOn)
@@ -69,7 +68,7 @@ void NewsSession::tcp1_DataArrival()
     if (packet.size() > LongestReply - RecvBuffer.Length()) {
         TcpDisconnect();
         StopFlag = true;
-        ShowStatus("Status: Reply Too Long");
+        ShowStatus("Reply Too Long");
         return;
     }
     RecvBuffer.Append(packet);
@@ -83,14 +82,14 @@ void NewsSession::tcp1_DataArrival()
 void NewsSession::JudgeStatusLine(std::string& packet)
 {
     const auto begins = [&packet](std::string_view code) { return packet.starts_with(code); };
-    const auto inFlight = [this](::CommandKind kind) { return CommandKind == kind; };
+    const auto inFlight = [this](Command kind) { return CommandKind == kind; };
     const bool haveUserName = MainForm.chkUserName.Value() == 1;
 
     if (begins("5")) {
-        ReplyState = ReplyState::Refused;
+        ReplyState = Reply::Refused;
         StopFlag = true;
     } else if (begins("423") || begins("430")) {
-        ReplyState = ReplyState::Taken;
+        ReplyState = Reply::Taken;
     } else if (begins("480") && haveUserName && openLogins < mostOpenLogins) {
         // Both wait in turn, and this receiver runs again inside their waits. A server may answer 480 to them too.
         const int demandedOn = connectionNumber;
@@ -101,37 +100,37 @@ void NewsSession::JudgeStatusLine(std::string& packet)
         --openLogins;
         if (connectionNumber != demandedOn)
             return;
-        ReplyState = ReplyState::Finished;
+        ReplyState = Reply::Finished;
     } else if (begins("480")) {
-        ReplyState = ReplyState::Finished;
+        ReplyState = Reply::Finished;
         TcpDisconnect();
-        ShowStatus("Status: Username Required");
-    } else if (begins("411") && inFlight(CommandKind::Group)) {
-        ReplyState = ReplyState::NoSuchGroup;
-    } else if (begins("412") && inFlight(CommandKind::Group)) {
-        ReplyState = ReplyState::NoGroupSelected;
-    } else if ((begins("481") || begins("421")) && inFlight(CommandKind::Next)) {
-        ReplyState = ReplyState::Taken;
+        ShowStatus("Username Required");
+    } else if (begins("411") && inFlight(Command::Group)) {
+        ReplyState = Reply::NoSuchGroup;
+    } else if (begins("412") && inFlight(Command::Group)) {
+        ReplyState = Reply::NoGroupSelected;
+    } else if ((begins("481") || begins("421")) && inFlight(Command::Next)) {
+        ReplyState = Reply::Taken;
     } else if (begins("4")) {
-        ReplyState = ReplyState::Finished;
+        ReplyState = Reply::Finished;
     } else if (begins("381") && haveUserName) {
-        ReplyState = ReplyState::Finished;
+        ReplyState = Reply::Finished;
     } else if (begins("381")) {
-        ReplyState = ReplyState::Taken;
+        ReplyState = Reply::Taken;
         TcpDisconnect();
-        ShowStatus("Status: Password Required");
-    } else if (inFlight(CommandKind::Group)) {
-        ReplyState = ReplyState::Finished;
+        ShowStatus("Password Required");
+    } else if (inFlight(Command::Group)) {
+        ReplyState = Reply::Finished;
         ReadGroupNumbers(packet);
-    } else if (inFlight(CommandKind::Next)) {
-        ReplyState = ReplyState::Finished;
+    } else if (inFlight(Command::Next)) {
+        ReplyState = Reply::Finished;
         ReadArticleNumber(packet);
-    } else if (inFlight(CommandKind::Greeting) || inFlight(CommandKind::AuthUser) || inFlight(CommandKind::AuthPass)
-        || inFlight(CommandKind::Stat)) {
-        ReplyState = ReplyState::Finished;
+    } else if (inFlight(Command::Greeting) || inFlight(Command::AuthUser) || inFlight(Command::AuthPass)
+        || inFlight(Command::Stat)) {
+        ReplyState = Reply::Finished;
     } else {
-        ReplyState = ReplyState::Taken;
-        manualTextIsComing = inFlight(CommandKind::Manual) && AnnouncesText(packet, manualIsListGroup);
+        ReplyState = Reply::Taken;
+        manualTextIsComing = inFlight(Command::Manual) && AnnouncesText(packet, manualIsListGroup);
     }
 
     // A piece of a status line without its end stays whole.
@@ -166,7 +165,7 @@ void NewsSession::TakeFinishedReplies()
     // A terminator may be split over two packets, so the tail is searched again with the next one.
     constexpr std::size_t searchedAgain = 10;
     SearchPos = std::max(RecvBuffer.Length(), searchedAgain + 1) - searchedAgain;
-    if (CommandKind == CommandKind::List) {
+    if (CommandKind == Command::List) {
         ++PacketCount;
         MainForm.StatusBar2.Panels(4).SetText("Packets: " + std::to_string(PacketCount));
     } else {
@@ -177,30 +176,28 @@ void NewsSession::TakeFinishedReplies()
 void NewsSession::Deliver()
 {
     switch (CommandKind) {
-    case CommandKind::List:
+    case Command::List:
         // One for each command: what a server sends behind it, or to nobody's question, is no list.
-        if (ReplyState == ReplyState::Taken)
+        if (ReplyState == Reply::Taken)
             HandOverList();
         break;
-    case CommandKind::Group:
-    case CommandKind::Body:
-    case CommandKind::Head:
+    case Command::Group:
+    case Command::Body:
+    case Command::Head:
         LastBody.swap(ReplyText);
-        GiveBack(ReplyText);
         break;
     default:
         break;
     }
-    ReplyState = ReplyState::Finished;
+    ReplyState = Reply::Finished;
     manualTextIsComing = false;
 }
 
 void NewsSession::HandOverList()
 {
-    // Filling the list lets events through, and with them this receiver, which clears ReplyText.
+    // Filling the list lets events through, and with them this receiver, which empties ReplyText.
     const std::string groupText = std::move(ReplyText);
     delivering = true;
-    if (GroupListArrived)
-        GroupListArrived(groupText);
+    Raise(GroupListArrived, groupText);
     delivering = false;
 }

@@ -3,71 +3,61 @@
 #include "base/Files.h"
 #include "base/Text.h"
 
-#include <functional>
+#include <variant>
 
 namespace {
 
 constexpr std::string_view section = "Startup";
 constexpr std::string_view autoLoadKey = "AutoLoad";
 
-// How the value of one control is brought back and kept.
 struct Entry {
     std::string_view key;
-    std::function<void(const std::string&)> restore;
-    std::function<std::string()> value;
+    std::variant<TextArea frmTamarack::*, TextBox frmTamarack::*, CheckBox frmTamarack::*, OptionButton frmTamarack::*,
+        ComboBox frmTamarack::*>
+        control;
 };
 
-Entry CheckBoxEntry(std::string_view key, CheckBox& box)
+constexpr Entry entries[] = {
+    {"1", &frmTamarack::txtSelectDir},
+    {"2", &frmTamarack::chkJPEGFiles},
+    {"3", &frmTamarack::chkGIFFiles},
+    {"4", &frmTamarack::chkBitMapFiles},
+    {"5", &frmTamarack::chkMPEGFiles},
+    {"6", &frmTamarack::txtNamed},
+    {"7", &frmTamarack::chkSingleParts},
+    {"8", &frmTamarack::chkAllArticles},
+    {"9", &frmTamarack::chkAllCriteria},
+    {"10", &frmTamarack::chkMaximumFiles},
+    {"11", &frmTamarack::txtMaxToDownload},
+    {"12", &frmTamarack::chkLimitPictures},
+    {"13", &frmTamarack::txtLimitPictures},
+    {"14", &frmTamarack::txtKB},
+    {"15", &frmTamarack::cboSizeIs},
+    {"16", &frmTamarack::chkGroupSubDir},
+};
+
+std::string Stored(const TextArea& field) { return field.Text(); }
+std::string Stored(const TextBox& field) { return field.Text(); }
+std::string Stored(const CheckBox& box) { return std::to_string(box.Value()); }
+std::string Stored(const OptionButton& option) { return option.Value() ? "True" : "False"; }
+std::string Stored(const ComboBox& list) { return list.Text(); }
+
+void Show(const std::string& stored, TextArea& field) { field.SetText(stored); }
+void Show(const std::string& stored, TextBox& field) { field.SetText(stored); }
+
+void Show(const std::string& stored, CheckBox& box)
 {
-    return {key,
-        [&box](const std::string& value) {
-            if (value == "0" || value == "1")
-                box.SetValue(value == "1" ? 1 : 0);
-        },
-        [&box] { return std::to_string(box.Value()); }};
+    if (stored == "0" || stored == "1")
+        box.SetValue(stored == "1" ? 1 : 0);
 }
 
-Entry OptionEntry(std::string_view key, OptionButton& option)
+void Show(const std::string& stored, OptionButton& option)
 {
-    return {key,
-        [&option](const std::string& value) {
-            if (value == "True" || value == "False")
-                option.SetValue(value == "True");
-        },
-        [&option] { return std::string(option.Value() ? "True" : "False"); }};
+    if (stored == "True" || stored == "False")
+        option.SetValue(stored == "True");
 }
 
-template <class Field> Entry TextEntry(std::string_view key, Field& field)
-{
-    return {key, [&field](const std::string& value) { field.SetText(value); }, [&field] { return field.Text(); }};
-}
-
-Entry RowEntry(std::string_view key, ComboBox& list)
-{
-    return {key, [&list](const std::string& value) { (void)list.SelectText(value); }, [&list] { return list.Text(); }};
-}
-
-std::vector<Entry> Entries(frmTamarack& MainForm)
-{
-    return {
-        TextEntry("1", MainForm.txtSelectDir),
-        CheckBoxEntry("2", MainForm.chkJPEGFiles),
-        CheckBoxEntry("3", MainForm.chkGIFFiles),
-        CheckBoxEntry("4", MainForm.chkBitMapFiles),
-        CheckBoxEntry("5", MainForm.chkMPEGFiles),
-        TextEntry("6", MainForm.txtNamed),
-        OptionEntry("7", MainForm.chkSingleParts),
-        OptionEntry("8", MainForm.chkAllArticles),
-        OptionEntry("9", MainForm.chkAllCriteria),
-        CheckBoxEntry("10", MainForm.chkMaximumFiles),
-        TextEntry("11", MainForm.txtMaxToDownload),
-        CheckBoxEntry("12", MainForm.chkLimitPictures),
-        TextEntry("13", MainForm.txtLimitPictures),
-        TextEntry("14", MainForm.txtKB),
-        RowEntry("15", MainForm.cboSizeIs),
-        CheckBoxEntry("16", MainForm.chkGroupSubDir),
-    };
-}
+void Show(const std::string& stored, ComboBox& list) { (void)list.SelectText(stored); }
 
 }
 
@@ -87,16 +77,18 @@ void MainSettings::RestoreAutoLoad()
 void MainSettings::Restore()
 {
     MainForm.txtSelectDir.SetText(CurrentDirectory());
-    for (const Entry& entry : Entries(MainForm)) {
+    for (const Entry& entry : entries) {
         const std::string stored = settings.GetSetting(section, entry.key);
         if (!stored.empty())
-            entry.restore(stored);
+            std::visit([&](auto control) { Show(stored, MainForm.*control); }, entry.control);
     }
 }
 
 void MainSettings::Save()
 {
-    for (const Entry& entry : Entries(MainForm))
-        settings.SaveSetting(section, entry.key, entry.value());
+    for (const Entry& entry : entries) {
+        const auto stored = [&](auto control) { return Stored(MainForm.*control); };
+        settings.SaveSetting(section, entry.key, std::visit(stored, entry.control));
+    }
     settings.SaveSetting(section, autoLoadKey, std::to_string(MainForm.chkAutoLoad.Value()));
 }

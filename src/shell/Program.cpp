@@ -6,39 +6,9 @@
 
 using namespace std::chrono_literals;
 
-namespace {
-
-constexpr const char* lockName = "tamarack.lock";
-
-}
-
-Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
+Program::Program(Desktop& newDesktop, const ProgramPlaces& newPlaces)
     : desktop(newDesktop)
-    , resources(places.resources)
-    , lock(places.appDir + lockName)
-    , settings(places.settingsFile)
-    , Session(MainForm, desktop)
-    , debugWindow(Session, desktop)
-    , help(desktop)
-    , about(MainForm)
-    , mainSettings(MainForm, settings)
-    , selectedGroups(MainForm, Session)
-    , groupStore(MainForm, Session, desktop)
-    , groupFilters(MainForm, Session)
-    , picking(MainForm)
-    , pointerActions(MainForm, Session, desktop)
-    , credentials(MainForm, settings)
-    , newServer(MainForm, Session, settings, desktop, AddressOfFile(resources + "help/find-a-server.html"))
-    , serverList(MainForm, Session, settings, desktop, credentials, newServer, selectedGroups, groupStore)
-    , viewer(MainForm, settings)
-    , previewStrip(MainForm, viewer)
-    , slideShow(MainForm, settings, desktop, viewer)
-    , criteria(MainForm, desktop)
-    , matching(MainForm, Session, criteria)
-    , store(MainForm, Session, previewStrip, viewer, lock)
-    , scan(MainForm, Session, desktop, matching, store)
-    , findNow(MainForm, Session, desktop, scan)
-    , destination(MainForm, desktop)
+    , places(newPlaces)
 {
     Session.AppDir = places.appDir;
     store.OwnDirectories = places.Directories();
@@ -47,7 +17,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     MainForm.Unload = [this] { Form_Unload(); };
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };
-    viewer.DebugGesture = [this] { debugWindow.Open(); };
+    viewer.DebugGesture = [this] { debugConsole.Open(); };
     newServer.HelpContext = [this](int topic) { help.HelpContext(topic); };
     slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
@@ -56,49 +26,44 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
 
 void Program::Start()
 {
-    if (lock.HeldByAnother()) {
-        desktop.MsgBox("Tamarack is already running.\r\n"
-                       "A second one would write into the same files.",
-            "Tamarack");
-        desktop.EndProgram();
-        return;
-    }
-    if (lock.OfAnotherUser()) {
-        desktop.MsgBox("Tamarack may be running for another user, whose file this is:\r\n" + Session.AppDir + lockName
-                + "\r\nIf it is not, delete the file and start again.",
-            "Tamarack");
+    std::string obstacle;
+    if (lock.HeldByAnother())
+        obstacle = "Tamarack is already running.\r\n"
+                   "A second one would write into the same files.";
+    else if (lock.OfAnotherUser())
+        obstacle = "Tamarack may be running for another user, whose file this is:\r\n" + lockFile
+            + "\r\nIf it is not, delete the file and start again.";
+    if (!obstacle.empty()) {
+        desktop.MsgBox(obstacle, "Tamarack");
         desktop.EndProgram();
         return;
     }
     Form_Load();
 }
 
-// What is on the form before it is visible is not yet what the user left there, and must not be kept as such.
+// What is on the form before the program is up is not yet what the user left there, and must not be kept as such.
 void Program::End()
 {
-    if (MainForm.Visible()) {
+    if (isUp)
         Form_Unload();
-        return;
-    }
-    help.HelpQuit();
-    desktop.EndProgram();
+    else
+        GiveUp();
 }
 
 void Program::Form_Load()
 {
-    Session.SearchPos = 1;
     mainSettings.RestoreAutoLoad();
     MainForm.SetHeight(frmTamarack::heightWithoutPreviews);
-    help.HelpInit(resources);
+    help.HelpInit(places.resources);
     if (!LoadBehindBanner()) {
-        help.HelpQuit();
-        desktop.EndProgram();
+        GiveUp();
         return;
     }
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
     mainSettings.Restore();
     criteria.BuildFilePatterns();
+    isUp = true;
     MainForm.SetVisible(true);
 }
 
@@ -144,5 +109,12 @@ void Program::Form_Unload()
     help.HelpQuit();
     MainForm.TCP1.Close();
     store.End();
+    desktop.EndProgram();
+}
+
+// Nothing is saved.
+void Program::GiveUp()
+{
+    help.HelpQuit();
     desktop.EndProgram();
 }

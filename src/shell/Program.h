@@ -7,7 +7,7 @@
 #include "catalogue/PointerActions.h"
 #include "diagnostics/About.h"
 #include "diagnostics/ContextIDs.h"
-#include "diagnostics/DebugWindow.h"
+#include "diagnostics/DebugConsole.h"
 #include "pictures/SlideShow.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
@@ -29,40 +29,44 @@ public:
     void End();
 
     // For those who work the program from outside: the tests.
-    frmTamarack& Form() { return MainForm; }
+    frmTamarack& MainWindow() { return MainForm; }
 
 private:
     void Form_Load();
     bool LoadBehindBanner();
     void Form_Unload();
+    void GiveUp();
     void Timer2_Timer();
 
     Desktop& desktop;
-    const std::string resources;
-    LockFile lock;
-    Settings settings;
+    const ProgramPlaces places;
+    const std::string lockFile = places.appDir + "tamarack.lock";
+    LockFile lock{lockFile};
+    Settings settings{places.settingsFile};
     frmTamarack MainForm;
-    NewsSession Session;
-    DebugWindow debugWindow;
-    ContextIDs help;
-    About about;
-    MainSettings mainSettings;
-    SelectedGroups selectedGroups;
-    GroupStore groupStore;
-    GroupFilters groupFilters;
-    Picking picking;
-    PointerActions pointerActions;
-    Credentials credentials;
-    NewServer newServer;
-    ServerList serverList;
-    Viewer viewer;
-    PreviewStrip previewStrip;
-    SlideShow slideShow;
-    SearchCriteria criteria;
-    ArticleMatching matching;
-    AttachmentStoring store;
-    GroupScan scan;
-    FindNow findNow;
-    Destination destination;
+    NewsSession Session{MainForm, desktop};
+    DebugConsole debugConsole{Session, desktop};
+    ContextIDs help{desktop};
+    About about{MainForm};
+    MainSettings mainSettings{MainForm, settings};
+    SelectedGroups selectedGroups{MainForm, Session};
+    GroupStore groupStore{MainForm, Session, desktop};
+    GroupFilters groupFilters{MainForm, Session};
+    Picking picking{MainForm};
+    PointerActions pointerActions{MainForm, Session, desktop};
+    Credentials credentials{MainForm, settings};
+    NewServer newServer{
+        MainForm, Session, settings, desktop, AddressOfFile(places.resources + "help/find-a-server.html")};
+    ServerList serverList{MainForm, Session, settings, desktop, credentials, newServer, selectedGroups, groupStore};
+    Viewer viewer{MainForm, settings};
+    PreviewStrip previewStrip{MainForm, viewer};
+    SlideShow slideShow{MainForm, settings, desktop, viewer};
+    SearchCriteria criteria{MainForm, desktop};
+    ArticleMatching matching{MainForm, Session, criteria};
+    AttachmentStoring store{MainForm, Session, previewStrip, viewer, lock};
+    GroupScan scan{MainForm, Session, desktop, matching, store};
+    FindNow findNow{MainForm, Session, desktop, scan};
+    Destination destination{MainForm, desktop};
     bool Timer2Fired = false;
+    bool isUp = false; // from here on what is on the main form is the user's
 };

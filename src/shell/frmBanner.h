@@ -13,6 +13,6 @@ struct frmBanner : Form {
     }
 
     ImageControl Picture{*this, "Picture", {0, 0, 4500, 3000}};
-    Label Label1{*this, "Label1", "", {90, 3030, 4320, 255}};
-    ProgressBar ProgressBar1{*this, "ProgressBar1", {90, 3315, 4320, 165}};
+    Label Label1{*this, "Label1", "", {90, 3030, 4320, 255}}; // what is being read
+    ProgressBar ProgressBar1{*this, "ProgressBar1", {90, 3315, 4320, 165}}; // how far
 };

@@ -17,8 +17,8 @@ struct frmSelectDrive : Form {
         Dir1.SetFocus();
     }
 
-    DriveList Drive1{*this, "Drive1", {15, 45, 2640, 315}};
+    DriveList Drive1{*this, "Drive1", {15, 45, 2640, 315}}; // the volumes
     CommandButton CmdExit{*this, "CmdExit", "Ok", {2730, 45, 795, 300}};
     CommandButton cmdCancel{*this, "cmdCancel", "Cancel", {3645, 45, 780, 300}};
-    DirectoryList Dir1{*this, "Dir1", {15, 405, 4440, 2340}};
+    DirectoryList Dir1{*this, "Dir1", {15, 405, 4440, 2340}}; // the directories of the volume
 };

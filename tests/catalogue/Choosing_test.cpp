@@ -117,7 +117,7 @@ TEST_F(ChoosingTest, ASecondPressReplacesTheResultOfTheFirst)
                     TypeInto("txtNewsGroups", row.terms);
                     Click(second);
                     // Nothing of the first run may change this.
-                    program->Form().StatusBar2.Panels(4).SetText("inner run's");
+                    program->MainWindow().StatusBar2.Panels(4).SetText("inner run's");
                 });
                 Filter("cmdAndFilter", "none");
                 TypeInto("txtNewsGroups", "alt");
@@ -260,7 +260,7 @@ TEST_F(ChoosingTest, ManyRowsGoAtOnce)
             EXPECT_EQ(RowsOf("lstSelectedGroups").back(), names[998]);
             Click("cmdClearAll");
             for (const std::string& name : names)
-                program->Form().lstSelectedGroups.AddItem(name);
+                program->MainWindow().lstSelectedGroups.AddItem(name);
         }
     }
 }

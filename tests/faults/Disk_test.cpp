@@ -160,7 +160,7 @@ TEST_F(DiskTest, DamagedFilesOfTheProgram)
             Start();
             TypeInto("txtPort", std::to_string(server.Port()));
             patience.stop();
-            program->Form().txtSelectDir.SetText(destination);
+            program->MainWindow().txtSelectDir.SetText(destination);
             Click("cmdClearAll");
             TypeInto("txtManual", "alt.kites");
             Click("Command3");

@@ -54,7 +54,7 @@ TEST(Kill, DISABLED_Victim)
     ASSERT_NE(folder, nullptr);
     TestDesktop desktop;
     Program program(desktop, ProgramPlaces{std::string(folder) + "/program/", std::string(folder) + "/settings.ini"});
-    program.Form().Timer2.SetInterval(std::chrono::milliseconds(1));
+    program.MainWindow().Timer2.SetInterval(std::chrono::milliseconds(1));
     program.Start();
     TypeInto("txtPort", std::getenv(portVariable));
     if (const char* const caption = std::getenv(captionVariable)) {
@@ -171,7 +171,7 @@ TEST_F(KilledProgramTest, WhatItHadInHandGoesAtTheNextSearch)
     Start({"alt.kites"}, server.Port());
     const std::string elsewhere = folder.File("elsewhere/");
     std::filesystem::create_directory(elsewhere);
-    program->Form().txtSelectDir.SetText(elsewhere);
+    program->MainWindow().txtSelectDir.SetText(elsewhere);
     Search();
     EXPECT_THAT(FilesBelow(destination), testing::ElementsAre(held, "article7.uue", "red.jpg"));
     EXPECT_THAT(FilesBelow(elsewhere), testing::ElementsAre("alt.kites/blue.jpg"));

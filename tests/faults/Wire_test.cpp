@@ -34,7 +34,7 @@ protected:
     {
         Forget();
         proxy.SetFault(fault);
-        program->Form().cboNewsServer.Click(); // ends the session
+        program->MainWindow().cboNewsServer.Click(); // ends the session
         // Of a status line that comes in pieces only the first piece is judged. Any other text may come so.
         const bool mayHang = fault.kind != Fault::Kind::Split || proxy.IsInStatusLine(fault.at);
         QTimer heart;
@@ -78,7 +78,7 @@ protected:
     {
         ExpectWholeFiles();
         proxy.SetFault({});
-        program->Form().cboNewsServer.Click(); // the connection may have stalled without anybody waiting for it
+        program->MainWindow().cboNewsServer.Click(); // the connection may have stalled without anybody waiting for it
         desktop.boxes.clear();
         Click("cmdFindNow");
         EXPECT_TRUE(desktop.boxes.empty());
@@ -147,7 +147,7 @@ TEST_F(WireTest, LostBetweenTwoCommands)
         Fault lost{Fault::Kind::Close, ends[static_cast<std::size_t>(reply)]};
         lost.after = after;
         proxy.SetFault(lost);
-        program->Form().cboNewsServer.Click(); // ends the session
+        program->MainWindow().cboNewsServer.Click(); // ends the session
         bool hung = false;
         QTimer patience;
         QObject::connect(&patience, &QTimer::timeout, [&hung] {

@@ -1,4 +1,4 @@
-#include "platform/Picture.h"
+#include "platform/Bitmap.h"
 
 #include "demo/support/Screen.h"
 #include "demo/support/TemporaryFolder.h"
@@ -202,14 +202,14 @@ const std::map<std::string, std::string>& FilesOfAllKinds()
 
 class PictureTest : public testing::Test {
 protected:
-    Picture Read(const std::string& content)
+    Bitmap Read(const std::string& content)
     {
         MakeFile(path, content);
-        return Picture::FromFile(path);
+        return Bitmap::FromFile(path);
     }
 
     // At a place between 0 and 1 in both directions.
-    QColor ColourAt(const Picture& picture, double x, double y)
+    QColor ColourAt(const Bitmap& picture, double x, double y)
     {
         image.SetPicture(picture);
         const QImage shown = Find<QLabel>("image").pixmap(Qt::ReturnByValue).toImage();
@@ -228,7 +228,7 @@ TEST_F(PictureTest, TheContentTellsTheKind)
 {
     for (const auto& [kind, content] : FilesOfAllKinds()) {
         SCOPED_TRACE(kind);
-        const Picture picture = Read(content);
+        const Bitmap picture = Read(content);
         const bool natural = kind == "plain wmf"; // its size in pixels is for the reader to say
         if (kind == "ico") {
             EXPECT_EQ(picture.Width(), 48);
@@ -250,11 +250,11 @@ TEST_F(PictureTest, TheContentTellsTheKind)
         {std::string(), std::string("no picture"), std::string("<svg width='9' height='9'/>"),
             std::string(100000, '\0'), Encoded("PNG").substr(0, 40), Wmf(true).substr(0, 60)})
         EXPECT_EQ(Read(content).Height(), 0) << content.substr(0, 20);
-    EXPECT_EQ(Picture::FromFile(folder.File("missing")).Height(), 0);
-    EXPECT_EQ(Picture::FromFile(folder.Path()).Height(), 0);
+    EXPECT_EQ(Bitmap::FromFile(folder.File("missing")).Height(), 0);
+    EXPECT_EQ(Bitmap::FromFile(folder.Path()).Height(), 0);
     const std::string notUtf8 = folder.File("caf\xe9.jpg");
     MakeFile(notUtf8, Encoded("PNG"));
-    EXPECT_NE(Picture::FromFile(notUtf8).Height(), 0);
+    EXPECT_NE(Bitmap::FromFile(notUtf8).Height(), 0);
 }
 
 TEST_F(PictureTest, OrientationAndSize)
@@ -264,13 +264,13 @@ TEST_F(PictureTest, OrientationAndSize)
     const auto turned = [&](const std::string& jpeg) {
         return jpeg.substr(0, 2) + std::string("\xff\xe1\0\x22", 4) + exif + jpeg.substr(2);
     };
-    const Picture small = Read(turned(Encoded("JPEG", 40, 20)));
+    const Bitmap small = Read(turned(Encoded("JPEG", 40, 20)));
     EXPECT_EQ(small.Width(), 20);
     EXPECT_EQ(small.Height(), 40);
     EXPECT_GT(ColourAt(small, 0.5, 0.2).red(), 200);
     EXPECT_GT(ColourAt(small, 0.5, 0.8).blue(), 200);
     // One that is reduced while it is read still tells its own size.
-    const Picture large = Read(turned(Encoded("JPEG", 5000, 100)));
+    const Bitmap large = Read(turned(Encoded("JPEG", 5000, 100)));
     EXPECT_EQ(large.Width(), 100);
     EXPECT_EQ(large.Height(), 5000);
     EXPECT_GT(ColourAt(large, 0.5, 0.2).red(), 200);
@@ -385,7 +385,7 @@ TEST_F(PictureHelperTest, TextsAreNotUnpacked)
 {
     ASSERT_NE(Read(jpeg).Height(), 0);
     const long before = PeakKilobytes(Helpers().at(0).process);
-    const Picture picture = Read(PngWithTexts());
+    const Bitmap picture = Read(PngWithTexts());
     EXPECT_EQ(picture.Width(), 8);
     EXPECT_GT(ColourAt(picture, 0.5, 0.5).red(), 200);
     EXPECT_LT(PeakKilobytes(Helpers().at(0).process), before + 16 * 1024);

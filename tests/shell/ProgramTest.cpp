@@ -20,7 +20,7 @@ void ProgramTest::Launch()
     desktop.boxes.clear();
     program = std::make_unique<Program>(desktop, places);
     // The banner's two seconds are for people.
-    program->Form().Timer2.SetInterval(std::chrono::milliseconds(1));
+    program->MainWindow().Timer2.SetInterval(std::chrono::milliseconds(1));
     program->Start();
 }
 

@@ -2,7 +2,7 @@
 
 #include "base/Files.h"
 #include "demo/sample/Encoders.h"
-#include "diagnostics/DebugWindow.h"
+#include "diagnostics/DebugConsole.h"
 #include "platform/Events.h"
 #include "tests/support/ScriptedServer.h"
 
@@ -16,7 +16,7 @@ using testing::StartsWith;
 
 namespace {
 
-class DebugWindowTest : public ProgramTest {
+class DebugConsoleTest : public ProgramTest {
 protected:
     // The one way in: the right mouse button with Ctrl held down, anywhere on the viewer.
     static void Open(const char* place = "frmShowPicture/SSPanel1")
@@ -36,7 +36,7 @@ protected:
 
 }
 
-TEST_F(DebugWindowTest, AllTrafficIsLoggedWhileItIsOpen)
+TEST_F(DebugConsoleTest, AllTrafficIsLoggedWhileItIsOpen)
 {
     SampleServer server({GroupOf("alt.kites", 1, {Uuencode("red", "kite.jpg")})});
     Start({"alt.kites"}, server.Port());
@@ -46,7 +46,7 @@ TEST_F(DebugWindowTest, AllTrafficIsLoggedWhileItIsOpen)
     Open();
     EXPECT_EQ(TextOf("txtLogFile"), logFile);
     Click("cmdStop");
-    program->Form().cboNewsServer.Click(); // ends the session
+    program->MainWindow().cboNewsServer.Click(); // ends the session
     Forget();
     Search();
     const std::string log = ContentOf(logFile);
@@ -78,7 +78,7 @@ TEST_F(DebugWindowTest, AllTrafficIsLoggedWhileItIsOpen)
 }
 
 // Whatever sends commands keeps the others from it, whichever of them was first.
-TEST_F(DebugWindowTest, OneCommandAtATime)
+TEST_F(DebugConsoleTest, OneCommandAtATime)
 {
     ScriptedServer server("S: 200\nC: group alt.kites\nS: 211 2 1 2 alt.kites\nC: next\nS: 223 2 <a>\nC: body 2\n"
                           "X: pause\nS: 222\nS: begin 644 kite.jpg\nS: #<F5D\nS: `\nS: end\nS: .\nC: next\nS: 421\n"
@@ -122,13 +122,13 @@ TEST_F(DebugWindowTest, OneCommandAtATime)
     EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
 }
 
-TEST_F(DebugWindowTest, OldTextGoesAndTroubleIsTold)
+TEST_F(DebugConsoleTest, OldTextGoesAndTroubleIsTold)
 {
     frmTamarack mainForm;
     NewsSession session(mainForm, desktop);
     session.AppDir = folder.Path();
-    DebugWindow debugWindow(session, desktop);
-    debugWindow.Open();
+    DebugConsole debugConsole(session, desktop);
+    debugConsole.Open();
     session.DebugLog("A" + std::string(31999, 'b'));
     session.DebugLog("c");
     EXPECT_EQ(Shown().size(), 32001U);

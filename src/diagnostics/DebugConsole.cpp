@@ -1,4 +1,4 @@
-#include "diagnostics/DebugWindow.h"
+#include "diagnostics/DebugConsole.h"
 
 #include "base/Files.h"
 #include "diagnostics/frmDebug.h"
@@ -6,48 +6,45 @@
 
 #include <algorithm>
 
-DebugWindow::DebugWindow(NewsSession& session, Desktop& newDesktop)
+DebugConsole::DebugConsole(NewsSession& session, Desktop& newDesktop)
     : Session(session)
     , desktop(newDesktop)
 {
     Session.DebugLog = [this](const std::string& text) { DebugLog(text); };
-    Session.UseChanged = [this](bool inUse) { EnableCommands(!inUse); };
+    Session.UseChanged = [this](bool inUse) {
+        if (IsLoaded())
+            EnableCommands(!inUse);
+    };
 }
 
-DebugWindow::~DebugWindow() = default;
+DebugConsole::~DebugConsole() = default;
 
-void DebugWindow::Open()
+void DebugConsole::Open()
 {
-    if (!form) {
-        form = std::make_unique<frmDebug>();
-        form->Resize = [this] { Form_Resize(); };
-        form->Unload = [this] { Form_Unload(); };
-        form->cmdCmd[0].Click = [this] { cmdCmd_Click(0); };
-        form->cmdCmd[1].Click = [this] { cmdCmd_Click(1); };
-        form->cmdReset.Click = [this] { cmdReset_Click(); };
-        EnableCommands(!Session.InUse());
-    }
-    if (!Session.DebugOn)
-        Form_Load();
-    Session.DebugOn = true;
-    form->SetVisible(true);
+    Loaded().SetVisible(true);
     form->BringToFront();
 }
 
-void DebugWindow::Form_Load()
+void DebugConsole::Bind()
+{
+    form->Resize = [this] { Form_Resize(); };
+    form->cmdCmd[0].Click = [this] { cmdCmd_Click(0); };
+    form->cmdCmd[1].Click = [this] { cmdCmd_Click(1); };
+    form->cmdReset.Click = [this] { cmdReset_Click(); };
+}
+
+void DebugConsole::Form_Load()
 {
     form->DebugWindow.Clear();
     form->TxtManual.SetText("");
     form->txtLogFile.SetText(Session.AppDir + "debug.log");
+    EnableCommands(!Session.InUse());
+    Session.DebugOn = true;
 }
 
-void DebugWindow::Form_Unload()
-{
-    Session.DebugOn = false;
-    form->SetVisible(false);
-}
+void DebugConsole::Form_Unload() { Session.DebugOn = false; }
 
-void DebugWindow::Form_Resize()
+void DebugConsole::Form_Resize()
 {
     const double width = form->ScaleWidth();
     const double height = form->ScaleHeight();
@@ -61,7 +58,7 @@ void DebugWindow::Form_Resize()
     form->TxtManual.SetTop(height - 300);
 }
 
-void DebugWindow::DebugLog(const std::string& text)
+void DebugConsole::DebugLog(const std::string& text)
 {
     // In characters; a line end, CR LF, is one of them. A longer text is no line that anybody reads, and would take the
     // area minutes to set: of that, only the file gets all.
@@ -76,15 +73,13 @@ void DebugWindow::DebugLog(const std::string& text)
         desktop.MsgBox("Tamarack\r\n" + logFile + ": " + error.message(), "Access Error");
 }
 
-void DebugWindow::EnableCommands(bool enabled)
+void DebugConsole::EnableCommands(bool enabled)
 {
-    if (form) {
-        form->cmdCmd[0].SetEnabled(enabled);
-        form->cmdCmd[1].SetEnabled(enabled);
-    }
+    for (CommandButton& button : form->cmdCmd)
+        button.SetEnabled(enabled);
 }
 
-void DebugWindow::cmdCmd_Click(int index)
+void DebugConsole::cmdCmd_Click(int index)
 {
     const SessionUse use(Session);
     if (!use)
@@ -94,4 +89,4 @@ void DebugWindow::cmdCmd_Click(int index)
 }
 
 // The next line makes a new one.
-void DebugWindow::cmdReset_Click() { (void)DeleteFile(form->txtLogFile.Text()); }
+void DebugConsole::cmdReset_Click() { (void)DeleteFile(form->txtLogFile.Text()); }

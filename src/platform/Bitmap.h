@@ -7,19 +7,19 @@ class QImage;
 class QSize;
 
 // A picture in memory, or none. Copies share the pixels.
-class Picture {
+class Bitmap {
 public:
-    Picture() = default;
+    Bitmap() = default;
 
     // The drawing that was made for this program and that it carries in itself, three by two.
-    static Picture Banner();
+    static Bitmap Banner();
 
     // Reads a picture file: JPEG (turned as its Exif orientation says), GIF (the first frame), BMP, ICO (the largest of
     // its pictures), PNG, WebP, TIFF, WMF, EMF. The content tells which, not the name. One that is larger than the
     // screen is reduced to fit it while it is read. No picture if the file cannot be read, is none of these, or has
     // more than 64 million pixels; of a file that is cut off, what there is of it if its reader can make something of
     // that. All of that is done by a helper, which is given 2.5 seconds; events may be let through meanwhile.
-    static Picture FromFile(const std::string& path);
+    static Bitmap FromFile(const std::string& path);
 
     // Those of the picture itself, in pixels; 0 without a picture.
     int Width() const { return width; }
@@ -29,7 +29,7 @@ private:
     friend class ImageControl;
 
     // `size` is that of the picture itself, of which the pixels may be a smaller rendering.
-    Picture(QImage pixels, const QSize& size);
+    Bitmap(QImage pixels, const QSize& size);
 
     std::shared_ptr<const QImage> image;
     int width = 0;

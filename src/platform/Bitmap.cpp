@@ -1,4 +1,4 @@
-#include "platform/Picture.h"
+#include "platform/Bitmap.h"
 
 #include "base/Descriptor.h"
 #include "platform/PictureHelper.h"
@@ -33,14 +33,14 @@ PictureFormat FormatOfFile(int descriptor)
 
 }
 
-Picture::Picture(QImage pixels, const QSize& size)
+Bitmap::Bitmap(QImage pixels, const QSize& size)
     : image(std::make_shared<const QImage>(std::move(pixels)))
     , width(size.width())
     , height(size.height())
 {
 }
 
-Picture Picture::Banner()
+Bitmap Bitmap::Banner()
 {
     QSvgRenderer drawing(QStringLiteral(":/artwork/banner.svg"));
     QImage image(drawing.defaultSize(), QImage::Format_RGB32);
@@ -50,7 +50,7 @@ Picture Picture::Banner()
     return {image, image.size()};
 }
 
-Picture Picture::FromFile(const std::string& path)
+Bitmap Bitmap::FromFile(const std::string& path)
 {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file.IsOpen())
@@ -61,5 +61,5 @@ Picture Picture::FromFile(const std::string& path)
         read = ReadInHelper(file.Number(),
             {format, static_cast<std::uint32_t>(most.width()), static_cast<std::uint32_t>(most.height())});
     }
-    return read ? Picture(std::move(read->pixels), read->size) : Picture();
+    return read ? Bitmap(std::move(read->pixels), read->size) : Bitmap();
 }
