@@ -1,7 +1,7 @@
 #include "catalogue/GroupFilters.h"
 
 #include "base/Text.h"
-#include "catalogue/GroupCounts.h"
+#include "catalogue/GroupPanels.h"
 #include "platform/Events.h"
 
 GroupFilters::GroupFilters(frmTamarack& mainForm, NewsSession& session)
@@ -15,7 +15,7 @@ GroupFilters::GroupFilters(frmTamarack& mainForm, NewsSession& session)
 bool GroupFilters::Begin(int run, std::vector<std::string>& terms)
 {
     Session.StopFlag = false;
-    MainForm.StatusBar2.Panels(4).SetText("Filtering Groups");
+    ShowActivity(MainForm, "Filtering Groups");
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     DoEvents();
     if (run != runs)
@@ -44,7 +44,7 @@ bool GroupFilters::Begin(int run, std::vector<std::string>& terms)
 
 void GroupFilters::End()
 {
-    MainForm.StatusBar2.Panels(4).SetText("");
+    ShowActivity(MainForm, "");
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
     MainForm.cmdSavePicks.SetEnabled(MainForm.lstFilteredGroups.ListCount() > 0);

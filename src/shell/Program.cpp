@@ -21,31 +21,26 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& places)
     , help(desktop)
     , about(MainForm)
     , mainSettings(MainForm, settings)
-    , selectedGroups(MainForm, Session)
+    , selectedGroups(MainForm, Session, desktop)
     , groupStore(MainForm, Session, desktop)
     , groupFilters(MainForm, Session)
-    , picking(MainForm)
-    , pointerActions(MainForm, Session, desktop)
-    , credentials(MainForm, settings)
-    , newServer(MainForm, Session, settings, desktop, AddressOfFile(resources + "help/find-a-server.html"))
-    , serverList(MainForm, Session, settings, desktop, credentials, newServer, selectedGroups, groupStore)
+    , serverList(MainForm, Session, settings, desktop, selectedGroups, groupStore,
+          AddressOfFile(resources + "help/find-a-server.html"))
     , viewer(MainForm, settings)
     , previewStrip(MainForm, viewer)
     , slideShow(MainForm, settings, desktop, viewer)
-    , criteria(MainForm, desktop)
-    , matching(MainForm, Session, criteria)
-    , store(MainForm, Session, previewStrip, viewer, lock)
-    , scan(MainForm, Session, desktop, matching, store)
-    , findNow(MainForm, Session, desktop, scan)
+    , criteria(MainForm, Session, desktop)
+    , saving(MainForm, Session, previewStrip, viewer, lock)
+    , findNow(MainForm, Session, desktop, criteria, saving)
     , destination(MainForm, desktop)
 {
     Session.AppDir = places.appDir;
-    store.OwnDirectories = places.Directories();
+    saving.OwnDirectories = places.Directories();
     MainForm.Unload = [this] { Form_Unload(); };
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };
     viewer.DebugGesture = [this] { debugWindow.Open(); };
-    newServer.HelpContext = [this](int topic) { help.HelpContext(topic); };
+    serverList.HelpContext = [this](int topic) { help.HelpContext(topic); };
     slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
@@ -95,7 +90,6 @@ void Program::Form_Load()
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
     mainSettings.Restore();
-    criteria.BuildFilePatterns();
     MainForm.SetVisible(true);
 }
 
@@ -109,9 +103,9 @@ bool Program::LoadBehindBanner()
     MainForm.Timer2.SetEnabled(true);
     if (!serverList.Fill())
         return false;
-    if (const std::string groupFile = groupStore.FileName(); FileExists(groupFile)) {
+    if (FileExists(groupStore.FileName())) {
         if (MainForm.chkAutoLoad.Value() == 1)
-            groupStore.LoadGroupsFromDisk(groupFile, banner.ProgressBar1, banner.Label1);
+            groupStore.LoadGroupsFromDisk(banner.ProgressBar1, banner.Label1);
         banner.Label1.SetCaption("Loading Selected Groups...");
         selectedGroups.LoadSelectedGroups();
     } else {
@@ -140,6 +134,6 @@ void Program::Form_Unload()
     selectedGroups.SaveSelectedGroups();
     help.HelpQuit();
     MainForm.TCP1.Close();
-    store.End();
+    saving.End();
     desktop.EndProgram();
 }

@@ -3,8 +3,6 @@
 #include "base/Files.h"
 #include "catalogue/GroupFilters.h"
 #include "catalogue/GroupStore.h"
-#include "catalogue/Picking.h"
-#include "catalogue/PointerActions.h"
 #include "diagnostics/About.h"
 #include "diagnostics/ContextIDs.h"
 #include "diagnostics/DebugWindow.h"
@@ -50,18 +48,12 @@ private:
     SelectedGroups selectedGroups;
     GroupStore groupStore;
     GroupFilters groupFilters;
-    Picking picking;
-    PointerActions pointerActions;
-    Credentials credentials;
-    NewServer newServer;
     ServerList serverList;
     Viewer viewer;
     PreviewStrip previewStrip;
     SlideShow slideShow;
     SearchCriteria criteria;
-    ArticleMatching matching;
-    AttachmentStoring store;
-    GroupScan scan;
+    AttachmentSaving saving;
     FindNow findNow;
     Destination destination;
     bool Timer2Fired = false;
