@@ -3,7 +3,7 @@
 #include "benchmarks/SideBySide.h"
 #include "catalogue/GroupFilters.h"
 #include "catalogue/GroupStore.h"
-#include "catalogue/Picking.h"
+#include "catalogue/SelectedGroups.h"
 #include "demo/sample/SampleServer.h"
 #include "demo/support/Screen.h"
 #include "demo/support/TemporaryFolder.h"
@@ -46,12 +46,17 @@ struct Lists {
     Lists()
     {
         Session.AppDir = folder.Path();
-        MainForm.cboNewsServer.AddItem("127.0.0.1");
-        MainForm.cboNewsServer.SetListIndex(0);
+        SetServer("127.0.0.1");
         MainForm.SSTMain.SetTab(3);
         MainForm.SSTab1.SetTab(2);
         MainForm.SetVisible(true);
         DoEvents();
+    }
+
+    void SetServer(const std::string& name)
+    {
+        MainForm.cboNewsServer.AddItem(name);
+        MainForm.cboNewsServer.SetListIndex(MainForm.cboNewsServer.ListCount() - 1);
     }
 
     void Paint() { WindowNamed("frmTamarack")->repaint(); }
@@ -62,7 +67,7 @@ struct Lists {
     NewsSession Session{MainForm, desktop};
     GroupStore store{MainForm, Session, desktop};
     GroupFilters filters{MainForm, Session};
-    Picking picking{MainForm};
+    SelectedGroups selectedGroups{MainForm, Session, desktop};
 };
 
 // The longest time for which no event was delivered.
@@ -280,16 +285,16 @@ void StartUpLoadOfALargeServer(benchmark::State& state)
     ProgressBar progress(lists.MainForm, "ProgressBar1", {0, 3400, 900, 300});
     Label activity(lists.MainForm, "Activity", "", {900, 3400, 900, 300});
     const auto load = [&](int count) {
-        const std::string file = lists.folder.File(std::to_string(count));
-        if (!FileExists(file)) {
+        lists.SetServer(std::to_string(count));
+        if (!FileExists(lists.store.FileName())) {
             std::string text;
             for (const std::string& name : GroupNames(count))
                 text += (text.empty() ? "\"" : "\r\n") + name + " 0000007055 0000000001 y";
-            MakeFile(file, text + "\"\r\n");
+            MakeFile(lists.store.FileName(), text + "\"\r\n");
         }
         lists.MainForm.lstAllGroups.Clear();
         return Timed([&] {
-            lists.store.LoadGroupsFromDisk(file, progress, activity);
+            lists.store.LoadGroupsFromDisk(progress, activity);
             lists.Paint();
             return lists.MainForm.lstAllGroups.ListCount() >= std::min(count, fullList);
         });
@@ -308,12 +313,15 @@ void StartUpLoadAfterAQuotationMark(benchmark::State& state)
     std::string text;
     for (int i = 0; i < 500'000; ++i)
         text += "a." + std::to_string(i) + " 1 1 y\r\n";
-    MakeFile(lists.folder.File("sound"), '"' + text + "\"\r\n");
-    MakeFile(lists.folder.File("marked"), "\"a.\"quoted 1 1 y\r\n" + text + "\"\r\n");
-    const auto load = [&lists, &progress, &activity](const char* file) {
+    lists.SetServer("sound");
+    MakeFile(lists.store.FileName(), '"' + text + "\"\r\n");
+    lists.SetServer("marked");
+    MakeFile(lists.store.FileName(), "\"a.\"quoted 1 1 y\r\n" + text + "\"\r\n");
+    const auto load = [&lists, &progress, &activity](const char* server) {
+        lists.SetServer(server);
         lists.MainForm.lstAllGroups.Clear();
         return Timed([&] {
-            lists.store.LoadGroupsFromDisk(lists.folder.File(file), progress, activity);
+            lists.store.LoadGroupsFromDisk(progress, activity);
             lists.Paint();
             return lists.MainForm.lstAllGroups.ListCount() >= fullList;
         });

@@ -1,7 +1,7 @@
 #include "catalogue/GroupFilters.h"
 
 #include "base/Text.h"
-#include "catalogue/GroupCounts.h"
+#include "catalogue/GroupPanels.h"
 #include "platform/Events.h"
 
 GroupFilters::GroupFilters(frmTamarack& mainForm, NewsSession& session)
@@ -15,26 +15,17 @@ GroupFilters::GroupFilters(frmTamarack& mainForm, NewsSession& session)
 bool GroupFilters::Begin(int run, std::vector<std::string>& terms)
 {
     Session.StopFlag = false;
-    MainForm.StatusBar2.Panels(4).SetText("Filtering Groups");
+    ShowActivity(MainForm, "Filtering Groups");
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     DoEvents();
     if (run != runs)
         return false;
-    const std::string typed = MainForm.txtNewsGroups.Text();
-    std::string_view rest = Trim(typed);
-    while (!rest.empty()) {
-        if (Session.StopFlag) {
-            Session.TcpDisconnect();
-            return false;
-        }
-        const std::size_t end = rest.find(';');
-        const std::string_view term = Trim(rest.substr(0, end));
-        if (!term.empty())
-            terms.emplace_back(term);
-        if (end == std::string_view::npos)
-            break;
-        rest.remove_prefix(end + 1);
+    terms = TrimmedParts(Trim(MainForm.txtNewsGroups.Text()), ';');
+    if (Session.StopFlag && !terms.empty()) {
+        Session.TcpDisconnect();
+        return false;
     }
+    std::erase(terms, "");
     MainForm.lstFilteredGroups.Clear();
     ShowFilteredCount(MainForm);
     allGroupsRevision = MainForm.lstAllGroups.Revision();
@@ -44,7 +35,7 @@ bool GroupFilters::Begin(int run, std::vector<std::string>& terms)
 
 void GroupFilters::End()
 {
-    MainForm.StatusBar2.Panels(4).SetText("");
+    ShowActivity(MainForm, "");
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
     MainForm.cmdSavePicks.SetEnabled(MainForm.lstFilteredGroups.ListCount() > 0);

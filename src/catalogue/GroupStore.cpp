@@ -1,8 +1,7 @@
 #include "catalogue/GroupStore.h"
 
 #include "base/Files.h"
-#include "base/Text.h"
-#include "catalogue/GroupCounts.h"
+#include "catalogue/GroupPanels.h"
 #include "catalogue/GroupText.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
@@ -26,20 +25,18 @@ GroupStore::GroupStore(frmTamarack& mainForm, NewsSession& session, Desktop& new
     MainForm.cmdRefresh.Click = [this] { cmdRefresh_Click(); };
     MainForm.cmdRefreshDisk.Click = [this] { cmdRefreshDisk_Click(); };
     Session.GroupListArrived = [this](const std::string& text) {
-        FillGroupList(MainForm.lstAllGroups, text);
+        FillGroupList(text);
         WriteGroupFile(text);
     };
 }
 
-std::string GroupStore::FileName() const
-{
-    return ServerFiles::Group(Session.AppDir, std::string(Trim(MainForm.cboNewsServer.Text())));
-}
+std::string GroupStore::FileName() const { return ServerFiles::Group(Session.AppDir, MainForm.cboNewsServer.Text()); }
 
-void GroupStore::FillGroupList(ListBox& list, std::string_view text)
+void GroupStore::FillGroupList(std::string_view text)
 {
     constexpr int progressInterval = 200;
-    ShowActivity("Filling List");
+    ListBox& list = MainForm.lstAllGroups;
+    ShowActivity(MainForm, "Filling List");
     ShowTotalCount(MainForm, 0);
     Session.StopFlag = false;
     list.SetVisible(false);
@@ -68,14 +65,11 @@ void GroupStore::FillGroupList(ListBox& list, std::string_view text)
     MainForm.Label1.SetVisible(false);
     list.SetVisible(true);
     ShowTotalCount(MainForm, count);
-    ShowActivity("");
+    ShowActivity(MainForm, "");
 }
 
 // A failure leaves the old file; the list stands all the same.
-void GroupStore::WriteGroupFile(const std::string& text)
-{
-    (void)ReplaceFile(ServerFiles::Group(Session.AppDir, MainForm.cboNewsServer.Text()), {"\"", text, "\"\r\n"});
-}
+void GroupStore::WriteGroupFile(const std::string& text) { (void)ReplaceFile(FileName(), {"\"", text, "\"\r\n"}); }
 
 void GroupStore::cmdRefresh_Click()
 {
@@ -86,11 +80,11 @@ void GroupStore::cmdRefresh_Click()
     if (Session.TcpConnect()) {
         MainForm.SetMousePointer(MousePointer::ArrowHourglass);
         ShowTotalCount(MainForm, 0);
-        ShowActivity("Scanning Groups ");
+        ShowActivity(MainForm, "Scanning Groups ");
         MainForm.lstAllGroups.Clear();
         DoEvents();
         Session.CmdList();
-        ShowActivity("");
+        ShowActivity(MainForm, "");
         ShowTotalCount(MainForm, MainForm.lstAllGroups.ListCount());
         DoEvents();
     } else {
@@ -121,15 +115,15 @@ void GroupStore::ReadGroupFile()
     if (file.Length() < 1)
         ShowEmptyServerMessage();
     else
-        FillGroupList(MainForm.lstAllGroups, file.ReadQuotedField());
+        FillGroupList(file.ReadQuotedField());
 }
 
-void GroupStore::LoadGroupsFromDisk(const std::string& fileName, ProgressBar& progressBar, Label& activity)
+void GroupStore::LoadGroupsFromDisk(ProgressBar& progressBar, Label& activity)
 {
     constexpr int progressInterval = 400;
     ListBox& list = MainForm.lstAllGroups;
     activity.SetCaption("Loading groups from Disk...");
-    SequentialInput file(fileName);
+    SequentialInput file(FileName());
     if (file.Length() < 1) {
         ShowEmptyServerMessage();
         return;
@@ -179,5 +173,3 @@ void GroupStore::ShowEmptyServerMessage()
                    "News Groups tab to do this.",
         "The Tamarack");
 }
-
-void GroupStore::ShowActivity(std::string_view text) { MainForm.StatusBar2.Panels(4).SetText(text); }

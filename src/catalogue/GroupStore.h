@@ -12,19 +12,18 @@ public:
     // The full name of the current server's group file.
     std::string FileName() const;
 
-    // Fills the list from a group file behind a banner: tells there what is being done and how far it is.
-    void LoadGroupsFromDisk(const std::string& fileName, ProgressBar& progress, Label& activity);
+    // Fills the list from the file behind a banner: tells there what is being done and how far it is.
+    void LoadGroupsFromDisk(ProgressBar& progress, Label& activity);
 
     // "Refresh From Disk". Does nothing while the main form is invisible.
     void cmdRefreshDisk_Click();
 
 private:
     void cmdRefresh_Click();
-    void FillGroupList(ListBox& list, std::string_view text);
+    void FillGroupList(std::string_view text);
     void WriteGroupFile(const std::string& text);
     void ShowEmptyServerMessage();
     void ReadGroupFile();
-    void ShowActivity(std::string_view text);
 
     frmTamarack& MainForm;
     NewsSession& Session;

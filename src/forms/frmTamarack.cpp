@@ -1,6 +1,5 @@
 #include "forms/frmTamarack.h"
 
-
 const std::string_view frmTamarack::idleCaption = "Tamarack -- " TAMARACK_HOMEPAGE;
 
 frmTamarack::frmTamarack()
@@ -16,7 +15,7 @@ frmTamarack::frmTamarack()
         control->SetEnabled(false);
     Label1.SetVisible(false);
     Frame3.SetVisible(false);
-    Image1.SetPicture(Picture::Banner());
+    Image1.SetPicture(Bitmap::Banner());
     for (Label& fileName : Label2)
         fileName.KeepToOneLine();
 

@@ -1,18 +1,25 @@
 #include "scan/FindNow.h"
 
 #include "base/Files.h"
+#include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
 #include "session/SessionUse.h"
 
-FindNow::FindNow(frmTamarack& mainForm, NewsSession& session, Desktop& newDesktop, GroupScan& newScan)
+#include <algorithm>
+
+using namespace std::chrono_literals;
+
+FindNow::FindNow(frmTamarack& mainForm, NewsSession& session, Desktop& newDesktop, SearchCriteria& newCriteria,
+    AttachmentSaving& newSaving)
     : MainForm(mainForm)
     , Session(session)
     , desktop(newDesktop)
-    , scan(newScan)
+    , criteria(newCriteria)
+    , saving(newSaving)
 {
     MainForm.cmdFindNow.Click = [this] { cmdFindNow_Click(); };
     MainForm.mnuFindNow.Click = [this] { cmdFindNow_Click(); };
-    MainForm.cmdStop.Click = [this] { cmdStop_Click(); };
+    MainForm.cmdStop.Click = [this] { Session.StopFlag = true; };
 }
 
 void FindNow::cmdFindNow_Click()
@@ -50,8 +57,96 @@ bool FindNow::Search()
         return false;
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     DoEvents();
-    scan.ScanGroups(MainForm.lstSelectedGroups);
+    ScanGroups();
     return true;
 }
 
-void FindNow::cmdStop_Click() { Session.StopFlag = true; }
+void FindNow::ScanGroups()
+{
+    ListBox& list = MainForm.lstSelectedGroups;
+    Session.StopFlag = false;
+    saving.Begin();
+    if (list.ListIndex() < 0)
+        list.SetListIndex(0);
+    Session.RecvBuffer.Clear();
+    Session.SearchPos = 1;
+    // Rows that are removed meanwhile do not shorten the walk: what is read past the end is an empty name.
+    const int lastRow = list.ListCount() - 1;
+    for (int row = std::max(list.ListIndex(), 0); row <= lastRow; ++row) {
+        if (ScanGroup(list.List(row)) == AfterGroup::EndRun)
+            break;
+    }
+    MainForm.SetCaption(frmTamarack::idleCaption);
+}
+
+FindNow::AfterGroup FindNow::ScanGroup(const std::string& group)
+{
+    Session.CurrentGroup = group;
+    MainForm.SetCaption("Entering group " + Session.CurrentGroup);
+    DoEvents();
+    if (!Session.CmdGroup(Session.CurrentGroup))
+        return AfterGroup::NextRow;
+    if (Session.StopFlag) {
+        Session.TcpDisconnect();
+        return AfterGroup::EndRun;
+    }
+    const std::int32_t lastInGroup = Session.LastArticle;
+    const PointerFile::Lookup pointer = Pointers().Find(Session.CurrentGroup, [this] { return !Session.StopFlag; });
+    pointerRecordNumber = pointer.recordNumber;
+    Session.StartArticle = pointer.article;
+    saving.GroupCount = 0;
+    if (Session.CmdStat(Session.StartArticle))
+        WalkArticles(lastInGroup);
+    if (Session.StopFlag) {
+        Session.TcpDisconnect();
+        return AfterGroup::EndRun;
+    }
+    MainForm.SetCaption(Session.CurrentGroup + " -- No more new articles");
+    desktop.Sleep(1500ms);
+    return AfterGroup::NextRow;
+}
+
+void FindNow::WalkArticles(std::int32_t lastInGroup)
+{
+    // A server without an article to move to may say so with a reply that counts as a success but names no article,
+    // such as 420. In a group that is said to be empty that is the end; elsewhere it is once it has not moved twice in
+    // a row. What the server says of the group's range decides nothing else: it may be wrong.
+    constexpr std::int32_t noArticle = -1;
+    const bool saidToBeEmpty = Session.FirstArticle > lastInGroup;
+    int timesNotMoved = 0;
+    std::int32_t before = Session.StartArticle;
+    for (;;) {
+        Session.CurrentArticle = noArticle;
+        const bool mayHaveMoved = Session.CmdNext() && !Session.StopFlag;
+        const bool namesNone = Session.CurrentArticle == noArticle;
+        if (namesNone)
+            Session.CurrentArticle = before;
+        if (!mayHaveMoved)
+            return;
+        timesNotMoved = Session.CurrentArticle == before ? timesNotMoved + 1 : 0;
+        if (timesNotMoved == 2 || (namesNone && saidToBeEmpty))
+            return;
+        before = Session.CurrentArticle;
+        const ArticleInHand article{Session.CurrentArticle, lastInGroup, Session.CurrentGroup};
+        MainForm.SetCaption(article.Caption("Scanning "));
+        // Before the article is looked at: an article that the program stops on counts as read. A pointer that cannot
+        // be written only makes the next search start earlier.
+        (void)Pointers().Write(pointerRecordNumber, Session.CurrentGroup, article.number);
+        if (criteria.ArticleMatches(article.number) && !Session.StopFlag) {
+            MainForm.SetCaption(article.Caption("Getting "));
+            const std::string body = Session.CmdBody(article.number);
+            if (!Session.StopFlag && saving.Save(article, body) == AfterSaving::GroupLimitReached)
+                return;
+        }
+        if (Session.StopFlag) {
+            Session.TcpDisconnect();
+            return;
+        }
+        DoEvents();
+    }
+}
+
+PointerFile FindNow::Pointers() const
+{
+    return PointerFile(ServerFiles::Pointers(Session.AppDir, MainForm.cboNewsServer.Text()));
+}

@@ -1,19 +1,33 @@
 #pragma once
 
-#include "scan/GroupScan.h"
+#include "catalogue/PointerFile.h"
+#include "scan/AttachmentSaving.h"
+#include "scan/SearchCriteria.h"
 
-// "Find Now" and "Stop Action": checks that a search is possible, makes the controls safe for its length, and runs it.
+// "Find Now" and "Stop Action", the engine of a search: walks the new articles of each selected group on the open
+// connection, from the group's pointer on, and has the wanted ones fetched and saved.
 class FindNow {
 public:
-    FindNow(frmTamarack& mainForm, NewsSession& session, Desktop& desktop, GroupScan& scan);
+    FindNow(frmTamarack& mainForm, NewsSession& session, Desktop& desktop, SearchCriteria& criteria,
+        AttachmentSaving& saving);
 
 private:
+    enum class AfterGroup { NextRow, EndRun };
+
     void cmdFindNow_Click();
     bool Search();
-    void cmdStop_Click();
+
+    // Scans the groups from the list's current row to its last. Leaves the connection open when the rows are used up,
+    // and closed when it was ended through StopFlag.
+    void ScanGroups();
+    AfterGroup ScanGroup(const std::string& group);
+    void WalkArticles(std::int32_t lastInGroup);
+    PointerFile Pointers() const;
 
     frmTamarack& MainForm;
     NewsSession& Session;
     Desktop& desktop;
-    GroupScan& scan;
+    SearchCriteria& criteria;
+    AttachmentSaving& saving;
+    std::int64_t pointerRecordNumber = 1; // of the group that is scanned
 };

@@ -19,9 +19,9 @@ Credentials::Credentials(frmTamarack& mainForm, Settings& newSettings)
 
 void Credentials::Load()
 {
-    MainForm.chkUserName.SetValue(Stored("").empty() ? 0 : 1);
-    MainForm.txtUserName.SetText(Stored(userEnding));
-    MainForm.txtPassword.SetText(Stored(passwordEnding));
+    MainForm.chkUserName.SetValue(Kept("").empty() ? 0 : 1);
+    MainForm.txtUserName.SetText(Kept(userEnding));
+    MainForm.txtPassword.SetText(Kept(passwordEnding));
 }
 
 void Credentials::Forget(const std::string& server)
@@ -38,24 +38,24 @@ void Credentials::chkUserName_Click()
     MainForm.lblUserName.SetEnabled(wanted);
     MainForm.lblPassword.SetEnabled(wanted);
     if (wanted) {
-        if (const std::string user = Stored(userEnding); !user.empty())
+        if (const std::string user = Kept(userEnding); !user.empty())
             MainForm.txtUserName.SetText(user);
-        if (const std::string password = Stored(passwordEnding); !password.empty())
+        if (const std::string password = Kept(passwordEnding); !password.empty())
             MainForm.txtPassword.SetText(password);
     }
-    Store("", wanted ? "Authenticate" : "");
+    Keep("", wanted ? "Authenticate" : "");
 }
 
-void Credentials::txtUserName_Change() { Store(userEnding, MainForm.txtUserName.Text()); }
+void Credentials::txtUserName_Change() { Keep(userEnding, MainForm.txtUserName.Text()); }
 
-void Credentials::txtPassword_Change() { Store(passwordEnding, MainForm.txtPassword.Text()); }
+void Credentials::txtPassword_Change() { Keep(passwordEnding, MainForm.txtPassword.Text()); }
 
-std::string Credentials::Stored(std::string_view ending) const
+std::string Credentials::Kept(std::string_view ending) const
 {
     return settings.GetSetting(section, MainForm.cboNewsServer.Text().append(ending));
 }
 
-void Credentials::Store(std::string_view ending, std::string_view value)
+void Credentials::Keep(std::string_view ending, std::string_view value)
 {
     if (const std::string server = MainForm.cboNewsServer.Text(); !server.empty())
         settings.SaveSetting(section, server + std::string(ending), value);

@@ -10,10 +10,10 @@ class Credentials {
 public:
     Credentials(frmTamarack& mainForm, Settings& settings);
 
-    // Shows what is stored for the current server.
+    // Shows what is kept for the current server.
     void Load();
 
-    // Removes what is stored for a server.
+    // Removes what is kept for a server.
     void Forget(const std::string& server);
 
 private:
@@ -21,8 +21,8 @@ private:
     void txtUserName_Change();
     void txtPassword_Change();
 
-    std::string Stored(std::string_view ending) const;
-    void Store(std::string_view ending, std::string_view value);
+    std::string Kept(std::string_view ending) const;
+    void Keep(std::string_view ending, std::string_view value);
 
     frmTamarack& MainForm;
     Settings& settings;

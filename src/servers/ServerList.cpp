@@ -2,23 +2,68 @@
 
 #include "base/Files.h"
 #include "base/Text.h"
-#include "catalogue/GroupCounts.h"
+#include "catalogue/GroupPanels.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
-#include "servers/ServerSettings.h"
+#include "platform/TextArea.h"
 
-using namespace ServerSettings;
+#include <algorithm>
+
+// Asks for the name of a news server.
+struct frmNewsServer : Form {
+    frmNewsServer()
+        : Form("frmNewsServer", "Add News Server", {.clientWidth = 5160, .clientHeight = 3375})
+    {
+        SetFallbackTopic(550);
+        lblNewsServerName.SetBuddy(txtNewsServer);
+        txtText1.SetAccessibleName("Help");
+        cmdFreeList.SetToolTip("How to find a news server");
+        SetDialogButtons(cmdSave, cmdCancel);
+        txtNewsServer.SetFocus();
+    }
+
+    Label lblNewsServerName{*this, "lblNewsServerName", "News Server Name:", {120, 120, 1995, 330}};
+    TextBox txtNewsServer{*this, "txtNewsServer", {2145, 120, 2895, 330}, {.text = "news.example.com"}};
+    // How to find one's news server.
+    TextArea txtText1{*this, "txtText1", {120, 570, 4920, 2220}};
+    CommandButton cmdSave{*this, "cmdSave", "Save", {120, 2910, 1440, 345}};
+    CommandButton cmdCancel{*this, "cmdCancel", "Cancel", {1680, 2910, 1440, 345}};
+    CommandButton cmdFreeList{*this, "cmdFreeList", "Show Free List", {3240, 2910, 1800, 345}};
+};
+
+namespace {
+
+constexpr std::string_view section = "Servers";
+constexpr std::string_view defaultKey = "Default";
+
+// The page that the address leads to, in the program's own help.
+constexpr int freeListTopic = 1000;
+
+// The system itself would take a control character.
+bool CanBeFileName(std::string_view name)
+{
+    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    return name.find('/') == std::string_view::npos && std::none_of(name.begin(), name.end(), isControl);
+}
+
+void Unload(frmNewsServer& form)
+{
+    form.SetVisible(false);
+    DoEvents();
+}
+
+}
 
 ServerList::ServerList(frmTamarack& mainForm, NewsSession& session, Settings& newSettings, Desktop& newDesktop,
-    Credentials& newCredentials, NewServer& newNewServer, SelectedGroups& newSelectedGroups, GroupStore& newGroupStore)
+    SelectedGroups& newSelectedGroups, GroupStore& newGroupStore, std::string newFreeList)
     : MainForm(mainForm)
     , Session(session)
     , settings(newSettings)
     , desktop(newDesktop)
-    , credentials(newCredentials)
-    , newServer(newNewServer)
+    , credentials(mainForm, newSettings)
     , selectedGroups(newSelectedGroups)
     , groupStore(newGroupStore)
+    , freeList(std::move(newFreeList))
 {
     MainForm.cboNewsServer.Click = [this] { cboNewsServer_Click(); };
     MainForm.cmdAddNewsServer.Click = [this] { cmdAddNewsServer_Click(); };
@@ -28,8 +73,8 @@ ServerList::ServerList(frmTamarack& mainForm, NewsSession& session, Settings& ne
 bool ServerList::Fill()
 {
     ComboBox& servers = MainForm.cboNewsServer;
-    const std::string stored = settings.GetSetting(section, defaultKey);
-    const std::string_view preselected = Trim(stored);
+    const std::string kept = settings.GetSetting(section, defaultKey);
+    const std::string_view preselected = Trim(kept);
     for (const std::string& key : settings.GetAllSettings(section)) {
         if (key == defaultKey)
             continue;
@@ -49,7 +94,7 @@ bool ServerList::Fill()
 bool ServerList::AskForFirst()
 {
     while (true) {
-        newServer.Show();
+        cmdAddNewsServer_Click();
         if (MainForm.cboNewsServer.ListCount() > 0) {
             MainForm.cboNewsServer.SetListIndex(0);
             return true;
@@ -73,7 +118,55 @@ void ServerList::cboNewsServer_Click()
     MainForm.lstFilteredGroups.Clear();
 }
 
-void ServerList::cmdAddNewsServer_Click() { newServer.Show(); }
+void ServerList::cmdAddNewsServer_Click()
+{
+    frmNewsServer form;
+    form.CentreOnForm(MainForm);
+    form.txtText1.SetText(
+        "Please enter your news server address.  "
+        "It is usually the word news, a dot, the name of your provider, a dot and a top-level domain: "
+        "with a provider named Birchwood it could be news.birchwood.example.  "
+        "If you already get news through Netscape "
+        "check the options under News server or Discussion server "
+        "for the news server name.  If your an AOL user or can't "
+        "find out what your server is, Click the 'Show Free List' "
+        "button for a list of public servers or goto: "
+        + freeList);
+    form.Unload = [&] { Unload(form); };
+    form.cmdSave.Click = [&] { cmdSave_Click(form); };
+    form.cmdCancel.Click = [&] { Unload(form); };
+    form.cmdFreeList.Click = [&] { CmdFreeList_Click(); };
+    form.txtNewsServer.GotFocus = [&] { form.txtNewsServer.SelectAll(); };
+    form.ShowModal();
+}
+
+void ServerList::cmdSave_Click(frmNewsServer& form)
+{
+    const std::string name(Trim(form.txtNewsServer.Text()));
+    if (!name.empty()) {
+        const std::string groupFile = ServerFiles::Group(Session.AppDir, name);
+        if (!CanBeFileName(name) || ReplaceFile(groupFile, {})) {
+            desktop.MsgBox("The filename \r\n" + groupFile
+                    + "\r\ncould not be saved.  Please make sure you have\r\n"
+                      "enough space, or that the filename does not contain\r\n"
+                      "invalid charaters.",
+                "File write error");
+            return;
+        }
+        MainForm.cboNewsServer.AddItem(name);
+        MainForm.cboNewsServer.SetListIndex(MainForm.cboNewsServer.ListCount() - 1);
+        ClearGroupLists(MainForm);
+        settings.SaveSetting(section, name, "1");
+        settings.SaveSetting(section, defaultKey, name);
+    }
+    Unload(form);
+}
+
+void ServerList::CmdFreeList_Click()
+{
+    if (!desktop.ShellOpen(freeList))
+        Raise(HelpContext, freeListTopic);
+}
 
 void ServerList::cmdDeleteServer_Click()
 {
@@ -85,13 +178,10 @@ void ServerList::cmdDeleteServer_Click()
             MessageButtons::YesNo)
         != MessageAnswer::Yes)
         return;
-    for (const auto& fileOf : {ServerFiles::Group, ServerFiles::Pointers, ServerFiles::Selected}) {
-        if (const std::string file = fileOf(Session.AppDir, name); FileExists(file))
-            (void)DeleteFile(file);
-    }
-    const std::string key(Trim(name));
-    settings.DeleteSetting(section, key);
-    credentials.Forget(key);
+    for (const auto& fileOf : {ServerFiles::Group, ServerFiles::Pointers, ServerFiles::Selected})
+        (void)DeleteFile(fileOf(Session.AppDir, name));
+    settings.DeleteSetting(section, name);
+    credentials.Forget(name);
     servers.RemoveItem(servers.ListIndex());
     ClearGroupLists(MainForm);
     // Nobody else ends the session with the last server.

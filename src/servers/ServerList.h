@@ -2,37 +2,44 @@
 
 #include "catalogue/GroupStore.h"
 #include "catalogue/SelectedGroups.h"
-#include "platform/Settings.h"
 #include "servers/Credentials.h"
-#include "servers/NewServer.h"
-#include "session/NewsSession.h"
+
+struct frmNewsServer;
 
 // The news servers in cboNewsServer, of which one is current. A server is known by its name alone. Settings section
 // "Servers": one key for each name, and "Default" with the name to select at the next start.
 class ServerList {
 public:
+    // `freeList` is the address of the page that "Show Free List" opens.
     ServerList(frmTamarack& mainForm, NewsSession& session, Settings& settings, Desktop& desktop,
-        Credentials& credentials, NewServer& newServer, SelectedGroups& selectedGroups, GroupStore& groupStore);
+        SelectedGroups& selectedGroups, GroupStore& groupStore, std::string freeList);
 
-    // Brings the stored names back and selects the default, or else the first. With no name stored the user is asked
-    // for one; false if they do not give any.
+    // Brings the names back and selects the default, or else the first. Without any the user is asked for one; false if
+    // they do not give it.
     [[nodiscard]] bool Fill();
 
     // Remembers the current server for the next start.
     void SaveDefault();
 
+    // Shows a topic of the help, for a system that cannot open the page.
+    std::function<void(int topic)> HelpContext;
+
 private:
     void cboNewsServer_Click();
-    void cmdAddNewsServer_Click();
     void cmdDeleteServer_Click();
     [[nodiscard]] bool AskForFirst();
+
+    // Shows the dialog and returns when the user has done with it.
+    void cmdAddNewsServer_Click();
+    void cmdSave_Click(frmNewsServer& form);
+    void CmdFreeList_Click();
 
     frmTamarack& MainForm;
     NewsSession& Session;
     Settings& settings;
     Desktop& desktop;
-    Credentials& credentials;
-    NewServer& newServer;
+    Credentials credentials;
     SelectedGroups& selectedGroups;
     GroupStore& groupStore;
+    const std::string freeList;
 };

@@ -11,14 +11,14 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& newPlaces)
     , places(newPlaces)
 {
     Session.AppDir = places.appDir;
-    store.OwnDirectories = places.Directories();
+    saving.OwnDirectories = places.Directories();
     MainForm.UU.ReservedNames
         = {ServerFiles::groupPrefix, ServerFiles::selectedPrefix, ServerFiles::pointerPrefix, ContextIDs::helpFileName};
     MainForm.Unload = [this] { Form_Unload(); };
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };
     viewer.DebugGesture = [this] { debugConsole.Open(); };
-    newServer.HelpContext = [this](int topic) { help.HelpContext(topic); };
+    serverList.HelpContext = [this](int topic) { help.HelpContext(topic); };
     slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
@@ -62,7 +62,6 @@ void Program::Form_Load()
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
     mainSettings.Restore();
-    criteria.BuildFilePatterns();
     isUp = true;
     MainForm.SetVisible(true);
 }
@@ -77,9 +76,9 @@ bool Program::LoadBehindBanner()
     MainForm.Timer2.SetEnabled(true);
     if (!serverList.Fill())
         return false;
-    if (const std::string groupFile = groupStore.FileName(); FileExists(groupFile)) {
+    if (FileExists(groupStore.FileName())) {
         if (MainForm.chkAutoLoad.Value() == 1)
-            groupStore.LoadGroupsFromDisk(groupFile, banner.ProgressBar1, banner.Label1);
+            groupStore.LoadGroupsFromDisk(banner.ProgressBar1, banner.Label1);
         banner.Label1.SetCaption("Loading Selected Groups...");
         selectedGroups.LoadSelectedGroups();
     } else {
@@ -108,7 +107,7 @@ void Program::Form_Unload()
     selectedGroups.SaveSelectedGroups();
     help.HelpQuit();
     MainForm.TCP1.Close();
-    store.End();
+    saving.End();
     desktop.EndProgram();
 }
 

@@ -3,8 +3,6 @@
 #include "base/Files.h"
 #include "catalogue/GroupFilters.h"
 #include "catalogue/GroupStore.h"
-#include "catalogue/Picking.h"
-#include "catalogue/PointerActions.h"
 #include "diagnostics/About.h"
 #include "diagnostics/ContextIDs.h"
 #include "diagnostics/DebugConsole.h"
@@ -49,23 +47,17 @@ private:
     ContextIDs help{desktop};
     About about{MainForm};
     MainSettings mainSettings{MainForm, settings};
-    SelectedGroups selectedGroups{MainForm, Session};
+    SelectedGroups selectedGroups{MainForm, Session, desktop};
     GroupStore groupStore{MainForm, Session, desktop};
     GroupFilters groupFilters{MainForm, Session};
-    Picking picking{MainForm};
-    PointerActions pointerActions{MainForm, Session, desktop};
-    Credentials credentials{MainForm, settings};
-    NewServer newServer{
-        MainForm, Session, settings, desktop, AddressOfFile(places.resources + "help/find-a-server.html")};
-    ServerList serverList{MainForm, Session, settings, desktop, credentials, newServer, selectedGroups, groupStore};
+    ServerList serverList{MainForm, Session, settings, desktop, selectedGroups, groupStore,
+        AddressOfFile(places.resources + "help/find-a-server.html")};
     Viewer viewer{MainForm, settings};
     PreviewStrip previewStrip{MainForm, viewer};
     SlideShow slideShow{MainForm, settings, desktop, viewer};
-    SearchCriteria criteria{MainForm, desktop};
-    ArticleMatching matching{MainForm, Session, criteria};
-    AttachmentStoring store{MainForm, Session, previewStrip, viewer, lock};
-    GroupScan scan{MainForm, Session, desktop, matching, store};
-    FindNow findNow{MainForm, Session, desktop, scan};
+    SearchCriteria criteria{MainForm, Session, desktop};
+    AttachmentSaving saving{MainForm, Session, previewStrip, viewer, lock};
+    FindNow findNow{MainForm, Session, desktop, criteria, saving};
     Destination destination{MainForm, desktop};
     bool Timer2Fired = false;
     bool isUp = false; // from here on what is on the main form is the user's

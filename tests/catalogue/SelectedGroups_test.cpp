@@ -1,5 +1,9 @@
+#include "tests/catalogue/CatalogueTest.h"
 #include "tests/shell/ProgramTest.h"
 
+#include <QAbstractItemView>
+#include <QScrollBar>
+#include <QTest>
 #include <QTimer>
 
 #include <filesystem>
@@ -12,8 +16,158 @@ using testing::IsEmpty;
 
 namespace {
 
-using SelectedGroupsTest = ProgramTest;
+using SelectedGroupsTest = CatalogueTest;
 
+}
+
+TEST_F(SelectedGroupsTest, WaysIn)
+{
+    StartWith({"alt.a", "alt.b", "alt.c", "alt.d"});
+    Filter("cmdAndFilter", "alt");
+    ASSERT_TRUE(Until([] { return RowsOf("lstFilteredGroups").size() == 4; }));
+    DoubleClickRow("lstFilteredGroups", 3);
+    EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: 3");
+    Click("cmdSavePicks");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.d"));
+    ClickRow("lstFilteredGroups", 0);
+    ClickRow("lstFilteredGroups", 2, Qt::ControlModifier);
+    Click("cmdSavePicks");
+    EXPECT_THAT(RowsOf("lstFilteredGroups"), ElementsAre("alt.b"));
+    EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: 1");
+    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 3");
+    EXPECT_TRUE(IsEnabled("cmdSavePicks"));
+    DoubleClickRow("lstAllGroups", 1);
+    TypeInto("txtManual", "  by.hand ");
+    QTest::keyClick(&Find<QWidget>("txtManual"), Qt::Key_Return);
+    TypeInto("txtManual", "   ");
+    Click("Command3");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.d", "alt.a", "alt.c", "alt.b", "by.hand"));
+    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 5");
+    EXPECT_EQ(RowsOf("lstAllGroups").size(), 4U);
+}
+
+TEST_F(SelectedGroupsTest, ADoubleClickOnNoRow)
+{
+    StartWith({"alt.a"}, {"a"});
+    for (const char* list : {"lstAllGroups", "lstFilteredGroups", "lstSelectedGroups"}) {
+        SCOPED_TRACE(list);
+        Click(list);
+        QWidget* rows = Find<QAbstractItemView>(list).viewport();
+        QTest::mouseDClick(rows, Qt::LeftButton, {}, rows->rect().bottomRight());
+        EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("a", ""));
+        EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 2");
+    }
+    QWidget* rows = Find<QAbstractItemView>("lstSelectedGroups").viewport();
+    ClickRow("lstSelectedGroups", 0);
+    QTest::mouseDClick(rows, Qt::RightButton, {}, QPoint(5, 5));
+    QTest::mouseDClick(rows, Qt::LeftButton, {}, rows->rect().bottomRight());
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("a", ""));
+}
+
+TEST_F(SelectedGroupsTest, WaysOut)
+{
+    StartWith({"alt.a"}, {"a", "b", "c", "d", "e"});
+    DoubleClickRow("lstSelectedGroups", 1);
+    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 4");
+    ClickRow("lstSelectedGroups", 0);
+    ClickRow("lstSelectedGroups", 2, Qt::ControlModifier);
+    Click("cmdClearSelected");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("c", "e"));
+    ClickRow("lstSelectedGroups", 1);
+    QTest::keyClick(&Find<QAbstractItemView>("lstSelectedGroups"), Qt::Key_Delete);
+    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 1");
+    Click("cmdClearAll");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());
+    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 0");
+}
+
+// However many rows were highlighted, each by itself, they go in one step.
+TEST_F(SelectedGroupsTest, ManyRowsGoAtOnce)
+{
+    const std::vector<std::string> names = ManyNames(1000);
+    StartWith({}, names);
+    ClickRow("lstSelectedGroups", 601);
+    auto& view = Find<QAbstractItemView>("lstSelectedGroups");
+    std::vector<std::string> kept;
+    for (int row = 0; row < 1000; ++row) {
+        if (row % 2 == 0)
+            view.selectionModel()->select(view.model()->index(row, 0), QItemSelectionModel::Select);
+        else if (row != 601)
+            kept.push_back(names[static_cast<std::size_t>(row)]);
+    }
+    ClickRow("lstSelectedGroups", 603, Qt::ControlModifier); // the current row
+    ClickRow("lstSelectedGroups", 603, Qt::ControlModifier); // and not highlighted any more
+    view.verticalScrollBar()->setValue(view.verticalScrollBar()->maximum() / 4);
+    const int place = view.verticalScrollBar()->value();
+    int changes = 0;
+    const auto count = [&changes] { ++changes; };
+    QObject context;
+    QObject::connect(view.model(), &QAbstractItemModel::rowsRemoved, &context, count);
+    QObject::connect(view.model(), &QAbstractItemModel::modelReset, &context, count);
+    Click("cmdClearSelected");
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(RowsOf("lstSelectedGroups"), kept);
+    EXPECT_THAT(HighlightedRows("lstSelectedGroups"), IsEmpty());
+    EXPECT_EQ(kept.at(static_cast<std::size_t>(CurrentRow("lstSelectedGroups"))), names[603]);
+    EXPECT_EQ(view.verticalScrollBar()->value(), place);
+}
+
+TEST_F(SelectedGroupsTest, Moves)
+{
+    struct Row {
+        const char* button;
+        int current;
+        const char* order;
+        int highlighted;
+    };
+    for (const Row& row : {Row{"MyUpDown(0)", 2, "ACB", 1}, Row{"MyUpDown(0)", 0, "ABC", 0},
+             Row{"MyUpDown(1)", 0, "BAC", 1}, Row{"MyUpDown(1)", 2, "ABC", 2}, Row{"MyUpDown(2)", 2, "CAB", 2},
+             Row{"MyUpDown(3)", 0, "BCA", 0}, Row{"MyUpDown(2)", -1, "ABC", -1}, Row{"MyUpDown(3)", -1, "ABC", -1}}) {
+        SCOPED_TRACE(std::string(row.button) + " on row " + std::to_string(row.current));
+        Start({"A", "B", "C"}, 1);
+        if (row.current >= 0)
+            ClickRow("lstSelectedGroups", row.current);
+        Click(row.button);
+        std::string order;
+        for (const std::string& name : RowsOf("lstSelectedGroups"))
+            order += name;
+        EXPECT_EQ(order, row.order);
+        EXPECT_EQ(CurrentRow("lstSelectedGroups"), row.highlighted);
+        EXPECT_EQ(HighlightedRows("lstSelectedGroups"),
+            row.highlighted < 0 ? std::vector<int>{} : std::vector<int>{row.highlighted});
+    }
+}
+
+TEST_F(SelectedGroupsTest, PointersAreSetAndReset)
+{
+    Start({"alt.a", "alt.b"}, 1);
+    const auto setPointer = [](int row, const char* typed, const char* button) {
+        std::string shown;
+        WhenUp("frmSetPointer", [&] {
+            shown = TextOf("frmSetPointer/Text2") + " " + TextOf("frmSetPointer/Text1");
+            TypeInto("frmSetPointer/Text1", typed);
+            Click(button);
+        });
+        ClickRow("lstSelectedGroups", row);
+        Click("Command4");
+        return shown;
+    };
+    Click("Command4");
+    Click("cmdResetGroup");
+    EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Error", "Tamarack"));
+
+    EXPECT_EQ(setPointer(0, "12", "cmdOk(1)"), "alt.a 0");
+    EXPECT_FALSE(fs::exists(PointerFile()));
+    EXPECT_EQ(setPointer(1, "70000.5 and more", "cmdOk(0)"), "alt.b 0");
+    EXPECT_EQ(setPointer(0, "-5", "cmdOk(0)"), "alt.a 0");
+    EXPECT_EQ(setPointer(0, "99999999999", "cmdOk(0)"), "alt.a -5");
+    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(70000, "alt.b") + PointerRecord(0, "alt.a"));
+
+    ClickRow("lstSelectedGroups", 1);
+    Click("cmdResetGroup");
+    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(0, "alt.b") + PointerRecord(0, "alt.a"));
+    EXPECT_EQ(CurrentRow("lstSelectedGroups"), -1);
+    EXPECT_THAT(HighlightedRows("lstSelectedGroups"), IsEmpty());
 }
 
 TEST_F(SelectedGroupsTest, FileAndList)
@@ -24,12 +178,9 @@ TEST_F(SelectedGroupsTest, FileAndList)
         std::vector<std::string> rows;
         const char* written; // at the end of the program
     };
-    for (const Row& row : {Row{"in its own order", "alt.kites\r\nalt.boats\r\nalt.kites\r\n",
-                               {"alt.kites", "alt.boats", "alt.kites"}, "alt.kites\r\nalt.boats\r\nalt.kites\r\n"},
-             Row{"bytes of another time", "alt.b\xFCro\r\n", {"alt.b\xC3\xBCro"}, "alt.b\xFCro\r\n"},
-             Row{"fields", "  a  ,b\r\n\r\nlast", {"a  ", "b", "", "last"}, "a\r\nb\r\nlast\r\n"},
-             Row{"quotation marks", "alt.a\r\n\"x\" y\r\n\"open\r\nx\"y\r\n", {"alt.a", "\"x\" y", "\"open", "x\"y"},
-                 "alt.a\r\n\"x\" y\r\n\"open\r\nx\"y\r\n"},
+    for (const Row& row : {Row{"bytes of another time", "alt.b\xFCro\r\n", {"alt.b\xC3\xBCro"}, "alt.b\xFCro\r\n"},
+             Row{"fields", "  b  ,a\r\n\r\n\"x\" y\r\n\"open\r\nlast", {"b  ", "a", "", "\"x\" y", "\"open", "last"},
+                 "b\r\na\r\n\"x\" y\r\n\"open\r\nlast\r\n"},
              Row{"empty", "", {}, ""}}) {
         SCOPED_TRACE(row.what);
         MakeFile(SelectedFile(), row.file);
@@ -52,7 +203,7 @@ TEST_F(SelectedGroupsTest, OnlyTheServerInUseAtTheEndIsWritten)
     EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 1"); // there was no file to count
     Click("Command1");
     EXPECT_EQ(ContentOf(SelectedFile()), "  alt.kites\r\n");
-    EXPECT_THAT(FilesBelow(ProgramFile("")), testing::Contains("#!@!.localhost"));
+    EXPECT_TRUE(fs::exists(SelectedFile("localhost")));
 }
 
 TEST_F(SelectedGroupsTest, WhatCannotBeReadIsKeptAndBelongsToItsServer)
@@ -90,7 +241,7 @@ TEST_F(SelectedGroupsTest, AServerChosenWhileTheGroupsOfAnotherCome)
     for (int i = 0; i < 500; ++i)
         many += "alt.many\r\n";
     MakeFile(SelectedFile(), "alt.kites\r\n");
-    MakeFile(ProgramFile("#!@!.localhost"), many);
+    MakeFile(SelectedFile("localhost"), many);
     for (const bool andBack : {false, true}) {
         SCOPED_TRACE(andBack);
         Start();
@@ -106,7 +257,6 @@ TEST_F(SelectedGroupsTest, AServerChosenWhileTheGroupsOfAnotherCome)
         user.start(0);
         ChooseEntry("cboNewsServer", "localhost");
         EXPECT_TRUE(Until([&] { return !user.isActive(); }));
-        EXPECT_EQ(TextOf("cboNewsServer"), andBack ? "localhost" : serverName);
         const std::size_t count = andBack ? 500 : 1;
         EXPECT_EQ(RowsOf("lstSelectedGroups").size(), count);
         EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: " + std::to_string(count));

@@ -1,4 +1,4 @@
-#include "PicturesTest.h"
+#include "tests/pictures/PicturesTest.h"
 #include "tests/shell/ProgramTest.h"
 
 #include "base/Files.h"

@@ -5,9 +5,12 @@
 #include <filesystem>
 
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 namespace {
+
+using namespace std::chrono_literals;
 
 class FindNowTest : public ProgramTest {
 protected:
@@ -19,7 +22,43 @@ protected:
             EXPECT_TRUE(IsEnabled(name)) << name;
         EXPECT_EQ(WindowNamed("frmTamarack")->cursor().shape(), busy ? Qt::BusyCursor : Qt::ArrowCursor);
     }
+
+    // Searches on a server that plays this script; the pointer of alt.kites stands on 5.
+    void SearchOn(const std::string& script, const std::function<void()>& atPause = {})
+    {
+        Forget(PointerRecord(5, "alt.kites"));
+        ScriptedServer server(script);
+        server.OnPause = [&](const std::string&) { atPause(); };
+        TypeInto("txtPort", std::to_string(server.Port()));
+        Search();
+        ASSERT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
+        ASSERT_TRUE(script.ends_with("X: wait-close\n")
+            || Until([] { return PanelText("StatusBar1", 1) == "Status: Disconnected"; }));
+    }
 };
+
+// "S:" lines of a script.
+std::string Said(const std::string& text)
+{
+    std::string lines;
+    for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1)
+        lines += "S: " + text.substr(at, text.find('\r', at) - at) + "\n";
+    return lines;
+}
+
+// A conversation, step by step, on a group whose pointer stands on 5.
+const std::string enter = "X: connect\nS: 200\nC: group alt.kites\n";
+const std::string entered = enter + "S: 211 9 1 9 alt.kites\nC: stat 5\n";
+const std::string placed = entered + "S: 223 5 <a>\nC: next\n";
+const std::string moved = placed + "S: 223 6 <b>\n";
+const std::string asked = moved + "C: head 6\n";
+const std::string toBody = "S: 221 6 <b>\nS: Path: a\nS: Subject: kite.jpg (1/1)\nS: .\nC: body 6\n";
+const std::string body = "S: 222 6 <b>\n" + Said(Uuencode("red", "kite.jpg")) + "S: .\n";
+const std::string stop = "X: pause stop\n";
+
+const std::string itsEnd = "X: wait-close\n"; // the search is over
+const std::string goesOn = "C: group alt.boats\nS: 411 no such group\nX: close\n"; // it is not
+const std::string noMore = "S: 421 no more\n" + goesOn;
 
 }
 
@@ -28,21 +67,14 @@ TEST_F(FindNowTest, WhatMustBeThere)
     const ScriptedServer server; // nobody is to connect
     Start({}, server.Port());
     Click("cmdFindNow");
-    ASSERT_THAT(desktop.BoxTitles(), ElementsAre("Select Groups"));
-    EXPECT_EQ(desktop.boxes[0].text,
-        "You have not selected any newsgroups yet.\r\nYou must first filter out the groups you\r\nwant then "
-        "double-click them from the\r\n'Filtered Groups' sub-tab.  Only groups in\r\nthe 'Selected Groups' sub-tab "
-        "will be scanned.");
+    EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Select Groups"));
     EXPECT_EQ(CurrentTab("SSTMain"), 2);
 
     Start({"alt.kites", "alt.boats"}, server.Port());
     ClickRow("lstSelectedGroups", 1);
     std::filesystem::remove_all(destination);
     ChooseMenu("mnuFindNow");
-    ASSERT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
-    EXPECT_EQ(desktop.boxes[0].text,
-        "The attachment directory you selected where \r\nfiles will be stored is no longer valid.  Please \r\nselect a "
-        "new one then try again.");
+    EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
     EXPECT_EQ(CurrentTab("SSTMain"), 0);
     EXPECT_EQ(CurrentRow("lstSelectedGroups"), 1);
     ExpectBusy(false);
@@ -103,4 +135,150 @@ TEST_F(FindNowTest, ExitInTheMiddle)
     Search();
     EXPECT_EQ(desktop.programEnds, 1);
     EXPECT_EQ(server.CommandCount("next"), 2U); // the connection was closed
+}
+
+TEST_F(FindNowTest, CaptionsInTheirOrder)
+{
+    SampleServer server(
+        {GroupOf("alt.kites", 1, {Uuencode("red", "kite.jpg"), "text\r\n"}), GroupOf("alt.boats", 7, {})});
+    Start({"alt.kites", "alt.none", "alt.boats"}, server.Port());
+    // Only the attachment that was stored is counted, and each search counts from 0.
+    for (const char* caption : {"Setting group pointers: 0", "Finished decoding 2 of 3 -- alt.kites"})
+        atCaption[caption] = [] { EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 0"); };
+    Search();
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 1");
+    EXPECT_THAT(captions,
+        ElementsAre("Entering group alt.kites", "Setting group pointers: 0", "Scanning 2 of 3 -- alt.kites",
+            "Getting 2 of 3 -- alt.kites", "Decoding 2 of 3 -- alt.kites", "Finished decoding 2 of 3 -- alt.kites",
+            "Scanning 3 of 3 -- alt.kites", "Getting 3 of 3 -- alt.kites", "Decoding 3 of 3 -- alt.kites",
+            "Finished decoding 3 of 3 -- alt.kites", "alt.kites -- No more new articles", "Entering group alt.none",
+            "Entering group alt.boats", "Setting group pointers: 0", "alt.boats -- No more new articles",
+            frmTamarack::idleCaption));
+    EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Invalid News Group"));
+    EXPECT_THAT(desktop.sleeps, ElementsAre(1500ms, 1500ms));
+    atCaption["Setting group pointers: 3"] = [] { EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 0"); };
+    Search();
+}
+
+TEST_F(FindNowTest, BeginsAtTheCurrentRow)
+{
+    const std::vector<std::string> groups = {"a", "b", "c", "d", "e"};
+    SampleServer server({});
+    Start(groups, server.Port());
+    for (const int row : {2, 0, 4}) {
+        ClickRow("lstSelectedGroups", row);
+        desktop.boxes.clear();
+        Search();
+        std::vector<std::string> entered;
+        for (const TestDesktop::Box& box : desktop.boxes)
+            entered.push_back(box.text.substr(box.text.find('\n') + 1));
+        EXPECT_THAT(entered, ElementsAreArray(groups.begin() + row, groups.end()));
+        EXPECT_EQ(CurrentRow("lstSelectedGroups"), row);
+    }
+}
+
+TEST_F(FindNowTest, WhereAStopIsSeenAndWhereItIsLost)
+{
+    struct Row {
+        const char* what;
+        bool allArticles;
+        std::string script;
+        bool stored;
+        const char* atCaption = nullptr; // asks for the stop in the yield behind this caption
+    };
+    const std::vector<Row> rows = {
+        {"group", false, enter + stop + itsEnd, false},
+        {"group refused", false, enter + "S: 502 no\n" + itsEnd, false},
+        {"stat", false, entered + stop + "C: stat 6\nS: 223 6 <b>\nC: next\n" + noMore, false},
+        {"stat refused", false, entered + "S: 502 no\nC: stat 6\nS: 223 6 <b>\nC: next\n" + noMore, false},
+        {"next", false, placed + stop + itsEnd, false},
+        {"next refused", false, placed + "S: 502 no\n" + itsEnd, false},
+        {"before the head", false, asked + toBody + body + "C: next\n" + noMore, true, "Scanning 6 of 9 -- alt.kites"},
+        {"before no head", true, moved + itsEnd, false, "Scanning 6 of 9 -- alt.kites"},
+        {"head", false, asked + stop + itsEnd, false},
+        {"head, half of it", false, asked + "S: 221 6 <b>\nS: kite.jpg 1/1\n" + stop + itsEnd, false},
+        {"head refused", false, asked + "S: 502 no\n" + itsEnd, false},
+        {"body", false, asked + toBody + stop + itsEnd, false},
+        {"body, half of it", false, asked + toBody + body.substr(0, body.size() - 5) + stop + itsEnd, false},
+        {"body refused", false, asked + toBody + "S: 502 no\n" + itsEnd, false},
+        {"storing", false, asked + toBody + body + itsEnd, true, "Finished decoding 6 of 9 -- alt.kites"},
+    };
+    Start({"alt.kites", "alt.boats"}, 1);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        Check(row.allArticles ? "chkAllArticles" : "chkSingleParts", true);
+        if (row.atCaption)
+            atCaption[row.atCaption] = [] { AtNextYield([] { Click("cmdStop"); }); };
+        SearchOn(row.script, [] { Click("cmdStop"); });
+        const bool ended = row.script.ends_with(itsEnd);
+        EXPECT_EQ(captions[captions.size() - 2] == "Entering group alt.boats", !ended);
+        EXPECT_EQ(testing::Value(captions, testing::Contains("Decoding 6 of 9 -- alt.kites")), row.stored);
+        EXPECT_EQ(FilesBelow(destination).size(), row.stored ? 1U : 0U);
+        EXPECT_EQ(PanelText("StatusBar1", 2), row.stored ? "Items: 1" : "Items: 0");
+        const bool wentOn = row.script.starts_with(moved);
+        EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(wentOn ? 6 : 5, "alt.kites"));
+    }
+}
+
+// What next answers counts, not what the group is said to hold: a last number without a blank behind it, or the two the
+// wrong way round.
+TEST_F(FindNowTest, ARangeThatIsWrongHidesNoArticle)
+{
+    Start({"alt.boats"}, 1);
+    for (const char* range : {"211 3 5 7", "211 3 7 5 alt.boats"}) {
+        SCOPED_TRACE(range);
+        SearchOn("S: 200\nC: group alt.boats\nS: " + std::string(range)
+            + "\nC: next\nS: 223 6 <b>\nC: head 6\nS: 221\nS: Path: a\nS: .\nC: next\nS: 421\nX: close\n");
+        EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(5, "alt.kites") + PointerRecord(6, "alt.boats"));
+    }
+}
+
+// 420 to next counts as a success, and would do so for ever.
+TEST_F(FindNowTest, AServerThatDoesNotMoveEndsTheGroup)
+{
+    Start({"alt.kites", "alt.boats"}, 1);
+    for (const std::string& script : {enter + "S: 211 0 10 9 alt.kites\nC: next\nS: 420 empty\n" + goesOn,
+             placed + "S: 420 none\nC: head 5\nS: 420 none\nC: next\nS: 420 none\n" + goesOn}) {
+        SCOPED_TRACE(script);
+        SearchOn(script);
+        EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(5, "alt.kites"));
+    }
+}
+
+TEST_F(FindNowTest, LostConnection)
+{
+    Start({"alt.kites", "alt.boats", "alt.cats"}, 1);
+    const auto lose = [](ScriptedServer& server) {
+        EXPECT_TRUE(Until([&] { return server.IsPaused(); }));
+        server.Continue();
+        EXPECT_TRUE(Until([] { return PanelText("StatusBar1", 1) == "Status: Disconnected"; }));
+    };
+    const std::vector<std::string> rest = {"alt.kites -- No more new articles", "Entering group alt.boats",
+        "Entering group alt.cats", std::string(frmTamarack::idleCaption)};
+    for (const bool insideGroup : {true, false}) {
+        SCOPED_TRACE(insideGroup);
+        Forget(PointerRecord(5, "alt.kites"));
+        ScriptedServer server((insideGroup ? moved : placed + "S: 421 no more\n") + "X: pause\nX: close\n");
+        TypeInto("txtPort", std::to_string(server.Port()));
+        if (insideGroup)
+            atCaption["Scanning 6 of 9 -- alt.kites"] = [&] { lose(server); };
+        desktop.whileAsleep = [&](std::chrono::milliseconds) {
+            if (!insideGroup)
+                lose(server);
+        };
+        Search();
+        EXPECT_EQ(server.FirstProblem(), "");
+        ASSERT_GE(captions.size(), 4U);
+        EXPECT_THAT(std::vector(captions.end() - 4, captions.end()), ElementsAreArray(rest));
+    }
+}
+
+// Rows that go during a search do not end it early: what lies behind the new end is a group without a name.
+TEST_F(FindNowTest, RowsRemovedDuringASearch)
+{
+    Start({"a", "b", "c", "d"}, 1);
+    SearchOn("S: 200\nC: group a\nX: pause\nS: 411 no\nC: group c\nS: 411 no\nC: group d\nS: 411 no\n"
+             "C~ group\\s\nS: 501 which?\nX: wait-close\n",
+        [] { DoubleClickRow("lstSelectedGroups", 0); });
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("b", "c", "d"));
 }

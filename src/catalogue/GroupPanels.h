@@ -2,7 +2,7 @@
 
 #include "forms/frmTamarack.h"
 
-// The panels that tell how many groups the lists hold.
+// The panels below the lists of groups: how many groups each holds, and what is being done.
 
 inline void ShowTotalCount(frmTamarack& MainForm, int count)
 {
@@ -18,6 +18,8 @@ inline void ShowSelectedCount(frmTamarack& MainForm)
 {
     MainForm.StatusBar2.Panels(3).SetText("Selected: " + std::to_string(MainForm.lstSelectedGroups.ListCount()));
 }
+
+inline void ShowActivity(frmTamarack& MainForm, std::string_view text) { MainForm.StatusBar2.Panels(4).SetText(text); }
 
 // Empties all three lists, as for a server that is new or gone.
 inline void ClearGroupLists(frmTamarack& MainForm)

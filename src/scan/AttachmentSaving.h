@@ -12,35 +12,36 @@
 struct ArticleInHand {
     std::int32_t number;
     std::int32_t lastInGroup;
+    const std::string& group;
 
     // Such as "Getting 7002 of 7055 -- alt.kites".
-    std::string Caption(std::string_view doing, const std::string& group) const;
+    std::string Caption(std::string_view doing) const;
 };
 
-enum class AfterStoring { GoOn, GroupLimitReached };
+enum class AfterSaving { GoOn, GroupLimitReached };
 
-// The way from a body to a stored file: through a temporary file and the decoder into the destination directory or the
+// The way from a body to a saved file: through a temporary file and the decoder into the destination directory or the
 // group's sub directory. A step that fails is skipped; no failure is shown, and none ends the run.
-class AttachmentStoring {
+class AttachmentSaving {
 public:
     // `lock` notes the body that is in hand, so that it can be removed after a kill.
-    AttachmentStoring(
+    AttachmentSaving(
         frmTamarack& mainForm, NewsSession& session, PreviewStrip& previews, Viewer& viewer, LockFile& lock);
 
-    // A search begins: what programs that were killed have left in the destination goes.
+    // A search begins, of which nothing is saved yet: what programs that were killed have left in the destination goes.
     void Begin();
 
-    // Decodes and stores what the body holds, shows and counts it, and tests the limits. The limit of the whole run
+    // Decodes and saves what the body holds, shows and counts it, and tests the limits. The limit of the whole run
     // sets StopFlag.
-    AfterStoring Store(const ArticleInHand& article, const std::string& body);
+    AfterSaving Save(const ArticleInHand& article, const std::string& body);
 
-    // The program ends, perhaps in the middle of Store: what is decoded goes to its place, and the body goes.
+    // The program ends, perhaps in the middle of Save: what is decoded goes to its place, and the body goes.
     void End();
 
-    // Where the program's own files lie. They are no group's directories, since what is stored there replaces files.
+    // Where the program's own files lie. They are no group's directories, since what is saved there replaces files.
     std::vector<std::string> OwnDirectories;
 
-    std::int32_t TotalCount = 0; // attachments stored in this run
+    std::int32_t TotalCount = 0; // attachments saved in this run
     std::int32_t GroupCount = 0; // and from the current group
 
 private:
@@ -51,6 +52,7 @@ private:
     bool IsNew(const std::string& name) const;
     bool MakeGroupDirectory(const std::string& directory) const;
     void Show();
+    void ShowTotal();
 
     frmTamarack& MainForm;
     NewsSession& Session;
@@ -60,6 +62,6 @@ private:
 
     std::string destination; // for the article in hand
     std::string temporaryFile; // its body, empty while there is none
-    std::string imageFile; // the full path of its stored attachment, of the first if there are several
+    std::string imageFile; // the full path of its saved attachment, of the first if there are several
     bool hasItsPlace = true; // the attachment, by now
 };

@@ -1,4 +1,4 @@
-#include "scan/AttachmentStoring.h"
+#include "scan/AttachmentSaving.h"
 
 #include "base/Characters.h"
 #include "base/Text.h"
@@ -38,14 +38,14 @@ bool IsBodyName(std::string_view name)
 
 }
 
-std::string ArticleInHand::Caption(std::string_view doing, const std::string& group) const
+std::string ArticleInHand::Caption(std::string_view doing) const
 {
     std::string caption(doing);
     caption.append(std::to_string(number)).append(" of ").append(std::to_string(lastInGroup));
     return caption.append(" -- ").append(group);
 }
 
-AttachmentStoring::AttachmentStoring(
+AttachmentSaving::AttachmentSaving(
     frmTamarack& mainForm, NewsSession& session, PreviewStrip& newPreviews, Viewer& newViewer, LockFile& newLock)
     : MainForm(mainForm)
     , Session(session)
@@ -55,7 +55,7 @@ AttachmentStoring::AttachmentStoring(
 {
 }
 
-void AttachmentStoring::Begin()
+void AttachmentSaving::Begin()
 {
     TotalCount = 0;
     RemoveRemains(MainForm.txtSelectDir.Text());
@@ -67,16 +67,17 @@ void AttachmentStoring::Begin()
         (void)DeleteFile(left);
         lock.SetNote("");
     }
+    ShowTotal();
 }
 
-void AttachmentStoring::End()
+void AttachmentSaving::End()
 {
     MoveToItsPlace();
     if (!temporaryFile.empty())
         DeleteTemporaryFile();
 }
 
-AfterStoring AttachmentStoring::Store(const ArticleInHand& article, const std::string& body)
+AfterSaving AttachmentSaving::Save(const ArticleInHand& article, const std::string& body)
 {
     Screen::SetMousePointer(MousePointer::Hourglass);
     DoEvents();
@@ -90,37 +91,37 @@ AfterStoring AttachmentStoring::Store(const ArticleInHand& article, const std::s
         ++TotalCount;
         if (Val(MainForm.txtLimitPictures.Text()) <= GroupCount && MainForm.chkLimitPictures.Value() == 1) {
             DeleteTemporaryFile();
-            return AfterStoring::GroupLimitReached;
+            return AfterSaving::GroupLimitReached;
         }
         if (Val(MainForm.txtMaxToDownload.Text()) <= TotalCount && MainForm.chkMaximumFiles.Value() == 1)
             Session.StopFlag = true;
-        MainForm.StatusBar1.Panels(2).SetText("Items: " + std::to_string(TotalCount));
+        ShowTotal();
     }
     DeleteTemporaryFile();
-    return AfterStoring::GoOn;
+    return AfterSaving::GoOn;
 }
 
-void AttachmentStoring::Decode(const ArticleInHand& article, const std::string& body)
+void AttachmentSaving::Decode(const ArticleInHand& article, const std::string& body)
 {
-    MainForm.SetCaption(article.Caption("Decoding ", Session.CurrentGroup));
+    MainForm.SetCaption(article.Caption("Decoding "));
     lock.SetNote(temporaryFile);
     // What could not be written is for the decoder to judge.
     (void)WriteFile(temporaryFile, body, "\r\n");
     MainForm.UU.SetDecodeFilename(temporaryFile);
     hasItsPlace = MainForm.UU.DecodeStatus() <= 0;
     Screen::SetMousePointer(MousePointer::Default);
-    MainForm.SetCaption(article.Caption("Finished decoding ", Session.CurrentGroup));
+    MainForm.SetCaption(article.Caption("Finished decoding "));
     DoEvents();
 }
 
-void AttachmentStoring::DeleteTemporaryFile()
+void AttachmentSaving::DeleteTemporaryFile()
 {
     (void)DeleteFile(temporaryFile);
     temporaryFile.clear();
     lock.SetNote("");
 }
 
-void AttachmentStoring::MoveToItsPlace()
+void AttachmentSaving::MoveToItsPlace()
 {
     if (std::exchange(hasItsPlace, true))
         return;
@@ -143,7 +144,7 @@ void AttachmentStoring::MoveToItsPlace()
 
 // An attachment of the group's own name stands where the directory is to be. The name that it has for a moment is one
 // that it can keep, should the program be killed. "" if there is none.
-std::string AttachmentStoring::MoveAside(const std::string& name) const
+std::string AttachmentSaving::MoveAside(const std::string& name) const
 {
     constexpr std::size_t mostTries = 1000;
     for (std::size_t number = 2; number < mostTries; ++number) {
@@ -155,7 +156,7 @@ std::string AttachmentStoring::MoveAside(const std::string& name) const
 }
 
 // Did this decode make the file?
-bool AttachmentStoring::IsNew(const std::string& name) const
+bool AttachmentSaving::IsNew(const std::string& name) const
 {
     const auto holds = [&name](const std::vector<std::string>& names) {
         return std::find(names.begin(), names.end(), name) != names.end();
@@ -165,14 +166,14 @@ bool AttachmentStoring::IsNew(const std::string& name) const
 
 // False if the path that leads to it does not exist, or if it is none of a group's. Any other failure shows when the
 // file is moved.
-bool AttachmentStoring::MakeGroupDirectory(const std::string& directory) const
+bool AttachmentSaving::MakeGroupDirectory(const std::string& directory) const
 {
     return MakeDirectory(directory) != std::errc::no_such_file_or_directory
         && std::none_of(OwnDirectories.begin(), OwnDirectories.end(),
             [&directory](const std::string& own) { return SameFile(directory, own); });
 }
 
-void AttachmentStoring::Show()
+void AttachmentSaving::Show()
 {
     if (!viewer.ViewerAutoUpdate() && !MainForm.mnuInteractiveDownload.Checked())
         return;
@@ -185,3 +186,5 @@ void AttachmentStoring::Show()
     if (viewer.ViewerAutoUpdate())
         viewer.cmdViewCurrent_Click();
 }
+
+void AttachmentSaving::ShowTotal() { MainForm.StatusBar1.Panels(2).SetText("Items: " + std::to_string(TotalCount)); }
