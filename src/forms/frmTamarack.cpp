@@ -1,6 +1,5 @@
 #include "forms/frmTamarack.h"
 
-
 const std::string_view frmTamarack::idleCaption = "Tamarack -- " TAMARACK_HOMEPAGE;
 
 frmTamarack::frmTamarack()
