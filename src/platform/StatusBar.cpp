@@ -41,7 +41,8 @@ private:
 class StatusPanel::Field : public QLabel {
 public:
     Field(Row& ownerRow, const StatusPanelDesign& design)
-        : takesRest(design.takesRest)
+        : QLabel(&ownerRow)
+        , takesRest(design.takesRest)
         , row(ownerRow)
         , longest{ToDisplay(design.longest)}
     {
