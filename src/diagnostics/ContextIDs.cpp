@@ -22,12 +22,7 @@ ContextIDs::~ContextIDs() { Form::HelpKey = nullptr; }
 void ContextIDs::HelpInit(const std::string& directory)
 {
     HelpFile = WithSeparator(directory) + helpFileName;
-    Form::HelpKey = [this](int topic) {
-        if (topic != 0)
-            HelpContext(topic);
-        else
-            HelpContents();
-    };
+    Form::HelpKey = [this](int topic) { HelpContext(topic); };
 }
 
 void ContextIDs::HelpContext(int number)
@@ -42,18 +37,15 @@ void ContextIDs::HelpContext(int number)
 
 void ContextIDs::HelpContents()
 {
-    if (!Show())
-        return;
-    form->Pages.ShowContents();
+    if (Show())
+        form->Pages.ShowContents();
 }
 
 // A message box may stand over the window, and still wait further down for its answer, so that the window has to stay.
 void ContextIDs::HelpQuit()
 {
-    if (!form)
-        return;
-    form->SetVisible(false);
-    form->Pages.Close();
+    if (form)
+        form->SetVisible(false);
 }
 
 // Each opening of the window reads the file anew, since it may have been put right.
@@ -70,7 +62,6 @@ bool ContextIDs::Show()
                 "Help");
             return false;
         }
-        found.clear();
         form->lstFound.Clear();
         form->lstFound.SetVisible(false);
         form->txtSearch.SetText("");
@@ -87,7 +78,7 @@ void ContextIDs::Bind()
     form->cmdBack.Click = [this] { form->Pages.GoBack(); };
     form->cmdSearch.Click = [this] { cmdSearch_Click(); };
     form->cmdClose.Click = [this] { form->SetVisible(false); };
-    form->lstFound.Click = [this] { lstFound_Click(); };
+    form->lstFound.Click = [this] { form->Pages.Show(form->lstFound.List(form->lstFound.ListIndex())); };
     form->Pages.PageChange = [this] { form->lblTopic.SetCaption(HelpFile); };
 }
 
@@ -110,19 +101,11 @@ void ContextIDs::Form_Resize()
 void ContextIDs::cmdSearch_Click()
 {
     const std::string text = form->txtSearch.Text();
+    std::vector<std::string> titles = form->Pages.Search(text);
+    if (titles.empty())
+        titles.push_back("No page holds \"" + text + "\".");
     form->lstFound.Clear();
-    found = form->Pages.Search(text);
-    for (const HelpPages::Page& page : found)
-        form->lstFound.AddItem(page.title);
-    if (found.empty())
-        form->lstFound.AddItem("No page holds \"" + text + "\".");
+    form->lstFound.AddItems(titles);
     form->lstFound.SetVisible(true);
     Form_Resize();
-}
-
-void ContextIDs::lstFound_Click()
-{
-    const int row = form->lstFound.ListIndex();
-    if (row >= 0 && row < static_cast<int>(found.size()))
-        form->Pages.Show(found[static_cast<std::size_t>(row)]);
 }

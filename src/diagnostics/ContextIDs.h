@@ -1,11 +1,9 @@
 #pragma once
 
 #include "platform/Desktop.h"
-#include "platform/HelpPages.h"
 
 #include <memory>
 #include <string>
-#include <vector>
 
 struct frmHelp;
 
@@ -20,7 +18,8 @@ public:
     // Takes the directory of the help file, and answers the F1 key from now on.
     void HelpInit(const std::string& directory);
 
-    // Opens the help at a topic, or at its contents. A help file that cannot be opened is told in a message box.
+    // Opens the help at a topic, or at its contents, also for a number that is no topic. A help file that cannot be
+    // opened is told in a message box.
     void HelpContext(int number);
     void HelpContents();
 
@@ -32,10 +31,8 @@ private:
     void Bind();
     void Form_Resize();
     void cmdSearch_Click();
-    void lstFound_Click();
 
     Desktop& desktop;
     std::string HelpFile;
     std::unique_ptr<frmHelp> form;
-    std::vector<HelpPages::Page> found; // the rows of lstFound
 };

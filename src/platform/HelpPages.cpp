@@ -3,154 +3,134 @@
 #include "platform/DisplayText.h"
 
 #include <QFile>
-#include <QHelpContentWidget>
-#include <QHelpEngine>
-#include <QHelpLink>
+#include <QKeyEvent>
+#include <QListWidget>
 #include <QSplitter>
-#include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QTextDocument>
 
 namespace {
 
-// Links lead to other pages of the help file and nowhere else.
-class PageBrowser : public QTextBrowser {
+class Contents : public QListWidget {
 public:
-    explicit PageBrowser(QWidget* parent)
-        : QTextBrowser(parent)
-    {
-    }
-
-    QHelpEngineCore* engine = nullptr;
+    using QListWidget::QListWidget;
 
 protected:
-    QVariant loadResource(int, const QUrl& url) override
+    // Enter opens a page, and goes no further: not to the window's button, too.
+    void keyPressEvent(QKeyEvent* event) override
     {
-        return engine != nullptr ? engine->fileData(engine->findFile(url)) : QVariant();
-    }
-
-    void doSetSource(const QUrl& url, QTextDocument::ResourceType type) override
-    {
-        if (engine != nullptr && engine->findFile(url).isValid())
-            QTextBrowser::doSetSource(url, type);
+        QListWidget::keyPressEvent(event);
+        event->setAccepted(event->isAccepted() || event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter);
     }
 };
 
 }
 
-// The engine keeps what it knows of a help file in a file of its own, which nobody needs a second time.
-struct HelpPages::Parts {
-    explicit Parts(QWidget* splitter)
-        : browser(new PageBrowser(splitter))
+// Links lead to other pages of the help file and nowhere else.
+class HelpPages::Browser : public QTextBrowser {
+public:
+    using QTextBrowser::QTextBrowser;
+
+    int RowOf(const QUrl& address) const { return static_cast<int>(names.indexOf(address.fileName())); }
+    void Show(int row, const QString& anchor = {}) { setSource(QUrl("help:/" + names.at(row) + anchor)); }
+
+    // By the rows of the contents.
+    QStringList names, pages, texts;
+
+protected:
+    // Empty for what is not in the file, but not null, with which the toolkit would look for it on the disk.
+    QVariant loadResource(int, const QUrl& address) override { return pages.value(RowOf(address)); }
+
+    void doSetSource(const QUrl& address, QTextDocument::ResourceType type) override
     {
-        browser->setObjectName(QStringLiteral("page"));
-        browser->setAccessibleName(QStringLiteral("Help page"));
-        // The usual blue of links cannot be read on a dark ground.
-        const QPalette palette = browser->palette();
-        if (palette.color(QPalette::Base).lightness() < 128)
-            browser->document()->setDefaultStyleSheet(
-                QStringLiteral("a { color: %1 }").arg(palette.color(QPalette::Highlight).lighter(150).name()));
+        if (RowOf(address) >= 0)
+            QTextBrowser::doSetSource(address, type);
     }
-    ~Parts() { Close(); }
-
-    void Close()
-    {
-        browser->engine = nullptr;
-        delete contents;
-        contents = nullptr;
-        engine.reset();
-        folder.reset();
-    }
-
-    // In the table of contents.
-    void MarkPage(const QUrl& page) { contents->setCurrentIndex(contents->indexOf(page)); }
-
-    std::unique_ptr<QTemporaryDir> folder;
-    std::unique_ptr<QHelpEngine> engine;
-    QString space;
-    QHelpContentWidget* contents = nullptr;
-    PageBrowser* browser;
 };
 
 HelpPages::HelpPages(Container& container, std::string_view name, const Place& place)
     : Control(container, new QSplitter, name, place)
-    , parts(std::make_unique<Parts>(widget))
+    , contents(new Contents(widget))
+    , browser(new Browser(widget))
 {
-    QObject::connect(parts->browser, &QTextBrowser::sourceChanged, widget, [this](const QUrl& page) {
-        parts->MarkPage(page);
+    contents->setObjectName(QStringLiteral("contents"));
+    contents->setAccessibleName(QStringLiteral("Contents"));
+    browser->setObjectName(QStringLiteral("page"));
+    browser->setAccessibleName(QStringLiteral("Help page"));
+    static_cast<QSplitter*>(widget)->setSizes({widget->width() * 2 / 5, widget->width() * 3 / 5});
+    // The usual blue of links cannot be read on a dark ground.
+    const QPalette palette = browser->palette();
+    if (palette.color(QPalette::Base).lightness() < 128)
+        browser->document()->setDefaultStyleSheet(
+            QStringLiteral("a { color: %1 }").arg(palette.color(QPalette::Highlight).lighter(150).name()));
+    const auto show = [this](const QListWidgetItem* item) { browser->Show(contents->row(item)); };
+    QObject::connect(contents, &QListWidget::itemActivated, browser, show);
+    QObject::connect(contents, &QListWidget::itemClicked, browser, show);
+    QObject::connect(browser, &QTextBrowser::sourceChanged, contents, [this](const QUrl& address) {
+        contents->setCurrentRow(browser->RowOf(address));
         Raise(PageChange);
     });
 }
 
-HelpPages::~HelpPages() = default;
-
+// A help file is its pages in the order of the contents, each behind a line with its name:
+//
+//     <!-- page first-search.html -->
+//
+// An element whose id is a "t" and a number is the topic of that number.
 bool HelpPages::Open(const std::string& helpFile)
 {
-    const QString file = QFile::decodeName(helpFile.c_str());
-    const QString space = QHelpEngineCore::namespaceName(file);
-    auto folder = std::make_unique<QTemporaryDir>();
-    if (space.isEmpty() || !folder->isValid())
+    QFile file(QFile::decodeName(helpFile.c_str()));
+    if (!file.open(QIODevice::ReadOnly))
         return false;
-    auto engine = std::make_unique<QHelpEngine>(folder->filePath(QStringLiteral("known.qhc")));
-    engine->setReadOnly(false);
-    if (!engine->setupData() || !engine->registerDocumentation(file))
+    const QString content = QString::fromUtf8(file.readAll());
+    const QStringList parts = content.split(QStringLiteral("<!-- page "));
+    if (!parts.front().isEmpty() || !content.endsWith(QStringLiteral("</html>\n")))
         return false;
-    parts->Close();
-    parts->space = space;
-    parts->browser->engine = engine.get();
-    parts->contents = engine->contentWidget();
-    parts->contents->setObjectName(QStringLiteral("contents"));
-    parts->contents->setAccessibleName(QStringLiteral("Contents"));
-    parts->contents->setHeaderHidden(true);
-    auto* splitter = static_cast<QSplitter*>(widget);
-    splitter->insertWidget(0, parts->contents);
-    splitter->setSizes({splitter->width() * 2 / 5, splitter->width() * 3 / 5});
-    QObject::connect(parts->contents, &QHelpContentWidget::linkActivated, parts->browser,
-        [browser = parts->browser](const QUrl& url) { browser->setSource(url); });
-    QObject::connect(parts->contents, &QHelpContentWidget::clicked, parts->browser,
-        [browser = parts->browser, model = engine->contentModel()](const QModelIndex& index) {
-            if (const QHelpContentItem* item = model->contentItemAt(index))
-                browser->setSource(item->url());
-        });
-    QObject::connect(engine->contentModel(), &QHelpContentModel::contentsCreated, parts->contents, [this] {
-        parts->contents->expandAll();
-        parts->MarkPage(parts->browser->source());
-    });
-    engine->contentModel()->createContents(QString());
-    parts->engine = std::move(engine);
-    parts->folder = std::move(folder);
+    contents->clear();
+    for (QStringList* list : {&browser->names, &browser->pages, &browser->texts})
+        list->clear();
+    for (const QString& part : parts.mid(1)) {
+        browser->names += part.section(' ', 0, 0);
+        browser->pages += part.section('\n', 1);
+        QTextDocument document(browser);
+        document.setHtml(browser->pages.back());
+        browser->texts += document.toPlainText();
+        contents->addItem(document.metaInformation(QTextDocument::DocumentTitle));
+    }
+    browser->reload();
     return true;
 }
-
-void HelpPages::Close() { parts->Close(); }
 
 bool HelpPages::ShowTopic(int number)
 {
-    const QList<QHelpLink> found = parts->engine->documentsForIdentifier(QString::number(number));
-    if (found.isEmpty())
-        return false;
-    parts->browser->setSource(found.front().url);
-    return true;
-}
-
-void HelpPages::ShowContents()
-{
-    parts->browser->setSource(QUrl(QStringLiteral("qthelp://%1/help/index.html").arg(parts->space)));
-}
-
-void HelpPages::GoBack() { parts->browser->backward(); }
-
-std::vector<HelpPages::Page> HelpPages::Search(std::string_view text) const
-{
-    std::vector<Page> pages;
-    for (const QUrl& url : parts->engine->files(parts->space, QString(), QStringLiteral("html"))) {
-        QTextDocument page;
-        page.setHtml(QString::fromUtf8(parts->engine->fileData(url)));
-        if (page.toPlainText().contains(ToDisplay(text), Qt::CaseInsensitive))
-            pages.push_back(
-                {FromDisplay(page.metaInformation(QTextDocument::DocumentTitle)), url.toString().toStdString()});
+    const QString id = QStringLiteral(" id=\"t%1\"").arg(number);
+    for (int row = 0; row < contents->count(); ++row) {
+        if (browser->pages.at(row).contains(id)) {
+            // The topic of a whole page shows it from its edge.
+            const bool isWhole = browser->pages.at(row).contains("<h1" + id);
+            browser->Show(row, isWhole ? QString() : QStringLiteral("#t%1").arg(number));
+            return true;
+        }
     }
-    return pages;
+    return false;
 }
 
-void HelpPages::Show(const Page& page) { parts->browser->setSource(QUrl(QString::fromStdString(page.address))); }
+void HelpPages::ShowContents() { browser->Show(0); }
+
+void HelpPages::GoBack() { browser->backward(); }
+
+std::vector<std::string> HelpPages::Search(std::string_view text) const
+{
+    std::vector<std::string> titles;
+    for (int row = 0; row < contents->count(); ++row) {
+        if (browser->texts.at(row).contains(ToDisplay(text), Qt::CaseInsensitive))
+            titles.push_back(FromDisplay(contents->item(row)->text()));
+    }
+    return titles;
+}
+
+void HelpPages::Show(std::string_view title)
+{
+    for (const QListWidgetItem* item : contents->findItems(ToDisplay(title), Qt::MatchExactly))
+        browser->Show(contents->row(item));
+}

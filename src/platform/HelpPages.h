@@ -2,24 +2,21 @@
 
 #include "platform/Control.h"
 
-#include <memory>
 #include <string>
 #include <vector>
 
-// The pages of a compressed help file (Qt Help's format), with their table of contents beside them, which marks the
-// one that is shown. It shows nothing but what is in the file.
+class QListWidget;
+
+// The pages of a help file, one at a time, and a list of them at the left, which marks the one that is shown. It shows
+// nothing but what is in the file.
 class HelpPages : public Control {
 public:
     HelpPages(Container& container, std::string_view name, const Place& place);
-    ~HelpPages();
 
-    // False if the file is missing or is no help file; nothing is shown then.
+    // Reads the file. False, and no change, if it is missing, cut short or no help file.
     [[nodiscard]] bool Open(const std::string& helpFile);
 
-    // Lets go of the help file, and of what has been noted of it on disk. Only Open may follow.
-    void Close();
-
-    // The page that has this number for its identifier. False, and no change, if there is none.
+    // The place that has this number. False, and no change, if there is none.
     [[nodiscard]] bool ShowTopic(int number);
 
     // The first page.
@@ -28,20 +25,19 @@ public:
     // The page that was shown before this one.
     void GoBack();
 
-    struct Page {
-        std::string title;
-        std::string address;
-    };
+    // The titles of the pages that hold this text, letters of either case.
+    std::vector<std::string> Search(std::string_view text) const;
 
-    // The pages that hold this text, letters of either case.
-    std::vector<Page> Search(std::string_view text) const;
-    void Show(const Page& page);
+    // The page of this title. No change if there is none.
+    void Show(std::string_view title);
 
     // Another page is shown, by whatever way.
     std::function<void()> PageChange;
 
 private:
-    struct Parts;
+    class Browser;
 
-    std::unique_ptr<Parts> parts;
+    // Both owned by the widget.
+    QListWidget* const contents;
+    Browser* const browser;
 };

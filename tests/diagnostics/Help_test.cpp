@@ -1,22 +1,22 @@
 #include "tests/shell/ProgramTest.h"
 
+#include <QImage>
 #include <QLabel>
+#include <QListView>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTest>
 #include <QTextBrowser>
 #include <QTimer>
-#include <QTreeView>
 #include <filesystem>
-#include <utility>
 
-using testing::EndsWith;
 using testing::HasSubstr;
 
 namespace {
 
 class HelpTest : public ProgramTest {
 protected:
-    // Gives a control the focus and presses F1; the label of the help then tells the topic.
+    // Gives a control the focus and presses F1.
     static std::string TopicOf(const char* control)
     {
         QWidget& widget = Find<QWidget>(std::string("frmTamarack/") + control);
@@ -29,19 +29,24 @@ protected:
         widget.setEnabled(true);
         widget.setFocus();
         QTest::keyClick(&widget, Qt::Key_F1);
-        const std::string label = TextOf("frmHelp/lblTopic");
-        return label.substr(label.find("Tamarack.hlp"));
+        return Shown();
     }
 
-    // What F1 shows wherever the focus is in a window, and "" if the help stays away.
+    // What F1 shows wherever the focus is in a window.
     static std::string TopicIn(const char* window)
     {
         QWidget& shown = *WindowNamed(window);
         QTest::keyClick(shown.focusWidget() != nullptr ? shown.focusWidget() : &shown, Qt::Key_F1);
+        return Shown();
+    }
+
+    // The page's title and, as the label of the help tells it, the topic's number; "" if the help stays away.
+    static std::string Shown()
+    {
         if (!IsVisible("frmHelp"))
             return {};
         const std::string label = TextOf("frmHelp/lblTopic");
-        return Page() + label.substr(label.find("Tamarack.hlp") + 12);
+        return Find<QTextBrowser>("page").documentTitle().toStdString() + label.substr(label.find("Tamarack.hlp") + 12);
     }
 
     // Through the window system, which withholds a click from a window that a modal one blocks.
@@ -51,8 +56,6 @@ protected:
         const QWidget& window = *widget.window();
         QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, widget.mapTo(&window, widget.rect().center()));
     }
-
-    static std::string Page() { return Find<QTextBrowser>("page").documentTitle().toStdString(); }
 };
 
 }
@@ -61,63 +64,65 @@ TEST_F(HelpTest, EachControlHasItsTopic)
 {
     Start();
     ChooseMenu("mnuHelpTopics");
-    EXPECT_TRUE(IsVisible("frmHelp"));
-    EXPECT_EQ(Page(), "What Tamarack does");
+    EXPECT_EQ(Shown(), "What Tamarack does");
     struct Row {
         const char* topic;
         std::vector<const char*> controls;
-        const char* page;
     };
-    const char* const groups = "News Groups";
-    for (const Row& row : {Row{"140", {"txtNamed"}, "Name & Location"}, Row{"150", {"chkGIFFiles"}, "Name & Location"},
-             Row{"160", {"cmdSelectDir"}, "Name & Location"}, Row{"260", {"cboNewsServer"}, "Server Setup"},
-             Row{"270", {"txtPort"}, "Server Setup"}, Row{"280", {"chkUserName"}, "Server Setup"},
-             Row{"290", {"txtUserName"}, "Server Setup"}, Row{"300", {"txtPassword"}, "Server Setup"},
-             Row{"330", {"cmdRefresh", "cmdRefreshDisk"}, groups}, Row{"340", {"lstAllGroups"}, groups},
-             Row{"380", {"lstFilteredGroups"}, groups}, Row{"400", {"lstSelectedGroups"}, groups},
-             Row{"430", {"Command1"}, "Find Now, Stop Action, Exit"},
-             Row{"440", {"cmdFindNow"}, "Find Now, Stop Action, Exit"},
-             Row{"500", {"cboSizeIs", "txtKB", "SpinButton1"}, "Advanced Filtering"},
-             Row{"510", {"chkLimitPictures", "txtLimitPictures", "udLimitPictures"}, "Advanced Filtering"},
-             Row{"520", {"chkMaximumFiles", "txtMaxToDownload", "udMaxToDownload"}, "Advanced Filtering"},
-             Row{"540", {"cmdDeleteServer"}, "Server Setup"}, Row{"550", {"cmdAddNewsServer"}, "Server Setup"},
-             Row{"560", {"txtManual", "txtNewsGroups"}, groups}, Row{"570", {"cmdAndFilter"}, groups},
-             Row{"580", {"cmdOrFilter"}, groups}, Row{"590", {"cmdSavePicks"}, groups},
-             Row{"600", {"Command3", "cmdClearAll", "MyUpDown(0)", "MyUpDown(3)"}, groups},
-             Row{"610", {"Command4", "cmdResetGroup", "cmdClearSelected"}, groups}}) {
-        for (const char* control : row.controls) {
-            EXPECT_EQ(TopicOf(control), std::string("Tamarack.hlp  ") + row.topic) << control;
-            EXPECT_EQ(Page(), row.page) << control;
-        }
+    for (const Row& row : {Row{"Name & Location  140", {"txtNamed"}}, Row{"Name & Location  150", {"chkGIFFiles"}},
+             Row{"Name & Location  160", {"cmdSelectDir"}}, Row{"Server Setup  260", {"cboNewsServer"}},
+             Row{"Server Setup  270", {"txtPort"}}, Row{"Server Setup  280", {"chkUserName"}},
+             Row{"Server Setup  290", {"txtUserName"}}, Row{"Server Setup  300", {"txtPassword"}},
+             Row{"News Groups  330", {"cmdRefresh", "cmdRefreshDisk"}}, Row{"News Groups  340", {"lstAllGroups"}},
+             Row{"News Groups  380", {"lstFilteredGroups"}}, Row{"News Groups  400", {"lstSelectedGroups"}},
+             Row{"Find Now, Stop Action, Exit  430", {"Command1"}},
+             Row{"Find Now, Stop Action, Exit  440", {"cmdFindNow"}},
+             Row{"Advanced Filtering  500", {"cboSizeIs", "txtKB", "SpinButton1"}},
+             Row{"Advanced Filtering  510", {"chkLimitPictures", "txtLimitPictures", "udLimitPictures"}},
+             Row{"Advanced Filtering  520", {"chkMaximumFiles", "txtMaxToDownload", "udMaxToDownload"}},
+             Row{"Server Setup  540", {"cmdDeleteServer"}}, Row{"Server Setup  550", {"cmdAddNewsServer"}},
+             Row{"News Groups  560", {"txtManual", "txtNewsGroups"}}, Row{"News Groups  570", {"cmdAndFilter"}},
+             Row{"News Groups  580", {"cmdOrFilter"}}, Row{"News Groups  590", {"cmdSavePicks"}},
+             Row{"News Groups  600", {"Command3", "cmdClearAll", "MyUpDown(0)", "MyUpDown(3)"}},
+             Row{"News Groups  610", {"Command4", "cmdResetGroup", "cmdClearSelected"}},
+             // Where a control has no topic of its own.
+             Row{"Name & Location  1010", {"chkGroupSubDir"}}, Row{"Advanced Filtering  1020", {"chkAllArticles"}},
+             Row{"Server Setup  1030", {"lblUserName"}}, Row{"News Groups  1040", {"StatusBar2"}},
+             Row{"News Groups  1042", {"lblNewsGroups"}}, Row{"News Groups  1043", {"chkAutoLoad"}},
+             Row{"What Tamarack does", {"cmdStop"}}}) {
+        for (const char* control : row.controls)
+            EXPECT_EQ(TopicOf(control), row.topic) << control;
     }
-    EXPECT_EQ(TopicOf("cmdStop"), "Tamarack.hlp");
-    EXPECT_EQ(Page(), "What Tamarack does");
 
     ChooseMenu("mnuSlideShow");
     ChooseMenu("mnuTips");
-    EXPECT_THAT(TextOf("frmHelp/lblTopic"), EndsWith("Tamarack.hlp  1180"));
-    EXPECT_EQ(Page(), "The slide show");
+    EXPECT_EQ(Shown(), "The slide show  1180");
     EXPECT_EQ(TopicIn("frmSlideShow"), "The slide show  1070");
     Click("cmdBack");
-    EXPECT_EQ(Page(), "The slide show");
+    EXPECT_EQ(Shown(), "The slide show");
     Click("cmdBack");
-    EXPECT_EQ(Page(), "What Tamarack does");
-    EXPECT_THAT(TextOf("frmHelp/lblTopic"), EndsWith("Tamarack.hlp"));
+    EXPECT_EQ(Shown(), "What Tamarack does");
     TypeInto("txtSearch", "RETENTION");
     Click("cmdSearch");
     EXPECT_THAT(RowsOf("lstFound"), testing::ElementsAre("How to find a news server"));
     TypeInto("txtSearch", "Backspace"); // not searched for yet
     ClickRow("lstFound", 0);
-    EXPECT_EQ(Page(), "How to find a news server");
-    // The table of contents marks the page, by whatever way it came.
-    const auto& contents = Find<QTreeView>("contents");
-    EXPECT_TRUE(Until([&] { return contents.currentIndex().data().toString() == "How to find a news server"; }));
+    EXPECT_EQ(Shown(), "How to find a news server");
+    // The contents mark the page, by whatever way it came.
+    auto& contents = Find<QListView>("contents");
+    const auto marked = [&] { return contents.currentIndex().data().toString(); };
+    EXPECT_EQ(marked(), "How to find a news server");
     Click("cmdBack");
-    EXPECT_EQ(contents.currentIndex().data().toString(), "Tamarack");
-    const QModelIndex strip = contents.model()->index(7, 0, contents.currentIndex());
-    QTest::mouseClick(contents.viewport(), Qt::LeftButton, {}, contents.visualRect(strip).center());
-    EXPECT_EQ(Page(), "The preview strip");
-    EXPECT_EQ(contents.currentIndex().data().toString(), "The preview strip");
+    EXPECT_EQ(marked(), "What Tamarack does");
+    ClickRow("contents", 8);
+    EXPECT_EQ(Shown(), "The preview strip");
+    EXPECT_EQ(marked(), "The preview strip");
+    QTest::keyClick(&contents, Qt::Key_Down);
+    QTest::keyClick(&contents, Qt::Key_Return);
+    EXPECT_EQ(Shown(), "The sizeable viewer");
+    EXPECT_EQ(RowsOf("lstFound").front(), "How to find a news server"); // there was no other search
+    EXPECT_EQ(TopicOf("cmdRefresh"), "News Groups  330"); // far down
+    EXPECT_GT(Find<QTextBrowser>("page").verticalScrollBar()->value(), 0);
     Click("frmTamarack/Command1");
     EXPECT_FALSE(IsVisible("frmHelp"));
 }
@@ -139,18 +144,14 @@ TEST_F(HelpTest, ItsWindowOutlivesAMessageBoxOverIt)
     Desktop().MsgBox("The disk is full.", "Error");
     EXPECT_EQ(desktop.programEnds, 1);
     ChooseMenu("mnuHelpTopics");
-    EXPECT_EQ(Page(), "What Tamarack does");
+    EXPECT_EQ(Shown(), "What Tamarack does");
 }
 
-// Where a control has no topic of its own.
 TEST_F(HelpTest, EachPageAndWindowHasATopic)
 {
     Start({"alt.kites"}, 119);
-    for (const auto& [control, topic] : {std::pair{"chkGroupSubDir", "1010"}, {"chkAllArticles", "1020"},
-             {"lblUserName", "1030"}, {"StatusBar2", "1040"}, {"lblNewsGroups", "1042"}, {"chkAutoLoad", "1043"}})
-        EXPECT_EQ(TopicOf(control), std::string("Tamarack.hlp  ") + topic);
     ChooseMenu("mnuInteractiveDownload");
-    EXPECT_EQ(TopicOf("cmdClear(1)"), "Tamarack.hlp  1050");
+    EXPECT_EQ(TopicOf("cmdClear(1)"), "The preview strip  1050");
     // On the tabs themselves.
     const char* const tabTopics[] = {"Name & Location  1010", "Advanced Filtering  1020", "Server Setup  1030"};
     for (int tab = 0; tab < 3; ++tab) {
@@ -195,7 +196,7 @@ TEST_F(HelpTest, F1InModalWindows)
                 EXPECT_EQ(TopicIn(row.window), row.topic);
                 if (IsVisible("frmHelp")) {
                     ClickInWindow("frmHelp/cmdContents");
-                    EXPECT_EQ(Page(), "What Tamarack does");
+                    EXPECT_EQ(Shown(), "What Tamarack does");
                     // With the window gone the help stays; without, it goes alone.
                     if (!openBefore)
                         ClickInWindow("frmHelp/cmdClose");
@@ -216,19 +217,36 @@ TEST_F(HelpTest, TroubleIsTold)
 {
     Start();
     const std::string helpFile = folder.File("resources/Tamarack.hlp");
-    for (const char* content : std::initializer_list<const char*>{"", "no help", nullptr}) {
-        if (content != nullptr)
-            MakeFile(helpFile, content);
-        else
-            std::filesystem::remove(helpFile);
-        ContextIDs help(desktop);
-        help.HelpInit(folder.File("resources"));
-        desktop.boxes.clear();
+    const std::string picture = folder.File("wide.bmp");
+    QImage(900, 1, QImage::Format_RGB32).save(QString::fromStdString(picture));
+    // A page shows nothing from outside the file, wherever that lies.
+    const std::string whole = "<!-- page only.html -->\n<html><title>Mended</title><a href=\"file://" + picture
+        + "\">link</a><img src=\"file://" + picture + "\"></html>\n";
+    ContextIDs help(desktop);
+    help.HelpInit(folder.File("resources"));
+    for (const std::string& content : {std::string(), std::string("no help</html>\n"), whole.substr(0, 60)}) {
+        MakeFile(helpFile, content);
         help.HelpContext(1180);
+        std::filesystem::remove(helpFile);
         help.HelpContents();
-        ASSERT_EQ(desktop.boxes.size(), 2U);
-        EXPECT_THAT(desktop.boxes[0].text, HasSubstr(helpFile));
     }
+    ASSERT_EQ(desktop.boxes.size(), 6U);
+    for (const auto& box : desktop.boxes)
+        EXPECT_THAT(box.text, HasSubstr(helpFile));
+    // The file is read anew by each opening.
+    for (const char* title : {"Mended", "Changed"}) {
+        std::string content = whole;
+        MakeFile(helpFile, content.replace(content.find("Mended"), 6, title));
+        help.HelpContext(1180);
+        auto& page = Find<QTextBrowser>("page");
+        EXPECT_LT(page.document()->idealWidth(), 900);
+        QTest::keyClick(&page, Qt::Key_Tab);
+        EXPECT_EQ(page.textCursor().selectedText(), "link");
+        QTest::keyClick(&page, Qt::Key_Return);
+        EXPECT_EQ(Shown(), title);
+        Click("frmHelp/cmdClose");
+    }
+    EXPECT_EQ(desktop.boxes.size(), 6U);
 }
 
 TEST_F(HelpTest, AboutTellsTheVersion)
