@@ -9,7 +9,6 @@
 #include <map>
 #include <set>
 #include <system_error>
-#include <utility>
 
 namespace {
 
@@ -18,41 +17,7 @@ void Print(const char* verdict, const std::string& file, std::size_t size)
     std::printf("%-12s %8zu bytes  %s\n", verdict, size, file.c_str());
 }
 
-}
-
-UnattendedSearch::UnattendedSearch(const DemoFolder& demoFolder, const SamplePostings& samplePostings,
-    UnattendedDesktop& unattendedDesktop, std::string directory)
-    : folder(demoFolder)
-    , postings(samplePostings)
-    , desktop(unattendedDesktop)
-    , screenshots(std::move(directory))
-{
-}
-
-bool UnattendedSearch::Run()
-{
-    std::error_code error;
-    std::filesystem::create_directories(screenshots, error);
-
-    bool pictureTaken = true;
-    int groupsHeld = 0;
-    desktop.whileHeld = [&] {
-        // The second group is over: something has been found, and more is to come.
-        if (++groupsHeld == 2)
-            pictureTaken = TakePicture("7-during-a-search");
-    };
-    Click("cmdFindNow");
-    desktop.whileHeld = nullptr;
-
-    const bool asPosted = CompareStoredFiles();
-    const bool tabsTaken = TakePicturesOfTabs();
-    const bool picturesShown = ShowPictures();
-    if (desktop.boxes > 0)
-        std::printf("There were %d message boxes where there should be none.\n", desktop.boxes);
-    return asPosted && pictureTaken && tabsTaken && picturesShown && desktop.boxes == 0;
-}
-
-bool UnattendedSearch::CompareStoredFiles() const
+bool CompareStoredFiles(const DemoFolder& folder, const SamplePostings& postings)
 {
     std::map<std::string, const std::string*> expected;
     for (const ExpectedFile& file : postings.expected)
@@ -81,42 +46,47 @@ bool UnattendedSearch::CompareStoredFiles() const
     return others == 0 && expected.empty();
 }
 
-bool UnattendedSearch::TakePicture(const std::string& name, const std::string& window) const
-{
-    const std::string path = screenshots + name + ".png";
-    desktop.PaintWindows();
-    const bool taken = Screenshot(path, window);
-    std::printf("%s %s\n", taken ? "screenshot" : "CANNOT WRITE", path.c_str());
-    return taken;
-}
+// Takes pictures of the windows to a directory.
+struct Camera {
+    UnattendedDesktop& desktop;
+    const std::string directory;
 
-bool UnattendedSearch::TakePicturesOfTabs() const
+    bool Take(const std::string& name, const std::string& window = "frmTamarack") const
+    {
+        const std::string path = directory + name + ".png";
+        desktop.PaintWindows();
+        const bool taken = Screenshot(path, window);
+        std::printf("%s %s\n", taken ? "screenshot" : "CANNOT WRITE", path.c_str());
+        return taken;
+    }
+};
+
+bool TakePicturesOfTabs(const Camera& camera)
 {
     bool taken = true;
     const char* const tabs[] = {"1-name-and-location", "2-advanced-filtering", "3-server-setup"};
     for (int tab = 0; tab < 3; ++tab) {
         SelectTab("SSTMain", tab);
-        taken = TakePicture(tabs[tab]) && taken;
+        taken = camera.Take(tabs[tab]) && taken;
     }
     const char* const groupTabs[] = {"4-selected-groups", "5-filtered-groups", "6-all-groups"};
     SelectTab("SSTMain", 3);
     for (int tab = 0; tab < 3; ++tab) {
         SelectTab("SSTab1", tab);
-        taken = TakePicture(groupTabs[tab]) && taken;
+        taken = camera.Take(groupTabs[tab]) && taken;
     }
     return taken;
 }
 
 // The newest picture in the viewer, and a slide show of one group that has come round to its first pane.
-bool UnattendedSearch::ShowPictures() const
+bool ShowPictures(const Camera& camera, const std::string& group)
 {
     Click("frmTamarack/Command2(0)");
-    bool taken = TakePicture("8-viewer", "frmShowPicture");
+    bool taken = camera.Take("8-viewer", "frmShowPicture");
 
     ChooseMenu("mnuSlideShow");
     const std::vector<std::string> rows = RowsOf("Dir1");
-    ClickRow(
-        "Dir1", static_cast<int>(std::find(rows.begin(), rows.end(), postings.groupsToSearch.front()) - rows.begin()));
+    ClickRow("Dir1", static_cast<int>(std::find(rows.begin(), rows.end(), group) - rows.begin()));
     TypeInto("frmSlideShow/txtDelay", "20");
     Check("chkOptions(0)", true);
     Click("frmSlideShow/Command1(0)");
@@ -128,7 +98,34 @@ bool UnattendedSearch::ShowPictures() const
         last = pane;
         return shown > 6;
     }) && taken;
-    taken = TakePicture("9-slide-show", "frmSlideShow") && taken;
+    taken = camera.Take("9-slide-show", "frmSlideShow") && taken;
     Click("frmSlideShow/Command1(1)");
     return taken;
+}
+
+}
+
+bool SearchUnattended(const DemoFolder& folder, const SamplePostings& postings, UnattendedDesktop& desktop,
+    const std::string& screenshots)
+{
+    std::error_code error;
+    std::filesystem::create_directories(screenshots, error);
+
+    const Camera camera{desktop, screenshots};
+    bool pictureTaken = true;
+    int groupsHeld = 0;
+    desktop.whileHeld = [&] {
+        // The second group is over: something has been found, and more is to come.
+        if (++groupsHeld == 2)
+            pictureTaken = camera.Take("7-during-a-search");
+    };
+    Click("cmdFindNow");
+    desktop.whileHeld = nullptr;
+
+    const bool asPosted = CompareStoredFiles(folder, postings);
+    const bool tabsTaken = TakePicturesOfTabs(camera);
+    const bool picturesShown = ShowPictures(camera, postings.groupsToSearch.front());
+    if (desktop.boxes > 0)
+        std::printf("There were %d message boxes where there should be none.\n", desktop.boxes);
+    return asPosted && pictureTaken && tabsTaken && picturesShown && desktop.boxes == 0;
 }

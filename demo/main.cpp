@@ -42,30 +42,12 @@ bool HasDisplay()
     return (IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY")) && !(platform && platform == std::string_view("offscreen"));
 }
 
-// The port belongs to no setting.
-void SetPort(const SampleServer& server) { Find<QLineEdit>("txtPort").setText(QString::number(server.Port())); }
-
-int Attended(Application& application, const DemoFolder& folder, const SampleServer& server)
+void Start(Program& program, const SampleServer& server)
 {
-    Desktop desktop;
-    Program program(desktop, folder.Places());
     program.Start();
-    SetPort(server);
+    // The port belongs to no setting.
+    Find<QLineEdit>("txtPort").setText(QString::number(server.Port()));
     ChooseMenu("mnuInteractiveDownload");
-    std::printf("Press \"Find Now\". What it finds is stored in %s\n", folder.Destination().c_str());
-    std::fflush(stdout);
-    return application.Run();
-}
-
-int Unattended(const DemoFolder& folder, const SampleServer& server, const SamplePostings& postings,
-    const std::string& screenshots)
-{
-    UnattendedDesktop desktop;
-    Program program(desktop, folder.Places());
-    program.Start();
-    SetPort(server);
-    ChooseMenu("mnuInteractiveDownload");
-    return UnattendedSearch(folder, postings, desktop, screenshots).Run() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }
@@ -100,7 +82,18 @@ int main(int argc, char** argv)
         std::fputs("tamarack-demo: no free port for the news server\n", stderr);
         return EXIT_FAILURE;
     }
-    if (attended)
-        return Attended(application, folder, server);
-    return Unattended(folder, server, postings, screenshots.empty() ? folder.Screenshots() : screenshots);
+    if (attended) {
+        Desktop desktop;
+        Program program(desktop, folder.Places());
+        Start(program, server);
+        std::printf("Press \"Find Now\". What it finds is stored in %s\n", folder.Destination().c_str());
+        std::fflush(stdout);
+        return application.Run();
+    }
+    UnattendedDesktop desktop;
+    Program program(desktop, folder.Places());
+    Start(program, server);
+    const bool asPosted
+        = SearchUnattended(folder, postings, desktop, screenshots.empty() ? folder.Screenshots() : screenshots);
+    return asPosted ? EXIT_SUCCESS : EXIT_FAILURE;
 }

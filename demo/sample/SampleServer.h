@@ -13,21 +13,15 @@
 #include <vector>
 
 // A small news server on 127.0.0.1 that answers from threads of its own, so that it goes on while the program's only
-// thread sleeps. It speaks the reading part of RFC 3977 (group, stat, head, body, article, next, last, list, help,
-// date, capabilities, mode reader, quit) and the user name and password of RFC 4643. Any number of clients may be
+// thread sleeps. It speaks what a reader needs of RFC 3977 (group, stat, head, body, next, list, help, date,
+// quit) and the user name and password of RFC 4643. Any number of clients may be
 // connected.
 class SampleServer {
 public:
-    enum class Replies {
-        InOneWrite,
-        StatusLineFirst, // the status line of a multi-line reply is written by itself, as some servers do
-    };
-
     struct Options {
         // With a user, what a client may do before it has logged in is little; the rest is answered with 480.
         std::string user;
         std::string password;
-        Replies replies = Replies::InOneWrite;
         // What a body takes, as on a slow line.
         std::chrono::milliseconds bodyTime{0};
     };

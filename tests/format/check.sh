@@ -3,21 +3,16 @@
 # To put it right: tests/format/check.sh --fix
 set -euo pipefail
 
-fix=()
+how=(--dry-run -Werror)
 if [[ "${1:-}" == --fix ]]; then
-    fix=(-i)
+    how=(-i)
     set -- "$(dirname "${BASH_SOURCE[0]}")/../.." clang-format-14
 fi
 
 cd "$1"
-folders=()
 for folder in src demo tests benchmarks fuzzing; do
-    [[ -d $folder ]] && folders+=("$folder")
+    mapfile -d '' sources < <(find "$folder" -type f \( -name '*.h' -o -name '*.cpp' \) -print0)
+    ((${#sources[@]})) || { echo "There are no sources in $folder." >&2; exit 1; }
+    "$2" "${how[@]}" "${sources[@]}"
+    echo "$folder: ${#sources[@]} files are in order"
 done
-mapfile -d '' sources < <(find "${folders[@]}" -type f \( -name '*.h' -o -name '*.cpp' \) -print0 | sort -z)
-((${#sources[@]}))
-if ((${#fix[@]})); then
-    exec "$2" "${fix[@]}" "${sources[@]}"
-fi
-"$2" --dry-run -Werror "${sources[@]}"
-echo "${#sources[@]} files are in order"

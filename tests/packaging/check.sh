@@ -52,8 +52,9 @@ if ! grep -q '^CMAKE_CXX_FLAGS:.*-fsanitize' "$build/CMakeCache.txt"; then
     ! grep '"command":.*/src/' "$build/compile_commands.json" | grep -v -- '-D_FORTIFY_SOURCE=2' || fail "That is not hardened."
 fi
 # The program itself has nothing that reads pictures: that is for its helper.
-! nm -DC --undefined-only "$folder/root/usr/bin/tamarack" | grep -E 'QImageReader|QImage::(load|fromData)|QPixmap::load|wmf_|emf2svg' \
-    || fail "The program reads pictures itself."
+symbols="$(nm -DC --undefined-only "$folder/root/usr/bin/tamarack")"
+[[ $symbols == *QImage::* ]] || fail "The program's symbols cannot be seen."
+! grep -E 'QImageReader|QImage::(load|fromData)|QPixmap::load|wmf_|emf2svg' <<<"$symbols" || fail "The program reads pictures itself."
 shared="$folder/root/usr/share"
 metainfo="$shared/metainfo/org.tamarack.Tamarack.metainfo.xml"
 appstreamcli validate --no-net "$metainfo" >"$folder/log" || { cat "$folder/log"; exit 1; }
@@ -70,6 +71,7 @@ else
     ((EUID != 0)) || dpkg --purge tamarack >/dev/null 2>&1 || true
     program="$folder/root/usr/bin/tamarack"
 fi
+echo "Trying ${installed:+the installed }$program"
 
 export HOME="$folder/home" XDG_CONFIG_HOME="$folder/home/.config" XDG_DATA_HOME="$folder/home/.local/share"
 mkdir -p "$XDG_CONFIG_HOME/Tamarack"
