@@ -138,10 +138,8 @@ void FindNow::WalkArticles(std::int32_t lastInGroup)
             if (!Session.StopFlag && saving.Save(article, body) == AfterSaving::GroupLimitReached)
                 return;
         }
-        if (Session.StopFlag) {
-            Session.TcpDisconnect();
+        if (Session.StopFlag)
             return;
-        }
         DoEvents();
     }
 }

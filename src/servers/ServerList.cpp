@@ -95,10 +95,8 @@ bool ServerList::AskForFirst()
 {
     while (true) {
         cmdAddNewsServer_Click();
-        if (MainForm.cboNewsServer.ListCount() > 0) {
-            MainForm.cboNewsServer.SetListIndex(0);
+        if (MainForm.cboNewsServer.ListCount() > 0)
             return true;
-        }
         if (desktop.MsgBox("You must enter a news server!", "Error", MessageButtons::OkCancel) == MessageAnswer::Cancel)
             return false;
     }
