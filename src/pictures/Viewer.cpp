@@ -70,7 +70,7 @@ void Viewer::Form_Unload()
 
 void Viewer::Form_Resize()
 {
-    if (form->State() == WindowState::Normal) {
+    if (form->IsNormal()) {
         constexpr double roomBelow = 500;
         if (form->Height() + form->Top() > Screen::Height())
             form->SetTop(Screen::Height() - form->Height() - roomBelow);

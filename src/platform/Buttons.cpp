@@ -7,7 +7,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStyleOptionButton>
-#include <QStylePainter>
 #include <QToolButton>
 
 namespace {
@@ -29,34 +28,25 @@ QString Wrapped(const QString& caption, const QFontMetrics& metrics, int width)
     return text + line;
 }
 
-// A check box or radio button that draws its caption in as many lines as it needs. The `text` of the widget stays the
-// caption as it was given.
+// A check box or radio button whose caption takes as many lines as it needs. The `text` of the widget stays the caption
+// as it was given.
 template <class Button> class WrappingButton : public Button {
 public:
     using Button::Button;
 
 protected:
-    static constexpr bool isCheckBox = std::is_same_v<Button, QCheckBox>;
-
-    void paintEvent(QPaintEvent*) override
+    void initStyleOption(QStyleOptionButton* option) const override
     {
-        QStyleOptionButton option;
-        this->initStyleOption(&option);
+        constexpr bool isCheckBox = std::is_same_v<Button, QCheckBox>;
+        Button::initStyleOption(option);
         const QRect contents = this->style()->subElementRect(
-            isCheckBox ? QStyle::SE_CheckBoxContents : QStyle::SE_RadioButtonContents, &option, this);
-        option.text = Wrapped(option.text, this->fontMetrics(), contents.width());
-        QStylePainter(this).drawControl(isCheckBox ? QStyle::CE_CheckBox : QStyle::CE_RadioButton, option);
+            isCheckBox ? QStyle::SE_CheckBoxContents : QStyle::SE_RadioButtonContents, option, this);
+        option->text = Wrapped(option->text, this->fontMetrics(), contents.width());
     }
 
     // The whole place takes clicks, as the caption may fill it.
     bool hitButton(const QPoint& position) const override { return this->rect().contains(position); }
 };
-
-QPolygonF Triangle(const QRectF& box, bool up)
-{
-    return up ? QPolygonF({box.bottomLeft(), {box.center().x(), box.top()}, box.bottomRight()})
-              : QPolygonF({box.topLeft(), {box.center().x(), box.bottom()}, box.topRight()});
-}
 
 class ArrowFace : public QToolButton {
 public:
@@ -72,21 +62,17 @@ protected:
         QToolButton::paintEvent(event);
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        const QColor colour
-            = palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::ButtonText);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(colour);
+        painter.setBrush(palette().buttonText());
+        painter.translate(QRectF(rect()).center());
+        if (arrow == Arrow::Down || arrow == Arrow::ToBottom)
+            painter.scale(1, -1);
         const qreal size = qMin(width(), height()) * 0.44;
-        QRectF box(0, 0, size, size * 0.6);
-        box.moveCenter(QRectF(rect()).center());
-        const bool up = arrow == Arrow::Up || arrow == Arrow::ToTop;
         const bool toTheEnd = arrow == Arrow::ToTop || arrow == Arrow::ToBottom;
-        if (toTheEnd) {
-            const qreal bar = qMax(1.0, size * 0.16);
-            box.translate(0, up ? bar : -bar);
-            painter.drawRect(QRectF(box.left(), up ? box.top() - 2 * bar : box.bottom() + bar, box.width(), bar));
-        }
-        painter.drawPolygon(Triangle(box, up));
+        const qreal bar = toTheEnd ? qMax(1.0, size * 0.16) : 0;
+        const QRectF box(-size / 2, bar - size * 0.3, size, size * 0.6);
+        painter.drawRect(QRectF(box.left(), box.top() - 2 * bar, size, bar));
+        painter.drawPolygon(QPolygonF({box.bottomLeft(), {0, box.top()}, box.bottomRight()}));
     }
 
 private:

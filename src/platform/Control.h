@@ -23,16 +23,18 @@ void Raise(const std::function<void(Arguments...)>& handler, std::type_identity_
 // What controls lie in: a form, a frame, a panel, a page of a tab strip.
 class Container {
 public:
+    explicit Container(QWidget* newContent = nullptr)
+        : content(newContent)
+    {
+    }
+
     QWidget* Content() const { return content; }
 
     // The help topic of what lies in here and has none of its own; see Form::HelpKey.
     void SetFallbackTopic(int number);
 
 protected:
-    Container() = default;
-    ~Container() = default;
-
-    QWidget* content = nullptr;
+    QWidget* content;
 };
 
 // What all controls share. A control owns one widget, whose object name is the control's. Beyond what a widget does,
@@ -42,8 +44,6 @@ class Control {
 public:
     Control(const Control&) = delete;
     Control& operator=(const Control&) = delete;
-
-    std::string Name() const;
 
     // A control that is disabled or hidden while it, or what it holds, has the keyboard focus has it again afterwards,
     // unless the user has moved on. Meanwhile no other control has it.

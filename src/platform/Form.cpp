@@ -63,19 +63,16 @@ public:
         return isNormal ? QRect(FramePlace().topLeft(), size()) : place;
     }
 
+    // Behind the events that are being delivered: some desktops enlarge a window just before they say that it is
+    // maximised.
     void KeepPlace()
     {
-        place = NormalPlace();
         QMetaObject::invokeMethod(
-            this, [this] { settledPlace = place; }, Qt::QueuedConnection);
+            this, [this] { place = NormalPlace(); }, Qt::QueuedConnection);
     }
 
-    // Some desktops enlarge a window just before they say that it is maximised.
     void changeEvent(QEvent* event) override
     {
-        if (event->type() == QEvent::WindowStateChange && isMaximized() && place.size() == size()
-            && FramePlace().contains(screen()->availableGeometry()))
-            place = settledPlace;
         if (event->type() == QEvent::WindowStateChange)
             NoteComingBack(static_cast<QWindowStateChangeEvent*>(event)->oldState());
         if (event->type() == QEvent::WindowStateChange && windowHandle() != nullptr && FollowsOnce()) {
@@ -240,7 +237,6 @@ public:
     QPushButton* cancelButton = nullptr;
     QEventLoop* modalLoop = nullptr;
     QRect place; // see NormalPlace
-    QRect settledPlace; // the same, as it was before the events that are being delivered
     bool isComingBack = false; // from maximised: it is not yet where it was
     bool hasPlace = false; // or else the desktop finds one
     std::optional<QPoint> corner; // of the frame, or its middle, where the window is to come up
@@ -266,8 +262,6 @@ Form::Form(std::string_view name, std::string_view caption, const Design& design
 }
 
 Form::~Form() = default;
-
-std::string Form::Caption() const { return FromDisplay(window->windowTitle()); }
 
 void Form::SetCaption(std::string_view caption) { window->setWindowTitle(ToShow(caption)); }
 
@@ -317,19 +311,7 @@ double Form::ScaleHeight() const
     return border != BorderStyle::Sizable ? clientHeight : Twips::FromPixels(window->client.height());
 }
 
-WindowState Form::State() const
-{
-    if (window->isMinimized())
-        return WindowState::Minimised;
-    return window->isMaximized() ? WindowState::Maximised : WindowState::Normal;
-}
-
-void Form::SetState(WindowState state)
-{
-    window->setWindowState(state == WindowState::Normal ? Qt::WindowNoState
-            : state == WindowState::Minimised           ? Qt::WindowMinimized
-                                                        : Qt::WindowMaximized);
-}
+bool Form::IsNormal() const { return !window->isMinimized() && !window->isMaximized(); }
 
 bool Form::Visible() const { return window->isVisible(); }
 
@@ -380,18 +362,18 @@ void Form::ClosesWithEscape() { closesWithEscape = true; }
 
 void Form::BringToFront()
 {
-    if (State() == WindowState::Minimised)
-        SetState(WindowState::Normal);
+    if (window->isMinimized())
+        window->setWindowState(Qt::WindowNoState);
     // While a modal form is up, only what belongs to it takes input, and that is settled when a window is shown.
     QWidget* modal = QApplication::activeModalWidget();
     if (modal != nullptr && modal != window.get()) {
         window->winId(); // makes the handle
         QWindow* handle = window->windowHandle();
         if (!modal->windowHandle()->isAncestorOf(handle, QWindow::IncludeTransients)) {
-            const WindowState state = State();
+            const Qt::WindowStates state = window->windowState();
             SetVisible(false);
             handle->setTransientParent(modal->windowHandle());
-            SetState(state);
+            window->setWindowState(state);
         }
     }
     SetVisible(true);

@@ -7,11 +7,9 @@
 #include <memory>
 
 class CommandButton;
-class QEventLoop;
 class QMenuBar;
 
 enum class BorderStyle { Fixed, Sizable, None };
-enum class WindowState { Normal = 0, Minimised = 1, Maximised = 2 };
 
 // A window of its own. Its controls are members of a class derived from it; their places count from the corner of the
 // client area, below the menu bar. Beyond what a window does, it stays alive when its user closes it and raises
@@ -35,7 +33,6 @@ public:
     Form(const Form&) = delete;
     Form& operator=(const Form&) = delete;
 
-    std::string Caption() const;
     void SetCaption(std::string_view caption);
 
     // In twips, on the screen, of the whole window; as they were before while it is hidden, minimised or maximised.
@@ -52,8 +49,8 @@ public:
     double ScaleWidth() const;
     double ScaleHeight() const;
 
-    WindowState State() const;
-    void SetState(WindowState state);
+    // Neither minimised nor maximised.
+    bool IsNormal() const;
 
     // A window that was hidden comes back where it was, neither minimised nor maximised.
     bool Visible() const;

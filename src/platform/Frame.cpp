@@ -6,7 +6,6 @@
 #include <QEvent>
 #include <QFrame>
 #include <QGroupBox>
-#include <QPainter>
 
 namespace {
 
@@ -18,13 +17,17 @@ QFrame::Shape Shape(PanelEdge edge, const Place& place)
     return divider ? QFrame::HLine : QFrame::StyledPanel;
 }
 
-// The edge of a panel that has the focus, drawn above the picture that may cover it.
-class Edge : public QWidget {
+// The edge of a panel that has the focus, above the picture that may cover it.
+class Edge : public QFrame {
 public:
     explicit Edge(QWidget* panel)
-        : QWidget(panel)
+        : QFrame(panel)
     {
+        setFrameShape(Box);
+        setLineWidth(2);
+        setForegroundRole(QPalette::Highlight);
         setAttribute(Qt::WA_TransparentForMouseEvents);
+        hide();
         panel->installEventFilter(this);
     }
 
@@ -34,18 +37,9 @@ protected:
         if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
             setGeometry(parentWidget()->rect());
             raise();
-            update();
+            setVisible(event->type() == QEvent::FocusIn);
         }
         return false;
-    }
-
-    void paintEvent(QPaintEvent*) override
-    {
-        if (!parentWidget()->hasFocus())
-            return;
-        QPainter painter(this);
-        painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
-        painter.drawRect(rect().adjusted(1, 1, -1, -1));
     }
 };
 
@@ -53,17 +47,17 @@ protected:
 
 Frame::Frame(Container& container, std::string_view name, std::string_view caption, const Place& place)
     : Control(container, new QGroupBox(ToDisplay(caption)), name, place)
+    , Container(widget)
 {
-    content = widget;
 }
 
 Panel::Panel(Container& container, std::string_view name, const Place& place, PanelEdge edge)
     : Control(container, new MouseReporting<QFrame>(*this), name, place)
+    , Container(widget)
 {
     auto* frame = static_cast<QFrame*>(widget);
     frame->setFrameShape(Shape(edge, place));
     frame->setFrameShadow(edge == PanelEdge::Sunken ? QFrame::Sunken : QFrame::Plain);
-    content = widget;
 }
 
 void Panel::SetHighlighted(bool highlighted)

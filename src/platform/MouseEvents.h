@@ -4,6 +4,7 @@
 
 // What a control without an action of its own tells of the mouse.
 struct MouseEvents {
+    // The toolkit numbers them so.
     static constexpr int leftButton = 1;
     static constexpr int rightButton = 2;
     static constexpr int middleButton = 4;

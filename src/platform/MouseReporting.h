@@ -21,11 +21,8 @@ protected:
     void mousePressEvent(QMouseEvent* event) override
     {
         pressed = event->button() == Qt::LeftButton;
-        const int button = pressed               ? MouseEvents::leftButton
-            : event->button() == Qt::RightButton ? MouseEvents::rightButton
-                                                 : MouseEvents::middleButton;
         const Qt::KeyboardModifiers held = event->modifiers();
-        Raise(events.MouseDown, button,
+        Raise(events.MouseDown, static_cast<int>(event->button()),
             (held & Qt::ShiftModifier ? MouseEvents::shiftKey : 0)
                 + (held & Qt::ControlModifier ? MouseEvents::ctrlKey : 0)
                 + (held & Qt::AltModifier ? MouseEvents::altKey : 0));

@@ -2,7 +2,6 @@
 
 #include "platform/DisplayText.h"
 
-#include <QPainter>
 #include <QStyleOptionTab>
 #include <QStylePainter>
 #include <QTabBar>
@@ -12,20 +11,18 @@ namespace {
 
 class EvenTabBar : public QTabBar {
 public:
-    explicit EvenTabBar(QTabWidget& ownerTabs)
-        : tabs(ownerTabs)
+    EvenTabBar()
     {
         // A tab that was clicked is what the next key is meant for.
         setFocusPolicy(Qt::StrongFocus);
         setUsesScrollButtons(false);
-        setExpanding(false);
         setElideMode(Qt::ElideNone);
     }
 
 protected:
     const int padding = Twips::ToPixels(75);
 
-    int TabWidth() const { return qMax(1, tabs.width() / qMax(1, count())); }
+    int TabWidth() const { return qMax(1, parentWidget()->width() / qMax(1, count())); }
 
     // The caption in two lines, parted at the blank nearest to its middle, if it does not fit in one.
     QString Lines(const QString& caption) const
@@ -50,54 +47,41 @@ protected:
 
     QSize minimumTabSizeHint(int index) const override { return tabSizeHint(index); }
 
+    // The style would cut a caption to its own margins. The tab in front overlaps its neighbours.
     void paintEvent(QPaintEvent*) override
     {
-        QStylePainter painter(this);
-        const auto paintTab = [&](int index) {
-            QStyleOptionTab option;
-            initStyleOption(&option, index);
-            painter.drawControl(QStyle::CE_TabBarTabShape, option);
-            option.text = Lines(tabText(index));
-            const bool selected = index == currentIndex();
-            painter.save();
-            painter.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::WindowText));
-            const QRect textArea = option.rect.adjusted(0, selected ? 0 : 2, 0, 0);
-            painter.drawText(textArea, Qt::AlignCenter | Qt::TextShowMnemonic, option.text);
-            painter.restore();
-            if (selected && hasFocus()) {
-                QStyleOptionFocusRect focus;
-                focus.initFrom(this);
-                focus.rect = option.rect.adjusted(3, 3, -3, -3);
-                painter.drawPrimitive(QStyle::PE_FrameFocusRect, focus);
-            }
-        };
-        for (int i = 0; i < count(); ++i) {
-            if (i != currentIndex())
-                paintTab(i);
+        for (int tab = 0; tab < count(); ++tab) {
+            if (tab != currentIndex())
+                PaintTab(tab);
         }
         if (currentIndex() >= 0)
-            paintTab(currentIndex());
+            PaintTab(currentIndex());
     }
 
-private:
-    QTabWidget& tabs;
+    void PaintTab(int tab)
+    {
+        QStylePainter painter(this);
+        QStyleOptionTab option;
+        initStyleOption(&option, tab);
+        painter.drawControl(QStyle::CE_TabBarTabShape, option);
+        const bool selected = tab == currentIndex();
+        painter.drawItemText(option.rect.adjusted(0, selected ? 0 : 2, 0, 0), Qt::AlignCenter | Qt::TextShowMnemonic,
+            palette(), isEnabled(), Lines(tabText(tab)), QPalette::WindowText);
+        if (selected && hasFocus()) {
+            QStyleOptionFocusRect focus;
+            focus.initFrom(this);
+            focus.rect = option.rect.adjusted(3, 3, -3, -3);
+            painter.drawPrimitive(QStyle::PE_FrameFocusRect, focus);
+        }
+    }
 };
 
 class EvenTabs : public QTabWidget {
 public:
-    EvenTabs()
-    {
-        setTabBar(new EvenTabBar(*this));
-        setDocumentMode(false);
-    }
+    EvenTabs() { setTabBar(new EvenTabBar); }
 };
 
 }
-
-class TabStrip::PageContent : public Container {
-public:
-    PageContent() { content = new QWidget; }
-};
 
 TabStrip::TabStrip(
     Container& container, std::string_view name, const Place& place, std::initializer_list<std::string_view> captions)
@@ -105,15 +89,11 @@ TabStrip::TabStrip(
 {
     auto* tabs = static_cast<QTabWidget*>(widget);
     for (const std::string_view caption : captions) {
-        pages.push_back(std::make_unique<PageContent>());
-        tabs->addTab(pages.back()->Content(), ToDisplay(caption));
+        pages.emplace_back(new QWidget);
+        tabs->addTab(pages.back().Content(), ToDisplay(caption));
     }
 }
 
-TabStrip::~TabStrip() = default;
-
-Container& TabStrip::Page(int index) { return *pages.at(static_cast<std::size_t>(index)); }
-
-int TabStrip::Tab() const { return static_cast<QTabWidget*>(widget)->currentIndex(); }
+Container& TabStrip::Page(int index) { return pages.at(static_cast<std::size_t>(index)); }
 
 void TabStrip::SetTab(int index) { static_cast<QTabWidget*>(widget)->setCurrentIndex(index); }

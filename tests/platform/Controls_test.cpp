@@ -354,15 +354,16 @@ TEST_F(ControlsTest, TheFocusComesBackToWhatTheProgramTookAway)
         const char* what;
         Control& taken;
         Control& focused;
+        const char* name;
     };
-    for (const Row& row : {Row{"itself", window.chkOne, window.chkOne}, Row{"a list", window.lstPlain, window.lstPlain},
-             Row{"what it lies in", window.SSPanel1, window.cmdInside}}) {
+    for (const Row& row : {Row{"itself", window.chkOne, window.chkOne, "chkOne"},
+             Row{"a list", window.lstPlain, window.lstPlain, "lstPlain"},
+             Row{"what it lies in", window.SSPanel1, window.cmdInside, "cmdInside"}}) {
         for (const auto set : {&Control::SetEnabled, &Control::SetVisible}) {
             SCOPED_TRACE(row.what);
-            const std::string name = row.focused.Name();
             for (const bool moveOn : {false, true}) {
                 row.focused.SetFocus();
-                ASSERT_TRUE(hasFocus(name.c_str()));
+                ASSERT_TRUE(hasFocus(row.name));
                 (row.taken.*set)(false);
                 (row.taken.*set)(false);
                 ASSERT_NE(form.focusWidget(), nullptr);
@@ -370,7 +371,7 @@ TEST_F(ControlsTest, TheFocusComesBackToWhatTheProgramTookAway)
                 if (moveOn)
                     window.cboNames.SetFocus();
                 (row.taken.*set)(true);
-                EXPECT_TRUE(hasFocus(moveOn ? "cboNames" : name.c_str()));
+                EXPECT_TRUE(hasFocus(moveOn ? "cboNames" : row.name));
             }
         }
     }
