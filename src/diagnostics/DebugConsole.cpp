@@ -19,11 +19,7 @@ DebugConsole::DebugConsole(NewsSession& session, Desktop& newDesktop)
 
 DebugConsole::~DebugConsole() = default;
 
-void DebugConsole::Open()
-{
-    Loaded().SetVisible(true);
-    form->BringToFront();
-}
+void DebugConsole::Open() { Loaded().BringToFront(); }
 
 void DebugConsole::Bind()
 {

@@ -49,14 +49,12 @@ void PreviewStrip::Fill(
     int slot, double width, double height, std::string_view name, const std::string& path, const Bitmap& picture)
 {
     ImageControl& image = MainForm.Image2[slot];
-    image.SetVisible(false);
     image.SetWidth(width);
     image.SetHeight(height);
     MainForm.Label2[slot].SetCaption(name);
     MainForm.Label2[slot].Tag = path;
     image.SetPicture(picture);
     CentreInContainer(image, MainForm.SSPanel1[slot]);
-    image.SetVisible(true);
 }
 
 void PreviewStrip::image2_DblClick(int index)

@@ -98,20 +98,10 @@ bool Viewer::MakeRoom(const Bitmap& picture, std::string_view displayName, const
     form->Image1.SetPicture({});
     form->Image1.SetWidth(size->width);
     form->Image1.SetHeight(size->height);
-    form->Image1.SetVisible(false);
     CentreInContainer(form->Image1, form->SSPanel1);
     form->SetCaption(displayName);
     form->Image1.Tag = path;
     return true;
-}
-
-void Viewer::Reveal()
-{
-    if (!IsLoaded())
-        return;
-    form->Image1.SetVisible(true);
-    form->SetVisible(true);
-    DoEvents();
 }
 
 void Viewer::DisplayImage(const ImageControl& source, std::string_view displayName, const std::string& path)
@@ -119,7 +109,7 @@ void Viewer::DisplayImage(const ImageControl& source, std::string_view displayNa
     if (!MakeRoom(source.Picture(), displayName, path))
         return;
     (void)form->Image1.Load(path);
-    Reveal();
+    DoEvents();
 }
 
 void Viewer::DisplayInFront(const ImageControl& source, std::string_view displayName, const std::string& path)
@@ -129,7 +119,6 @@ void Viewer::DisplayInFront(const ImageControl& source, std::string_view display
     DisplayImage(source, displayName, path);
     if (!IsLoaded())
         return;
-    form->SetVisible(true);
     form->BringToFront();
     MainForm.mnuSizeableViewer.SetChecked(true);
 }
@@ -140,7 +129,7 @@ void Viewer::cmdViewCurrent_Click()
     if (!MakeRoom(current.Picture(), BareName(current.Tag), current.Tag))
         return;
     form->Image1.SetPicture(current.Picture());
-    Reveal();
+    DoEvents();
 }
 
 bool Viewer::ViewerAutoUpdate() const { return IsLoaded() && form->Check1.Value() == 1; }

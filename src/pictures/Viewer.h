@@ -10,24 +10,23 @@ struct frmShowPicture;
 // the search stored last, and follows the two by itself if the user wants that. mnuSizeableViewer of the main form
 // opens and closes it, and bears a mark while it is open.
 //
-// Each of the three that show a picture opens the viewer, whether or not there is one, and lets events through; the
-// viewer may be closed behind it.
+// Each of the three that show a picture lets events through, and the viewer may be closed behind it.
 class Viewer : KeptForm<frmShowPicture> {
 public:
     Viewer(frmTamarack& mainForm, Settings& settings);
     ~Viewer();
 
-    // Reads the file whose picture a control shows and shows it under this name. Of the control only the shape of its
-    // picture is taken; if it shows none, the viewer keeps what it shows. A file that cannot be read leaves it empty. A
-    // newer picture, or the viewer's end, holds.
+    // In the viewer that is open, reads the file whose picture a control shows and shows it under this name. Of the
+    // control only the shape of its picture is taken; if it shows none, the viewer keeps what it shows. A file that
+    // cannot be read leaves it empty. A newer picture, or the viewer's end, holds.
     void DisplayImage(const ImageControl& source, std::string_view displayName, const std::string& path);
 
-    // The same for a user who has asked for it: the viewer comes in front of the other windows, not minimised. Does
-    // nothing if the control is too narrow for a picture.
+    // The same for a user who has asked for it: the viewer opens and comes in front of the other windows, not
+    // minimised, also if the control shows no picture. Does nothing if the control is too narrow for one.
     void DisplayInFront(const ImageControl& source, std::string_view displayName, const std::string& path);
 
-    // Shows what Picture1 of the main form holds, if anything, under the bare name of its Tag, the file's path. No file
-    // is read.
+    // In the viewer that is open, shows what Picture1 of the main form holds, if anything, under the bare name of its
+    // Tag, the file's path. No file is read.
     void cmdViewCurrent_Click();
 
     // Whether the search and the slide show are to hand over each of their pictures: the viewer is open, and its user
@@ -48,7 +47,6 @@ private:
 
     void Restore(std::string_view key, double design, double least, double most, void (Form::*set)(double));
     bool MakeRoom(const Bitmap& picture, std::string_view displayName, const std::string& path);
-    void Reveal();
 
     frmTamarack& MainForm;
     Settings& settings;

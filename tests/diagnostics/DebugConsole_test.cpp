@@ -157,7 +157,10 @@ TEST_F(DebugConsoleTest, OldTextGoesAndTroubleIsTold)
     const int rightEdge = Find<QWidget>("txtLogFile").width();
     window.resize(window.width() + 100, window.height() + 100);
     DoEvents();
-    EXPECT_EQ(Find<QWidget>("txtLogFile").width(), rightEdge + 100);
-    EXPECT_LE(Find<QWidget>("cmdReset").geometry().bottom(), window.height());
-    EXPECT_GT(Find<QWidget>("cmdReset").y(), Find<QWidget>("DebugWindow").geometry().bottom());
+    for (const char* name : {"txtLogFile", "DebugWindow"})
+        EXPECT_EQ(Find<QWidget>(name).width(), rightEdge + 100) << name;
+    for (const char* name : {"cmdReset", "cmdCmd(0)", "cmdCmd(1)", "TxtManual"}) {
+        EXPECT_LE(Find<QWidget>(name).geometry().bottom(), window.height()) << name;
+        EXPECT_GT(Find<QWidget>(name).y(), Find<QWidget>("DebugWindow").geometry().bottom()) << name;
+    }
 }

@@ -1,7 +1,9 @@
 #include "demo/support/Screen.h"
+#include "forms/DirectoryWalk.h"
 #include "forms/Placing.h"
 #include "forms/frmTamarack.h"
 #include "platform/Events.h"
+#include "tests/support/TestDesktop.h"
 
 #include <gtest/gtest.h>
 
@@ -147,6 +149,32 @@ TEST_F(MainFormTest, TheKeyboardReachesEveryControl)
             EXPECT_FALSE(widget->accessibleName().isEmpty() && (button == nullptr || button->text().isEmpty())) << name;
         }
     }
+}
+
+// A volume opens at its top, with the busy pointer up meanwhile, and one that has gone leads back to the first disk.
+TEST_F(MainFormTest, AnotherVolumeOpensAtItsTop)
+{
+    Form window("frmWalk", "", {.clientWidth = 3000, .clientHeight = 3000});
+    DriveList volumes{window, "Drive1", {0, 0, 3000, 300}};
+    DirectoryList directories{window, "Dir1", {0, 300, 3000, 2700}};
+    TestDesktop desktop;
+    DirectoryWalk walk(form, desktop, volumes, directories);
+    walk.Begin("/usr/share");
+    EXPECT_EQ(directories.Path(), "/usr/share");
+    Qt::CursorShape pointer = Qt::ArrowCursor;
+    QMetaObject::invokeMethod(
+        qApp, [&] { pointer = WindowNamed("frmTamarack")->cursor().shape(); }, Qt::QueuedConnection);
+    volumes.Click();
+    EXPECT_EQ(directories.Path(), volumes.Text());
+    EXPECT_EQ(pointer, Qt::WaitCursor);
+    EXPECT_EQ(WindowNamed("frmTamarack")->cursor().shape(), Qt::ArrowCursor);
+
+    walk.Begin("/usr/share");
+    volumes.AddItem("/no such volume");
+    EXPECT_TRUE(volumes.SelectText("/no such volume"));
+    ASSERT_EQ(desktop.boxes.size(), 1U);
+    EXPECT_EQ(desktop.boxes[0].text + "|" + desktop.boxes[0].title, "You need to put a disk in the drive|Error");
+    EXPECT_EQ(directories.Path(), "/");
 }
 
 TEST(Placing, FitKeepsTheAspectInsideTheArea)

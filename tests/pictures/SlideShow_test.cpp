@@ -4,6 +4,7 @@
 #include "tests/shell/ProgramTest.h"
 #include "tests/support/HostilePictures.h"
 
+#include <QAbstractButton>
 #include <QLineEdit>
 #include <QTest>
 #include <QTimer>
@@ -107,12 +108,16 @@ TEST_F(SlideShowTest, SixPanesInACircle)
     EXPECT_EQ(Image(), "Displaying 5 of 9");
     Click(Button(0));
     ASSERT_TRUE(Until([] { return Image() == "Displaying 6 of 9"; }));
+    QTest::mouseClick(&PaneImage(3), Qt::LeftButton);
     ChooseMenu("frmSlideShow/mnuExit");
     EXPECT_FALSE(IsVisible("frmSlideShow"));
     EXPECT_EQ(settings.GetSetting("SlideShow", "3") + settings.GetSetting("SlideShow", "4"), "110");
     ChooseMenu("mnuSlideShow");
     EXPECT_TRUE(IsChecked("chkOptions(0)"));
     EXPECT_TRUE(ShowsNothing(0));
+    EXPECT_FALSE(IsHighlighted(3));
+    QTest::mouseClick(&PaneFrame(0), Qt::LeftButton, {}, {2, 2});
+    EXPECT_FALSE(IsHighlighted(0)); // selected from the start, without a highlight
     ChooseMenu("mnuSlideShow");
     EXPECT_FALSE(IsVisible("frmSlideShow"));
 }
@@ -223,6 +228,26 @@ TEST_F(SlideShowTest, ThePaneWithTheFocusHasOneEdge)
     ASSERT_TRUE(Until([&] { return frame.hasFocus(); }));
     EXPECT_TRUE(isMarked(QWidget::DrawWindowBackground | QWidget::DrawChildren));
     EXPECT_FALSE(isMarked(QWidget::DrawWindowBackground)); // the frame beneath stays as it is
+}
+
+TEST_F(SlideShowTest, TheKeyboardGoesRoundAsThingsLie)
+{
+    Open(1);
+    QWidget& window = *WindowNamed("frmSlideShow");
+    window.activateWindow();
+    Find<QWidget>("frmSlideShow/Drive1").setFocus();
+    std::vector<std::string> names;
+    for (int press = 0; press < 18; ++press) {
+        const QWidget* widget = window.focusWidget();
+        names.push_back(widget->objectName().toStdString());
+        const auto* button = qobject_cast<const QAbstractButton*>(widget);
+        EXPECT_TRUE(!widget->accessibleName().isEmpty() || button != nullptr) << names.back();
+        QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
+    }
+    EXPECT_THAT(names,
+        ElementsAre("Drive1", "Dir1", "lstFiles", "chkOptions(0)", "Command1(7)", "txtDelay", "Command1(0)",
+            "Command1(5)", "Command1(1)", "Command1(2)", "Command1(3)", "Command1(4)", "SSPanel1(0)", "SSPanel1(1)",
+            "SSPanel1(2)", "SSPanel1(3)", "SSPanel1(4)", "SSPanel1(5)"));
 }
 
 TEST_F(SlideShowTest, ItsPlaceComesBackIfItIsOnTheScreen)
