@@ -18,7 +18,6 @@ frmSlideShow::frmSlideShow()
     lstFiles.SetAccessibleName("Pictures");
 
     // As they lie on the window.
-    lstFiles.PrecedesInTabOrder(chkOptions);
     Control* previous = &chkOptions;
     for (Control* next : std::initializer_list<Control*>{&Command1[7], &txtDelay, &Command1[0], &Command1[5],
              &Command1[1], &Command1[2], &Command1[3], &Command1[4]}) {
