@@ -3,6 +3,7 @@
 #include "base/Descriptor.h"
 #include "picture-reader/Protocol.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -28,9 +29,11 @@ constexpr rlim_t mostMemory = 1 << 30;
 
 bool SetLimit(int resource, rlim_t most)
 {
-    rlimit before{};
-    const bool isLower = getrlimit(static_cast<__rlimit_resource>(resource), &before) == 0 && before.rlim_max < most;
-    const rlimit limit = isLower ? rlimit{before.rlim_max, before.rlim_max} : rlimit{most, most};
+    rlimit limit{};
+    if (getrlimit(static_cast<__rlimit_resource>(resource), &limit) != 0)
+        return false;
+    limit.rlim_max = std::min(limit.rlim_max, most);
+    limit.rlim_cur = limit.rlim_max;
     return setrlimit(static_cast<__rlimit_resource>(resource), &limit) == 0;
 }
 
@@ -79,19 +82,14 @@ bool ConfineToFonts()
     landlock_ruleset_attr handled{};
     handled.handled_access_fs = everyAccess;
     const Descriptor rules(static_cast<int>(syscall(SYS_landlock_create_ruleset, &handled, sizeof handled, 0)));
-    if (!rules.IsOpen())
+    const std::unique_ptr<FcStrList, decltype(&FcStrListDone)> fonts(FcConfigGetFontDirs(nullptr), FcStrListDone);
+    if (!rules.IsOpen() || !fonts)
         return false;
-    FcStrList* const directories = FcConfigGetFontDirs(nullptr);
-    bool permitted = directories != nullptr;
-    while (permitted) {
-        const FcChar8* const directory = FcStrListNext(directories);
-        if (directory == nullptr)
-            break;
-        permitted = PermitReading(rules, reinterpret_cast<const char*>(directory));
+    while (const FcChar8* const directory = FcStrListNext(fonts.get())) {
+        if (!PermitReading(rules, reinterpret_cast<const char*>(directory)))
+            return false;
     }
-    if (directories != nullptr)
-        FcStrListDone(directories);
-    return permitted && syscall(SYS_landlock_restrict_self, rules.Number(), 0) == 0;
+    return syscall(SYS_landlock_restrict_self, rules.Number(), 0) == 0;
 }
 
 bool FilterCalls(Files files)

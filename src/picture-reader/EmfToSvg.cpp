@@ -1,28 +1,23 @@
 #include "picture-reader/MetafileSvg.h"
 
-#include <emf2svg.h>
-
-#include <cstdint>
+#include <QtEndian>
 #include <cstdlib>
-#include <cstring>
+#include <emf2svg.h>
 
 namespace {
 
 // The header's rectangles: the bounds in the units of the reference device, and the frame in hundredths of a
 // millimetre.
-constexpr std::size_t boundsAt = 8;
-constexpr std::size_t frameAt = 24;
+constexpr qsizetype boundsAt = 8;
+constexpr qsizetype frameAt = 24;
 
-double Extent(const std::string& bytes, std::size_t rectangleAt, std::size_t axis)
+double Extent(const QByteArray& bytes, qsizetype rectangleAt, qsizetype axis)
 {
-    std::int32_t first = 0;
-    std::int32_t last = 0;
-    std::memcpy(&first, bytes.data() + rectangleAt + 4 * axis, 4);
-    std::memcpy(&last, bytes.data() + rectangleAt + 8 + 4 * axis, 4);
-    return static_cast<double>(last) - first;
+    const char* const first = bytes.constData() + rectangleAt + 4 * axis;
+    return static_cast<double>(qFromLittleEndian<qint32>(first + 8)) - qFromLittleEndian<qint32>(first);
 }
 
-double NaturalSize(const std::string& bytes, std::size_t axis)
+double NaturalSize(const QByteArray& bytes, qsizetype axis)
 {
     constexpr double hundredthsOfMillimetreToPixels = 96 / 2540.0;
     const double frame = Extent(bytes, frameAt, axis) * hundredthsOfMillimetreToPixels;
@@ -31,9 +26,9 @@ double NaturalSize(const std::string& bytes, std::size_t axis)
 
 }
 
-std::optional<MetafileSvg> EmfToSvg(std::string bytes)
+std::optional<MetafileSvg> EmfToSvg(QByteArray bytes)
 {
-    constexpr std::size_t smallestHeader = 88;
+    constexpr qsizetype smallestHeader = 88;
     if (bytes.size() < smallestHeader)
         return std::nullopt;
     MetafileSvg svg{{}, NaturalSize(bytes, 0), NaturalSize(bytes, 1)};
@@ -45,9 +40,10 @@ std::optional<MetafileSvg> EmfToSvg(std::string bytes)
     char* text = nullptr;
     std::size_t length = 0;
     // The library writes into its input.
-    const bool converted = emf2svg(bytes.data(), bytes.size(), &text, &length, &options) != 0 && text != nullptr;
+    const bool converted = emf2svg(bytes.data(), static_cast<std::size_t>(bytes.size()), &text, &length, &options) != 0
+        && text != nullptr;
     if (converted)
-        svg.document.assign(text, length);
+        svg.document = QByteArray(text, static_cast<qsizetype>(length));
     std::free(text);
     return converted ? std::optional(std::move(svg)) : std::nullopt;
 }

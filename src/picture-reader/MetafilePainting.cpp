@@ -25,11 +25,9 @@ constexpr qint64 mostBytes = 64 << 20;
 
 QImage Paint(const MetafileSvg& svg, const QSize& size)
 {
-    const QByteArray document
-        = QByteArray::fromRawData(svg.document.data(), static_cast<qsizetype>(svg.document.size()));
-    if (!NamesNoFile(document))
+    if (!NamesNoFile(svg.document))
         return {};
-    QSvgRenderer renderer(document);
+    QSvgRenderer renderer(svg.document);
     const QRectF box = renderer.viewBoxF();
     if (!renderer.isValid())
         return {};
@@ -44,14 +42,6 @@ QImage Paint(const MetafileSvg& svg, const QSize& size)
     QPainter painter(&image);
     renderer.render(&painter);
     return image;
-}
-
-// Everything that a first text needs: the list of fonts, a font, and what turns its letters into outlines.
-void DrawText()
-{
-    QImage image(20, 20, QImage::Format_RGB32);
-    QPainter painter(&image);
-    painter.drawText(image.rect(), QStringLiteral("A"));
 }
 
 // What the texts of metafiles are written in; the C library loads what converts from each, and keeps it while it is in
@@ -83,7 +73,9 @@ bool LoadFonts()
     static char* arguments[] = {name, nullptr};
     new QGuiApplication(argumentCount, arguments); // to the end of the process
     FcConfigSetRescanInterval(nullptr, 0);
-    DrawText();
+    // Everything that a first text needs: the list of fonts, a font, and what turns its letters into outlines.
+    QImage image(20, 20, QImage::Format_RGB32);
+    QPainter(&image).drawText(image.rect(), QStringLiteral("A"));
     return LoadEncodings() && !QCoreApplication::libraryPaths().contains(QFile::decodeName(own.c_str()));
 }
 
@@ -94,13 +86,9 @@ bool NamesNoFile(const QByteArray& document)
     reader.setNamespaceProcessing(false);
     while (!reader.atEnd()) {
         reader.readNext();
-        if (reader.isDTD() && !reader.entityDeclarations().isEmpty())
+        // An instruction may name a style sheet. Attributes are those of a start element alone.
+        if ((reader.isDTD() && !reader.entityDeclarations().isEmpty()) || reader.isProcessingInstruction())
             return false;
-        // It may name a style sheet.
-        if (reader.isProcessingInstruction())
-            return false;
-        if (!reader.isStartElement())
-            continue;
         for (const QXmlStreamAttribute& attribute : reader.attributes()) {
             const QStringView value = attribute.value().trimmed();
             if (attribute.qualifiedName().endsWith(QLatin1String("href")) && !value.startsWith(QLatin1Char('#'))
@@ -116,8 +104,7 @@ ReadPicture ReadMetafile(int descriptor, PictureFormat format, const QSize& most
     QFile file;
     if (!file.open(descriptor, QIODevice::ReadOnly) || file.size() > mostBytes)
         return {};
-    std::string bytes = file.readAll().toStdString();
-    const auto svg = format == PictureFormat::Emf ? EmfToSvg(std::move(bytes)) : WmfToSvg(std::move(bytes));
+    const auto svg = format == PictureFormat::Emf ? EmfToSvg(file.readAll()) : WmfToSvg(file.readAll());
     if (!svg || !(svg->width >= 1 && svg->height >= 1 && svg->width * svg->height <= static_cast<double>(mostPixels)))
         return {};
     const QSize natural = QSizeF(svg->width, svg->height).toSize();

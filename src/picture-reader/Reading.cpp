@@ -16,40 +16,19 @@ namespace {
 // What the toolkit's reader may take for one picture: four bytes for each pixel, and a little.
 constexpr int mostMegabytes = 260;
 
-// As the toolkit calls them.
-const char* NameOf(PictureFormat format)
-{
-    switch (format) {
-    case PictureFormat::Jpeg:
-        return "jpeg";
-    case PictureFormat::Gif:
-        return "gif";
-    case PictureFormat::Png:
-        return "png";
-    case PictureFormat::Bmp:
-        return "bmp";
-    case PictureFormat::Icon:
-        return "ico";
-    case PictureFormat::WebP:
-        return "webp";
-    case PictureFormat::Tiff:
-        return "tiff";
-    default:
-        return "";
-    }
-}
+// As the toolkit calls them, by their formats.
+constexpr const char* names[] = {"", "jpeg", "gif", "png", "bmp", "ico", "webp", "tiff"};
 
-bool IsReasonable(const QSize& size)
+// The format is told, so that none of the toolkit's readers is asked whether it knows the file.
+ReadPicture ReadFrom(QIODevice& device, PictureFormat format, const QSize& most, int number = 0)
 {
-    return size.width() > 0 && size.height() > 0
-        && static_cast<quint64>(size.width()) * static_cast<quint64>(size.height()) <= mostPixels;
-}
-
-ReadPicture ReadFrom(QImageReader& reader, const QSize& most)
-{
+    QImageReader reader(&device, names[static_cast<std::size_t>(format)]);
+    reader.setAutoDetectImageFormat(false);
+    if (number > 0)
+        reader.jumpToImage(number);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
-    if (!IsReasonable(size))
+    if (size.isEmpty() || static_cast<quint64>(size.width()) * static_cast<quint64>(size.height()) > mostPixels)
         return {};
     // The reader scales first and turns then.
     const bool turned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
@@ -59,18 +38,10 @@ ReadPicture ReadFrom(QImageReader& reader, const QSize& most)
     return {reader.read(), turned ? size.transposed() : size};
 }
 
-// The format is told, so that none of the toolkit's readers is asked whether it knows the file.
-ReadPicture ReadFrom(QIODevice& device, PictureFormat format, const QSize& most)
-{
-    QImageReader reader(&device, NameOf(format));
-    reader.setAutoDetectImageFormat(false);
-    return ReadFrom(reader, most);
-}
-
 ReadPicture ReadParts(const QByteArray& file, PictureFormat format, const QSize& most)
 {
-    QByteArray parts = PixelParts(file, format);
-    QBuffer buffer(&parts);
+    QBuffer buffer;
+    buffer.setData(PixelParts(file, format));
     buffer.open(QIODevice::ReadOnly);
     return ReadFrom(buffer, format, most);
 }
@@ -99,13 +70,10 @@ ReadPicture ReadLargest(const QByteArray& file, const QSize& most)
     }
     if (FormatOf({largestData.constData(), static_cast<std::size_t>(largestData.size())}) == PictureFormat::Png)
         return ReadParts(largestData, PictureFormat::Png, most);
-    QByteArray whole = file;
-    QBuffer buffer(&whole);
+    QBuffer buffer;
+    buffer.setData(file);
     buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer, NameOf(PictureFormat::Icon));
-    reader.setAutoDetectImageFormat(false);
-    reader.jumpToImage(largest);
-    return ReadFrom(reader, most);
+    return ReadFrom(buffer, PictureFormat::Icon, most, largest);
 }
 
 }

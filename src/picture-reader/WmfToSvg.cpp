@@ -1,9 +1,11 @@
 #include "picture-reader/MetafileSvg.h"
 
+#include <QString>
+#include <algorithm>
+#include <array>
 #include <libwmf/api.h>
 #include <libwmf/svg.h>
-
-#include <array>
+#include <memory>
 
 namespace {
 
@@ -32,95 +34,58 @@ std::array<wmfMapping, 14> FontFiles()
 
 // What the library writes is not quite what it means.
 
-void ReplaceAll(std::string& text, std::string_view from, std::string_view to)
-{
-    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-        text.replace(at, from.size(), to);
-}
-
 // The bytes of a text as they came: not marked up, and in Windows' code page.
-std::string MarkedUp(std::string_view bytes)
+QByteArray MarkedUp(const QByteArray& bytes)
 {
-    std::string text;
-    for (const char byte : bytes) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code < 0x20)
-            text += ' ';
-        else if (code >= 0x7f || byte == '&' || byte == '<' || byte == '>')
-            text += "&#" + std::to_string(code) + ';';
-        else
-            text += byte;
-    }
-    return text;
+    QString text = QString::fromLatin1(bytes);
+    std::replace_if(
+        text.begin(), text.end(), [](QChar character) { return character < u' '; }, u' ');
+    return text.toHtmlEscaped().toUtf8();
 }
 
-void MarkUpTexts(std::string& document)
+void MarkUpTexts(QByteArray& document)
 {
-    constexpr std::string_view begin = "<text ";
-    constexpr std::string_view endOfTag = "\n\t>";
-    constexpr std::string_view end = "</text>";
-    for (std::size_t at = document.find(begin); at != std::string::npos; at = document.find(begin, at)) {
-        at = document.find(endOfTag, at);
-        const std::size_t last = at == std::string::npos ? at : document.find(end, at);
-        if (last == std::string::npos)
+    const QByteArray endOfTag = "\n\t>";
+    for (qsizetype at = document.indexOf("<text "); at >= 0; at = document.indexOf("<text ", at)) {
+        at = document.indexOf(endOfTag, at);
+        const qsizetype end = at < 0 ? at : document.indexOf("</text>", at);
+        if (end < 0)
             return;
         at += endOfTag.size();
-        const std::string text = MarkedUp(std::string_view(document).substr(at, last - at));
-        document.replace(at, last - at, text);
+        const QByteArray text = MarkedUp(document.mid(at, end - at));
+        document.replace(at, end - at, text);
         at += text.size();
     }
 }
 
-void Mend(std::string& document)
+void Mend(QByteArray& document)
 {
     MarkUpTexts(document);
     // An open line would be filled with SVG's default, black.
-    ReplaceAll(document, "<polyline ", "<polyline fill=\"none\" ");
+    document.replace("<polyline ", "<polyline fill=\"none\" ");
     // It takes the gaps of hatches and texts, which show what lies behind them, for the whole of a fill.
-    ReplaceAll(document, "fill-opacity:0.5; ", "");
+    document.replace("fill-opacity:0.5; ", "");
 }
 
-class Library {
-public:
-    Library()
-    {
-        options.function = wmf_svg_function;
-        options.font.ps = fonts.data();
-        constexpr unsigned long flags
-            = WMF_OPT_FUNCTION | WMF_OPT_FONTMAP | WMF_OPT_IGNORE_NONFATAL | WMF_OPT_NO_ERROR | WMF_OPT_NO_DEBUG;
-        if (wmf_api_create(&api, flags, &options) != wmf_E_None)
-            api = nullptr;
-    }
-    ~Library()
-    {
-        if (api != nullptr)
-            wmf_api_destroy(api);
-    }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
+}
 
-    wmfAPI* Api() const { return api; }
-
-private:
+std::optional<MetafileSvg> WmfToSvg(QByteArray bytes)
+{
     std::array<wmfMapping, 14> fonts = FontFiles();
     wmfAPI_Options options{};
+    options.function = wmf_svg_function;
+    options.font.ps = fonts.data();
+    constexpr unsigned long flags
+        = WMF_OPT_FUNCTION | WMF_OPT_FONTMAP | WMF_OPT_IGNORE_NONFATAL | WMF_OPT_NO_ERROR | WMF_OPT_NO_DEBUG;
     wmfAPI* api = nullptr;
-};
-
-}
-
-std::optional<MetafileSvg> WmfToSvg(std::string bytes)
-{
-    const Library library;
-    wmfAPI* const api = library.Api();
+    if (wmf_api_create(&api, flags, &options) != wmf_E_None)
+        return std::nullopt;
+    const std::unique_ptr<wmfAPI, decltype(&wmf_api_destroy)> library(api, wmf_api_destroy);
     wmfD_Rect box{};
     unsigned int width = 0;
     unsigned int height = 0;
-    if (api == nullptr
-        || wmf_mem_open(api, reinterpret_cast<unsigned char*>(bytes.data()), static_cast<long>(bytes.size()))
-            != wmf_E_None
-        || wmf_scan(api, 0, &box) != wmf_E_None || wmf_display_size(api, &width, &height, 96, 96) != wmf_E_None
-        || width == 0 || height == 0)
+    if (wmf_mem_open(api, reinterpret_cast<unsigned char*>(bytes.data()), static_cast<long>(bytes.size())) != wmf_E_None
+        || wmf_scan(api, 0, &box) != wmf_E_None || wmf_display_size(api, &width, &height, 96, 96) != wmf_E_None)
         return std::nullopt;
 
     wmf_svg_t* const device = WMF_SVG_GetData(api);
@@ -136,7 +101,8 @@ std::optional<MetafileSvg> WmfToSvg(std::string bytes)
     wmf_stream_destroy(api, device->out, &text, &length);
     if (text == nullptr)
         return std::nullopt;
-    MetafileSvg svg{std::string(text, length), static_cast<double>(width), static_cast<double>(height)};
+    MetafileSvg svg{
+        QByteArray(text, static_cast<qsizetype>(length)), static_cast<double>(width), static_cast<double>(height)};
     wmf_free(api, text);
     Mend(svg.document);
     return svg;

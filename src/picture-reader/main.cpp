@@ -9,35 +9,16 @@
 #include "picture-reader/MetafilePainting.h"
 #include "picture-reader/Protocol.h"
 
-#include <cerrno>
+#include <QFile>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <poll.h>
+#include <span>
 #include <string_view>
-#include <sys/mman.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
-
-constexpr int idleMilliseconds = 30'000;
-
-struct Pixels {
-    uchar* place = nullptr;
-    std::size_t length = 0;
-};
-
-Pixels MapPixels()
-{
-    struct stat status { };
-    if (fstat(pixelDescriptor, &status) != 0 || status.st_size <= 0)
-        return {};
-    const auto length = static_cast<std::size_t>(status.st_size);
-    void* const place = mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_SHARED, pixelDescriptor, 0);
-    return place == MAP_FAILED ? Pixels{} : Pixels{static_cast<uchar*>(place), length};
-}
 
 // Gives the descriptor that came with the request, none if there was no request.
 Descriptor Receive(PictureRequest& request)
@@ -59,7 +40,8 @@ Descriptor Receive(PictureRequest& request)
     return Descriptor(descriptor);
 }
 
-PictureAnswer Read(const PictureRequest& request, int descriptor, bool metafiles, const Pixels& room)
+// Leaves the pixels in the shared memory.
+PictureAnswer Read(const PictureRequest& request, int descriptor, bool metafiles, std::span<uchar> memory)
 {
     const QSize most(static_cast<int>(request.maxWidth), static_cast<int>(request.maxHeight));
     const ReadPicture picture
@@ -71,10 +53,10 @@ PictureAnswer Read(const PictureRequest& request, int descriptor, bool metafiles
         = picture.pixels.convertToFormat(alpha ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
     const auto width = static_cast<std::uint32_t>(pixels.width());
     const auto height = static_cast<std::uint32_t>(pixels.height());
-    if (pixels.isNull() || BytesFor(width, height) > room.length)
+    if (pixels.isNull() || BytesFor(width, height) > memory.size())
         return {};
     for (std::uint32_t row = 0; row < height; ++row)
-        std::memcpy(room.place + BytesFor(width, row), pixels.constScanLine(static_cast<int>(row)), BytesFor(width, 1));
+        std::memcpy(&memory[BytesFor(width, row)], pixels.constScanLine(static_cast<int>(row)), BytesFor(width, 1));
     return {static_cast<std::uint32_t>(picture.size.width()), static_cast<std::uint32_t>(picture.size.height()), width,
         height, alpha ? 1U : 0U};
 }
@@ -87,8 +69,9 @@ int main(int argc, char** argv)
 {
     const bool metafiles = argc == 2 && std::string_view(argv[1]) == "fonts";
     const bool freed = LetGo();
-    const Pixels room = MapPixels();
-    if (!freed || room.place == nullptr) {
+    QFile memory;
+    uchar* const place = memory.open(pixelDescriptor, QIODevice::ReadWrite) ? memory.map(0, memory.size()) : nullptr;
+    if (!freed || place == nullptr) {
         std::fputs("This program is started by Tamarack.\n", stderr);
         return EXIT_FAILURE;
     }
@@ -99,12 +82,11 @@ int main(int argc, char** argv)
         || !Send({}))
         return EXIT_FAILURE;
 
-    // Where no more pictures come, none is waited for.
-    pollfd waiting{requestDescriptor, POLLIN, 0};
-    while (poll(&waiting, 1, idleMilliseconds) > 0) {
+    for (;;) {
         PictureRequest request{};
         const Descriptor file = Receive(request);
-        if (!file.IsOpen() || !Send(Read(request, file.Number(), metafiles, room)))
+        if (!file.IsOpen()
+            || !Send(Read(request, file.Number(), metafiles, {place, static_cast<std::size_t>(memory.size())})))
             break;
     }
     // Libraries that have read pictures have nothing left to say.

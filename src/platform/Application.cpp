@@ -1,7 +1,7 @@
 #include "platform/Application.h"
 
 #include "platform/Process.h"
-#include "platform/Twips.h"
+#include "platform/Screen.h"
 
 #include <QAbstractScrollArea>
 #include <QApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Twips.h"
+#include "platform/Screen.h"
 
 #include <functional>
 #include <string>

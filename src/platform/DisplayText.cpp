@@ -9,16 +9,17 @@
 namespace {
 
 // Cannot be seen, or turns round what stands beside it.
-bool IsMark(char16_t character)
+bool IsMark(QChar character)
 {
-    return character == 0x061c || (character >= 0x200b && character <= 0x200f)
-        || (character >= 0x2028 && character <= 0x202e) || (character >= 0x2060 && character <= 0x206f)
-        || character == 0xfeff;
+    return character == u'\x061c' || (character >= u'\x200b' && character <= u'\x200f')
+        || (character >= u'\x2028' && character <= u'\x202e') || (character >= u'\x2060' && character <= u'\x206f')
+        || character == u'\xfeff';
 }
 
-bool IsControl(char16_t character)
+bool IsControl(QChar character)
 {
-    return (character < 0x20 && character != u'\n' && character != u'\r') || (character >= 0x7f && character < 0xa0);
+    return (character < u' ' && character != u'\n' && character != u'\r')
+        || (character >= u'\x7f' && character < u'\xa0');
 }
 
 }
@@ -33,8 +34,8 @@ QString ToDisplay(std::string_view bytes)
     text.clear();
     text.reserve(size);
     for (const char byte : bytes) {
-        const auto character = static_cast<char16_t>(FromWindows1252(byte));
-        text += character == 0 && byte != 0 ? QChar(QChar::ReplacementCharacter) : QChar(character);
+        const QChar character(FromWindows1252(byte));
+        text += character.isNull() && byte != 0 ? QChar(QChar::ReplacementCharacter) : character;
     }
     return text;
 }
@@ -51,19 +52,13 @@ QString ToShow(std::string_view bytes)
     QString text = ToDisplay(bytes.substr(0, length));
     if (length < bytes.size())
         text += u'\u2026';
-    for (QChar& character : text) {
-        if (IsControl(character.unicode()))
-            character = QChar::ReplacementCharacter;
-    }
+    std::replace_if(text.begin(), text.end(), IsControl, QChar(QChar::ReplacementCharacter));
     return WithMarksMasked(text);
 }
 
 QString WithMarksMasked(QString text)
 {
-    for (QChar& character : text) {
-        if (IsMark(character.unicode()))
-            character = QChar::ReplacementCharacter;
-    }
+    std::replace_if(text.begin(), text.end(), IsMark, QChar(QChar::ReplacementCharacter));
     return text;
 }
 

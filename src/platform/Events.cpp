@@ -2,9 +2,10 @@
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QPointer>
 #include <algorithm>
+#include <chrono>
 
 namespace {
 
@@ -49,27 +50,19 @@ public:
             --waitsToSleep;
             return false;
         }
-        QElapsedTimer clock;
-        clock.start();
-        do {
-            if (DeliverPending()) {
-                // Others may have had the processor for most of the time.
-                Note(clock.nsecsElapsed() < longestNanoseconds);
-                return true;
-            }
-        } while (clock.nsecsElapsed() < longestNanoseconds);
-        Note(false);
-        return false;
+        const QDeadlineTimer end(std::chrono::microseconds(200));
+        bool seen = false;
+        do
+            seen = DeliverPending();
+        while (!seen && !end.hasExpired());
+        // Others may have had the processor for most of the time.
+        const bool paid = seen && !end.hasExpired();
+        timesInVain = paid ? 0 : std::min(timesInVain + 1, mostDoublings);
+        waitsToSleep = paid ? 0 : 1 << timesInVain;
+        return seen;
     }
 
 private:
-    void Note(bool paid)
-    {
-        timesInVain = paid ? 0 : std::min(timesInVain + 1, mostDoublings);
-        waitsToSleep = paid ? 0 : 1 << timesInVain;
-    }
-
-    static constexpr qint64 longestNanoseconds = 200'000;
     static constexpr int mostDoublings = 6;
 
     int timesInVain = 0; // in a row

@@ -27,17 +27,13 @@ bool FileList::SetPath(const std::string& newPath)
 
 void FileList::Refresh() { Fill(NamesIn(path, EntryKind::File).value_or(std::vector<std::string>())); }
 
-void FileList::Fill(const std::vector<std::string>& names)
+void FileList::Fill(std::vector<std::string> names)
 {
-    std::vector<std::string> fitting;
-    for (const std::string& name : names) {
-        const auto isItsEnd = [&](std::string_view ending) {
-            return name.size() >= ending.size()
-                && FindIgnoringCase(name, ending, name.size() - ending.size()) != std::string_view::npos;
-        };
-        if (std::any_of(endings.begin(), endings.end(), isItsEnd))
-            fitting.push_back(name);
-    }
+    std::erase_if(names, [this](const std::string& name) {
+        return std::none_of(endings.begin(), endings.end(), [&name](std::string_view ending) {
+            return name.size() >= ending.size() && SameText(name.substr(name.size() - ending.size()), ending);
+        });
+    });
     Clear();
-    AddItems(fitting);
+    AddItems(names);
 }

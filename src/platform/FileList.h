@@ -18,7 +18,7 @@ public:
     std::function<void()> PathChange; // another directory has been read
 
 private:
-    void Fill(const std::vector<std::string>& names);
+    void Fill(std::vector<std::string> names);
 
     const std::vector<std::string_view> endings;
     std::string path;

@@ -2,7 +2,6 @@
 
 #include "platform/Control.h"
 #include "platform/MouseEvents.h"
-#include "platform/Screen.h"
 
 #include <memory>
 

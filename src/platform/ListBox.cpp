@@ -48,12 +48,12 @@ public:
         additions.emplace_back(text);
     }
 
-    void Insert(const std::vector<std::string>& texts, int index)
+    void Insert(std::vector<std::string> texts, int index)
     {
         for (const std::string& text : texts)
             NoteLength(text);
         beginInsertRows({}, index, index + static_cast<int>(texts.size()) - 1);
-        rows.insert(rows.begin() + index, texts.begin(), texts.end());
+        rows.insert(rows.begin() + index, std::make_move_iterator(texts.begin()), std::make_move_iterator(texts.end()));
         endInsertRows();
     }
 
@@ -64,18 +64,13 @@ public:
         endRemoveRows();
     }
 
-    // Takes these rows away, which must be in order, all in one pass.
-    std::vector<std::string> Take(const std::vector<int>& indexes)
+    // All in one pass.
+    std::vector<std::string> Take(const std::vector<bool>& isTaken)
     {
-        std::vector<std::string> taken;
-        std::vector<std::string> kept;
+        std::vector<std::string> taken, kept;
         beginResetModel();
-        auto next = indexes.begin();
-        for (std::size_t index = 0; index < rows.size(); ++index) {
-            const bool isTaken = next != indexes.end() && static_cast<std::size_t>(*next) == index;
-            next += isTaken ? 1 : 0;
-            (isTaken ? taken : kept).push_back(std::move(rows[index]));
-        }
+        for (std::size_t index = 0; index < rows.size(); ++index)
+            (isTaken[index] ? taken : kept).push_back(std::move(rows[index]));
         rows = std::move(kept);
         endResetModel();
         return taken;
@@ -90,24 +85,24 @@ public:
         endResetModel();
     }
 
-    // Where row `index` will be once the additions, which must be sorted, are merged in.
-    int PlaceAfterMerge(int index) const
-    {
-        const std::string& text = rows[static_cast<std::size_t>(index)];
-        const auto before = std::lower_bound(additions.begin(), additions.end(), text, SortsBefore);
-        return index + static_cast<int>(before - additions.begin());
-    }
-
-    void SortAdditions() { std::sort(additions.begin(), additions.end(), SortsBefore); }
-
+    // Brings the additions behind the rows, and then each of both to its place.
     void Merge()
     {
-        beginResetModel();
-        const auto oldSize = static_cast<std::ptrdiff_t>(rows.size());
-        rows.insert(rows.end(), std::make_move_iterator(additions.begin()), std::make_move_iterator(additions.end()));
-        additions.clear();
-        std::inplace_merge(rows.begin(), rows.begin() + oldSize, rows.end(), SortsBefore);
-        endResetModel();
+        std::sort(additions.begin(), additions.end(), SortsBefore);
+        const int oldSize = rowCount({});
+        Insert(std::exchange(additions, {}), oldSize);
+        const auto added = rows.begin() + oldSize;
+        emit layoutAboutToBeChanged();
+        const QModelIndexList before = persistentIndexList();
+        QModelIndexList after;
+        for (const QModelIndex& row : before) {
+            const std::string& text = rows[static_cast<std::size_t>(row.row())];
+            const auto place = std::lower_bound(added, rows.end(), text, SortsBefore);
+            after.append(index(row.row() + static_cast<int>(place - added)));
+        }
+        changePersistentIndexList(before, after);
+        std::inplace_merge(rows.begin(), added, rows.end(), SortsBefore);
+        emit layoutChanged();
     }
 
     std::vector<std::string> rows;
@@ -161,17 +156,8 @@ public:
         if (rows.additions.empty())
             return;
         sinceRefresh.start();
-        rows.SortAdditions();
-        const int current = currentIndex().isValid() ? rows.PlaceAfterMerge(currentIndex().row()) : -1;
-        std::vector<int> highlighted = HighlightedRows();
-        for (int& row : highlighted)
-            row = rows.PlaceAfterMerge(row);
-        quiet = true;
         rows.Merge();
-        Highlight(highlighted);
-        if (current >= 0)
-            selectionModel()->setCurrentIndex(rows.index(current), QItemSelectionModel::NoUpdate);
-        quiet = false;
+        currentChanged(currentIndex(), {}); // it stays in sight
     }
 
     void RemoveQuietly(int index)
@@ -184,20 +170,22 @@ public:
         quiet = false;
     }
 
+    // Each row that was highlighted by itself is a range of its own to the widget: they are taken as a whole.
     std::vector<std::string> TakeHighlightedRows()
     {
-        const std::vector<int> highlighted = HighlightedRows();
-        if (highlighted.empty())
+        if (!selectionModel()->hasSelection())
             return {};
+        std::vector<bool> highlighted(rows.rows.size());
+        for (const QItemSelectionRange& range : selectionModel()->selection())
+            std::fill_n(highlighted.begin() + range.top(), range.height(), true);
         const int current = currentIndex().row();
-        const auto above = std::lower_bound(highlighted.begin(), highlighted.end(), current);
-        const bool currentStays = current >= 0 && (above == highlighted.end() || *above != current);
         const int place = verticalScrollBar()->value();
         quiet = true;
         std::vector<std::string> taken = rows.Take(highlighted);
-        if (currentStays) {
-            const int rowsAbove = current - static_cast<int>(above - highlighted.begin());
-            selectionModel()->setCurrentIndex(rows.index(rowsAbove), QItemSelectionModel::NoUpdate);
+        if (current >= 0 && !highlighted[static_cast<std::size_t>(current)]) {
+            const auto above = std::count(highlighted.begin(), highlighted.begin() + current, true);
+            const QModelIndex row = rows.index(current - static_cast<int>(above));
+            selectionModel()->setCurrentIndex(row, QItemSelectionModel::NoUpdate);
         }
         verticalScrollBar()->setValue(place);
         quiet = false;
@@ -277,32 +265,6 @@ private:
     private:
         const Rows& rows;
     };
-
-    // In order. Each row that was highlighted by itself is a range of its own to the widget, which looks through all of
-    // them to tell of one row: they are taken and given as a whole.
-    std::vector<int> HighlightedRows() const
-    {
-        std::vector<int> highlighted;
-        for (const QItemSelectionRange& range : selectionModel()->selection()) {
-            for (int row = range.top(); row <= range.bottom(); ++row)
-                highlighted.push_back(row);
-        }
-        std::sort(highlighted.begin(), highlighted.end());
-        highlighted.erase(std::unique(highlighted.begin(), highlighted.end()), highlighted.end());
-        return highlighted;
-    }
-
-    void Highlight(const std::vector<int>& highlighted)
-    {
-        QItemSelection selection;
-        for (auto row = highlighted.begin(); row != highlighted.end();) {
-            const auto first = row++;
-            while (row != highlighted.end() && *row == *(row - 1) + 1)
-                ++row;
-            selection.append(QItemSelectionRange(rows.index(*first), rows.index(*(row - 1))));
-        }
-        selectionModel()->select(selection, QItemSelectionModel::Select);
-    }
 
     ListBox& box;
     QTimer refreshTimer;

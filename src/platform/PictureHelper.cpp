@@ -4,6 +4,7 @@
 #include "platform/Events.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QPointer>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -71,12 +72,10 @@ public:
         if (!memory.IsOpen() || ftruncate(memory.Number(), static_cast<off_t>(room)) != 0
             || fcntl(memory.Number(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) != 0)
             return;
-        void* const place = mmap(nullptr, room, PROT_READ, MAP_SHARED, memory.Number(), 0);
-        if (place == MAP_FAILED)
-            return;
-        pixels = static_cast<const uchar*>(place);
+        if (shared.open(memory.Number(), QIODevice::ReadOnly))
+            pixels = shared.map(0, static_cast<qint64>(room));
         int ends[2];
-        if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+        if (pixels == nullptr || socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
             return;
         socket = Descriptor(ends[0]);
         const Descriptor itsEnd(ends[1]);
@@ -89,8 +88,6 @@ public:
             kill(process, SIGKILL);
             while (waitpid(process, nullptr, 0) < 0 && errno == EINTR) { }
         }
-        if (pixels != nullptr)
-            munmap(const_cast<uchar*>(pixels), room);
     }
 
     bool Serves(bool metafiles, std::size_t bytes) const { return forMetafiles == metafiles && room >= bytes; }
@@ -118,9 +115,9 @@ public:
             return std::nullopt;
         const QSize size(static_cast<int>(answer.pixelWidth), static_cast<int>(answer.pixelHeight));
         // A copy, since the helper can still write there.
-        const QImage shared(pixels, size.width(), size.height(), 4 * size.width(),
+        const QImage itsPixels(pixels, size.width(), size.height(), 4 * size.width(),
             answer.hasAlpha != 0 ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
-        return HelpersPicture{{static_cast<int>(answer.width), static_cast<int>(answer.height)}, shared.copy()};
+        return HelpersPicture{{static_cast<int>(answer.width), static_cast<int>(answer.height)}, itsPixels.copy()};
     }
 
 private:
@@ -198,6 +195,7 @@ private:
     const bool forMetafiles;
     const std::size_t room;
     Descriptor memory;
+    QFile shared; // the memory once more, which maps it
     Descriptor socket;
     pid_t process = -1;
     bool isNew = true;

@@ -5,22 +5,17 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QSettings>
 #include <sys/stat.h>
 
 namespace {
 
-// What is made meanwhile is for its owner alone, from its first byte on.
-class OwnerAlone {
-public:
-    OwnerAlone() = default;
-    ~OwnerAlone() { umask(before); }
-    OwnerAlone(const OwnerAlone&) = delete;
-    OwnerAlone& operator=(const OwnerAlone&) = delete;
-
-private:
-    const mode_t before = umask(S_IRWXG | S_IRWXO);
-};
+// What is made as long as the result lives is for its owner alone, from its first byte on.
+auto OwnerAlone()
+{
+    return qScopeGuard([before = umask(S_IRWXG | S_IRWXO)] { umask(before); });
+}
 
 // An empty key would name its whole section.
 const QString emptyKey = QStringLiteral("%");
@@ -58,16 +53,13 @@ QVariant StoreValue(std::string_view value)
 // with those that any new file gets. What it could not write at once it writes later, by itself.
 class OwnersStore : public QSettings {
 public:
-    explicit OwnersStore(const QString& path)
-        : QSettings(path, QSettings::IniFormat)
-    {
-    }
+    using QSettings::QSettings;
 
     void Narrow() { (void)QFile::setPermissions(fileName(), QFile::ReadOwner | QFile::WriteOwner); }
 
     void Write()
     {
-        const OwnerAlone rights;
+        const auto rights = OwnerAlone();
         Narrow();
         sync();
     }
@@ -75,7 +67,7 @@ public:
 protected:
     bool event(QEvent* event) override
     {
-        const OwnerAlone rights;
+        const auto rights = OwnerAlone();
         Narrow();
         return QSettings::event(event);
     }
@@ -87,13 +79,13 @@ Settings::Settings(const std::string& fileName)
     QDir().mkpath(QFileInfo(path).path());
     if (QFile file(path); !file.exists())
         (void)file.open(QIODevice::NewOnly | QIODevice::WriteOnly, QFile::ReadOwner | QFile::WriteOwner);
-    store = std::make_unique<OwnersStore>(path);
+    store = std::make_unique<OwnersStore>(path, QSettings::IniFormat);
     store->Narrow();
 }
 
 Settings::~Settings()
 {
-    const OwnerAlone rights;
+    const auto rights = OwnerAlone();
     store.reset();
 }
 

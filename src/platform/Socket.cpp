@@ -4,7 +4,6 @@
 #include "platform/Control.h"
 #include "platform/DisplayText.h"
 
-#include <QCoreApplication>
 #include <QNetworkProxy>
 #include <QPointer>
 #include <QTcpSocket>
@@ -12,8 +11,8 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-// One connection. What it has to tell is posted to the socket's mailbox, so that no handler ever runs inside it, and it
-// can be deleted at any time, by a handler of its own events too.
+// One connection. What it has to tell is posted, so that no handler ever runs inside a signal, and it can be deleted at
+// any time, by a handler of its own events too: what is posted to it goes with it.
 class Socket::Connection : public QObject {
 public:
     explicit Connection(Socket& ownerSocket)
@@ -87,7 +86,7 @@ private:
 
     template <class Function> void Post(Function function)
     {
-        QMetaObject::invokeMethod(owner.mailbox.get(), std::move(function), Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, std::move(function), Qt::QueuedConnection);
     }
 
     void PostState(SocketState state)
@@ -125,11 +124,7 @@ private:
     bool arrivalPosted = false;
 };
 
-Socket::Socket()
-    : mailbox(std::make_unique<QObject>())
-{
-}
-
+Socket::Socket() = default;
 Socket::~Socket() = default;
 
 int Socket::PortFrom(std::string_view text)
@@ -148,7 +143,6 @@ void Socket::Connect(const std::string& host, int port)
 void Socket::Close()
 {
     state = SocketState::Closed;
-    QCoreApplication::removePostedEvents(mailbox.get());
     connection.reset();
 }
 

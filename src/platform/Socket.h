@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 
-class QObject;
-
 enum class SocketState {
     Closed = 0,
     ResolvingHost = 4,
@@ -72,7 +70,6 @@ private:
 
     void Enter(SocketState newState);
 
-    std::unique_ptr<QObject> mailbox; // whom the events are posted to
     std::unique_ptr<Connection> connection;
     SocketState state = SocketState::Closed;
 };

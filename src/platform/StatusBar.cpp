@@ -10,40 +10,13 @@
 #include <QLocale>
 #include <QTimer>
 #include <algorithm>
+#include <numeric>
 #include <vector>
-
-// What the panels lie in.
-class StatusPanel::Row : public QWidget {
-public:
-    Row()
-    {
-        layout.setContentsMargins(0, 0, 0, 0);
-        layout.setSpacing(spacing);
-        connect(&clock, &QTimer::timeout, this, [this] { ShowClock(); });
-    }
-
-    Field* Add(const StatusPanelDesign& design);
-
-    // Gives each panel the room for its longest text. In many fonts the longest texts do not fit side by side; then the
-    // letters are smaller by what that takes, down to three quarters.
-    void Fit();
-
-    void ShowClock();
-
-private:
-    static constexpr int spacing = 1;
-
-    QHBoxLayout layout{this};
-    std::vector<Field*> fields;
-    QTimer clock;
-};
 
 class StatusPanel::Field : public QLabel {
 public:
-    Field(Row& ownerRow, const StatusPanelDesign& design)
-        : QLabel(&ownerRow)
-        , takesRest(design.takesRest)
-        , row(ownerRow)
+    explicit Field(const StatusPanelDesign& design)
+        : takesRest(design.takesRest)
         , longest{ToDisplay(design.longest)}
     {
         setText(ToDisplay(design.text));
@@ -94,7 +67,6 @@ public:
     }
 
     const bool takesRest;
-    Row& row;
 
 private:
     QString Clock(const QDateTime& when) const
@@ -109,45 +81,65 @@ private:
     QTimer paintTimer;
 };
 
-StatusPanel::Field* StatusPanel::Row::Add(const StatusPanelDesign& design)
-{
-    auto* field = new Field(*this, design);
-    fields.push_back(field);
-    field->setObjectName(QStringLiteral("%1.Panels(%2)").arg(objectName()).arg(fields.size()));
-    layout.addWidget(field, field->takesRest ? 1 : 0);
-    return field;
-}
-
-void StatusPanel::Row::Fit()
-{
-    const auto needed = [this](const QFont& letters) {
-        int width = spacing * static_cast<int>(fields.size() - 1);
-        for (const Field* field : fields)
-            width += field->WidthIn(letters);
-        return width;
-    };
-    QFont letters = QApplication::font();
-    const int size = QFontInfo(letters).pixelSize();
-    for (int smaller = size - 1; needed(letters) > width() && smaller >= size * 3 / 4; --smaller)
-        letters.setPixelSize(smaller);
-    for (Field* field : fields) {
-        field->setFont(letters);
-        if (field->takesRest)
-            field->setMinimumWidth(1);
-        else
-            field->setFixedWidth(field->WidthIn(letters));
+// What the panels lie in.
+class StatusPanel::Row : public QWidget {
+public:
+    Row()
+    {
+        layout.setContentsMargins(0, 0, 0, 0);
+        layout.setSpacing(spacing);
+        connect(&clock, &QTimer::timeout, this, [this] { ShowClock(); });
     }
-}
 
-void StatusPanel::Row::ShowClock()
-{
-    for (Field* field : fields) {
-        if (field->HasClock()) {
-            field->ShowClock();
-            clock.start(1000);
+    Field* Add(const StatusPanelDesign& design)
+    {
+        auto* field = fields.emplace_back(new Field(design));
+        field->setObjectName(QStringLiteral("%1.Panels(%2)").arg(objectName()).arg(fields.size()));
+        layout.addWidget(field, field->takesRest ? 1 : 0);
+        return field;
+    }
+
+    // Gives each panel the room for its longest text, and shows the clock. In many fonts the longest texts do not fit
+    // side by side; then the letters are smaller by what that takes, down to three quarters.
+    void Fit()
+    {
+        QFont letters = QApplication::font();
+        const int size = QFontInfo(letters).pixelSize();
+        for (int smaller = size - 1; WidthIn(letters) > width() && smaller >= size * 3 / 4; --smaller)
+            letters.setPixelSize(smaller);
+        for (Field* field : fields) {
+            field->setFont(letters);
+            if (field->takesRest)
+                field->setMinimumWidth(1);
+            else
+                field->setFixedWidth(field->WidthIn(letters));
+        }
+        ShowClock();
+    }
+
+private:
+    static constexpr int spacing = 1;
+
+    int WidthIn(const QFont& letters) const
+    {
+        return std::accumulate(fields.begin(), fields.end(), spacing * static_cast<int>(fields.size() - 1),
+            [&letters](int sum, const Field* field) { return sum + field->WidthIn(letters); });
+    }
+
+    void ShowClock()
+    {
+        for (Field* field : fields) {
+            if (field->HasClock()) {
+                field->ShowClock();
+                clock.start(1000);
+            }
         }
     }
-}
+
+    QHBoxLayout layout{this};
+    std::vector<Field*> fields;
+    QTimer clock;
+};
 
 StatusPanel::StatusPanel(Field* newField)
     : field(newField)
@@ -159,8 +151,7 @@ void StatusPanel::SetText(std::string_view text) { field->Show(ToShow(text)); }
 void StatusPanel::SetStyle(PanelStyle style)
 {
     field->SetStyle(style);
-    field->row.Fit();
-    field->row.ShowClock();
+    static_cast<Row*>(field->parentWidget())->Fit();
 }
 
 StatusBar::StatusBar(Container& container, std::string_view name, const Place& place,
@@ -171,7 +162,6 @@ StatusBar::StatusBar(Container& container, std::string_view name, const Place& p
     for (const StatusPanelDesign& design : designs)
         panels.push_back(StatusPanel(row->Add(design)));
     row->Fit();
-    row->ShowClock();
     if (where == StatusBarPlace::AsDesigned)
         return;
     // A layout that has nothing else in it leaves all other controls where they are.
