@@ -65,8 +65,6 @@ Control::Control(Container& container, QWidget* newWidget, std::string_view name
 
 Control::~Control() { delete widget; }
 
-std::string Control::Name() const { return FromDisplay(widget->objectName()); }
-
 bool Control::Enabled() const { return widget->isEnabledTo(widget->parentWidget()); }
 
 void Control::SetEnabled(bool enabled)

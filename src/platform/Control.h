@@ -43,8 +43,6 @@ public:
     Control(const Control&) = delete;
     Control& operator=(const Control&) = delete;
 
-    std::string Name() const;
-
     // A control that is disabled or hidden while it, or what it holds, has the keyboard focus has it again afterwards,
     // unless the user has moved on. Meanwhile no other control has it.
     bool Enabled() const;

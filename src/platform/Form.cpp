@@ -267,8 +267,6 @@ Form::Form(std::string_view name, std::string_view caption, const Design& design
 
 Form::~Form() = default;
 
-std::string Form::Caption() const { return FromDisplay(window->windowTitle()); }
-
 void Form::SetCaption(std::string_view caption) { window->setWindowTitle(ToShow(caption)); }
 
 double Form::Left() const { return Twips::FromPixels(window->NormalPlace().x()); }

@@ -35,7 +35,6 @@ public:
     Form(const Form&) = delete;
     Form& operator=(const Form&) = delete;
 
-    std::string Caption() const;
     void SetCaption(std::string_view caption);
 
     // In twips, on the screen, of the whole window; as they were before while it is hidden, minimised or maximised.

@@ -114,6 +114,4 @@ TabStrip::~TabStrip() = default;
 
 Container& TabStrip::Page(int index) { return *pages.at(static_cast<std::size_t>(index)); }
 
-int TabStrip::Tab() const { return static_cast<QTabWidget*>(widget)->currentIndex(); }
-
 void TabStrip::SetTab(int index) { static_cast<QTabWidget*>(widget)->setCurrentIndex(index); }

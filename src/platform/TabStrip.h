@@ -17,7 +17,6 @@ public:
     // Where the controls of a page lie; counted from 0. Their places count from the corner of the page.
     Container& Page(int index);
 
-    int Tab() const;
     void SetTab(int index);
 
 private:

@@ -26,6 +26,4 @@ void Timer::SetEnabled(bool enabled)
         timer->stop();
 }
 
-std::chrono::milliseconds Timer::Interval() const { return timer->intervalAsDuration(); }
-
 void Timer::SetInterval(std::chrono::milliseconds interval) { timer->setInterval(interval); }

@@ -17,8 +17,6 @@ public:
 
     bool Enabled() const;
     void SetEnabled(bool enabled);
-
-    std::chrono::milliseconds Interval() const;
     void SetInterval(std::chrono::milliseconds interval);
 
     std::function<void()> Tick;

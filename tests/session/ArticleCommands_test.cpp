@@ -62,7 +62,7 @@ TEST(ArticleCommandsTest, OneConversationInPiecesOfAnySize)
         EXPECT_EQ(session.FirstArticle, 7003);
         EXPECT_EQ(session.LastArticle, 7055);
         EXPECT_EQ(client.Run("stat 7003"), "true 7006");
-        EXPECT_EQ(client.MainForm.Caption(), "Setting group pointers: 7006");
+        EXPECT_EQ(CaptionOf("frmTamarack"), "Setting group pointers: 7006");
         EXPECT_EQ(client.Run("next"), "true");
         EXPECT_EQ(session.CurrentArticle, 7007);
         EXPECT_EQ(client.Run("head 7007"), "Subject: red\r\nLines: 3");
