@@ -77,8 +77,6 @@ UnnamedFile::~UnnamedFile()
         (void)DeleteFile(path); // nothing more can be done about it
 }
 
-UnnamedFile::UnnamedFile(UnnamedFile&& other) noexcept { *this = std::move(other); }
-
 UnnamedFile& UnnamedFile::operator=(UnnamedFile&& other) noexcept
 {
     std::swap(path, other.path);

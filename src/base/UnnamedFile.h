@@ -14,7 +14,6 @@ public:
     // `directory` is empty or ends in a "/".
     explicit UnnamedFile(const std::string& directory);
     ~UnnamedFile();
-    UnnamedFile(UnnamedFile&& other) noexcept;
     UnnamedFile& operator=(UnnamedFile&& other) noexcept;
 
     // False for none, and where the file could not be made.

@@ -14,8 +14,6 @@ void ProgressBar::SetMinimum(int minimum) { static_cast<QProgressBar*>(widget)->
 
 void ProgressBar::SetMaximum(int maximum) { static_cast<QProgressBar*>(widget)->setMaximum(maximum); }
 
-int ProgressBar::Value() const { return static_cast<QProgressBar*>(widget)->value(); }
-
 void ProgressBar::SetValue(int value)
 {
     auto* bar = static_cast<QProgressBar*>(widget);

@@ -11,6 +11,5 @@ public:
     void SetMaximum(int maximum);
 
     // A value outside the range becomes its nearer end.
-    int Value() const;
     void SetValue(int value);
 };

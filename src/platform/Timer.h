@@ -17,7 +17,6 @@ public:
 
     bool Enabled() const;
     void SetEnabled(bool enabled);
-
     void SetInterval(std::chrono::milliseconds interval);
 
     std::function<void()> Tick;

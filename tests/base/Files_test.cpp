@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,9 +20,9 @@ namespace {
 std::vector<std::string> Fields(
     const std::string& content, std::string_view (SequentialInput::*read)() = &SequentialInput::ReadQuotedField)
 {
-    const TemporaryFolder folder;
-    MakeFile(folder.File("fields"), content);
-    SequentialInput input(folder.File("fields"));
+    const TemporaryFolder home;
+    MakeFile(home.File("fields"), content);
+    SequentialInput input(home.File("fields"));
     EXPECT_TRUE(input.IsOpen());
     std::vector<std::string> fields;
     while (!input.AtEnd())
@@ -29,27 +30,31 @@ std::vector<std::string> Fields(
     return fields;
 }
 
+unsigned RightsOf(const std::string& path) { return static_cast<unsigned>(fs::status(path).permissions()); }
+
+class FilesTest : public testing::Test {
+protected:
+    const TemporaryFolder folder;
+    const std::string path = folder.File("config/file");
+};
+
+using SettingsTest = FilesTest;
+
 }
 
-TEST(Files, FieldsEndAtCommasAndLineEnds)
+TEST(Fields, EndAtCommasAndLineEnds)
 {
     using Texts = std::vector<std::string>;
-    EXPECT_EQ(Fields("alt.kites\r\n  rec.a b\r\n"), (Texts{"alt.kites", "rec.a b"}));
-    EXPECT_EQ(Fields("one,two\nthree"), (Texts{"one", "two", "three"}));
-    EXPECT_EQ(Fields("\"a,b\r\nc\"\r\nd"), (Texts{"a,b\r\nc", "d"}));
-    EXPECT_EQ(Fields("\"no end"), (Texts{"no end"}));
-    EXPECT_EQ(Fields("a\r\n\r\nb\r\n"), (Texts{"a", "", "b"}));
-    EXPECT_EQ(Fields(""), Texts{});
+    EXPECT_EQ(Fields("one,two\nthree\r\n\r\n  rec.a b\r\n"), (Texts{"one", "two", "three", "", "rec.a b"}));
+    EXPECT_EQ(Fields("\"a,b\r\nc\"\r\n\"no end"), (Texts{"a,b\r\nc", "no end"}));
     EXPECT_EQ(Fields("\"a,b\r\n  c\"d\n\"", &SequentialInput::ReadField), (Texts{"\"a", "b", "c\"d", "\""}));
 }
 
-TEST(Files, RecordsAreReadAndWrittenInPlace)
+TEST_F(FilesTest, RecordsAreReadAndWrittenInPlace)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.File("records");
     std::string record;
+    EXPECT_FALSE(MakeDirectory(DirectoryOf(path)));
     EXPECT_EQ(RandomFile(path, RandomAccess::Read, 4).RecordCount(), 0);
-    EXPECT_TRUE(RandomFile(path, RandomAccess::ReadWrite, 4).Write(1, "aaaa"));
     EXPECT_TRUE(RandomFile(path, RandomAccess::ReadWrite, 4).Write(3, "cccc"));
     EXPECT_TRUE(RandomFile(path, RandomAccess::ReadWrite, 4).Write(1, "AAAA"));
     EXPECT_EQ(ContentOf(path), std::string("AAAA\0\0\0\0cccc", 12));
@@ -62,9 +67,8 @@ TEST(Files, RecordsAreReadAndWrittenInPlace)
     EXPECT_EQ(record, "AAAA");
 }
 
-TEST(Files, ReplacingLeavesTheOldFileWhenItFails)
+TEST_F(FilesTest, ReplacingLeavesTheOldFileWhenItFails)
 {
-    const TemporaryFolder folder;
     EXPECT_FALSE(ReplaceFile(folder.File("kept"), {"n", "ew"}));
     EXPECT_EQ(ContentOf(folder.File("kept")), "new");
     fs::create_directory(folder.File(".replacement.new"));
@@ -72,37 +76,19 @@ TEST(Files, ReplacingLeavesTheOldFileWhenItFails)
     EXPECT_EQ(ContentOf(folder.File("kept")), "new");
 }
 
-namespace {
-
-unsigned RightsOf(const std::string& path)
+TEST_F(FilesTest, ALogIsForItsOwner)
 {
-    struct stat status { };
-    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
-    return status.st_mode & 0777;
+    const std::string log = folder.File("debug.log");
+    EXPECT_FALSE(AppendToFile(log, "pass "));
+    EXPECT_EQ(RightsOf(log), 0600U);
+    fs::permissions(log, fs::perms(0664));
+    EXPECT_FALSE(AppendToFile(log, "secret"));
+    EXPECT_EQ(RightsOf(log), 0600U);
+    EXPECT_EQ(ContentOf(log), "pass secret");
 }
 
-}
-
-TEST(Files, ALogIsForItsOwner)
+TEST_F(FilesTest, ALockOfAnotherUserIsNotTaken)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.File("debug.log");
-    for (const bool old : {false, true}) {
-        if (old) {
-            MakeFile(path, "");
-            fs::permissions(path, fs::perms(0664));
-        }
-        EXPECT_FALSE(AppendToFile(path, "pass secret"));
-        EXPECT_EQ(RightsOf(path), 0600U);
-        EXPECT_EQ(ContentOf(path), "pass secret");
-        fs::remove(path);
-    }
-}
-
-TEST(Files, ALockOfAnotherUserIsNotTaken)
-{
-    const TemporaryFolder folder;
-    const std::string path = folder.File("lock");
     MakeFile(path, "");
     fs::permissions(path, fs::perms::none);
     fs::permissions(folder.Path(), fs::perms::all);
@@ -125,92 +111,68 @@ TEST(Files, ALockOfAnotherUserIsNotTaken)
     EXPECT_FALSE(LockFile(folder.File("mine")).OfAnotherUser());
 }
 
-TEST(Files, WritingDoesNotFollowALink)
+TEST_F(FilesTest, WritingDoesNotFollowALink)
 {
-    const TemporaryFolder folder;
     MakeFile(folder.File("precious"), "old");
-    fs::create_symlink(folder.File("precious"), folder.File("article1.uue"));
-    EXPECT_FALSE(WriteFile(folder.File("article1.uue"), "body", "\r\n"));
-    EXPECT_EQ(ContentOf(folder.File("article1.uue")), "body\r\n");
+    fs::create_symlink(folder.File("precious"), folder.File("link"));
+    EXPECT_FALSE(WriteFile(folder.File("link"), "body", "\r\n"));
+    EXPECT_EQ(ContentOf(folder.File("link")), "body\r\n");
     EXPECT_EQ(ContentOf(folder.File("precious")), "old");
 }
 
-TEST(Files, LookUpsTellFilesFromDirectories)
+TEST_F(FilesTest, LookUpsTellFilesFromDirectories)
 {
-    const TemporaryFolder folder;
     MakeFile(folder.File("plain"), "");
-    EXPECT_TRUE(FileExists(folder.File("plain")));
     EXPECT_FALSE(FileExists(folder.Path()));
-    EXPECT_TRUE(DirExists(folder.Path()));
     EXPECT_TRUE(DirExists(folder.File("plain/")));
     EXPECT_FALSE(DirExists(folder.File("missing/")));
-    EXPECT_FALSE(DirExists(""));
     EXPECT_EQ(MakeDirectory(folder.File("a/b")), std::errc::no_such_file_or_directory);
     EXPECT_EQ(MakeDirectory(folder.File("plain")), std::errc::file_exists);
 }
 
-TEST(SettingsStore, KeepsTextsAndBytesUnderAnyKey)
+TEST_F(SettingsTest, KeepsTextsAndBytesUnderAnyKey)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.File("config/Tamarack.ini");
-    const std::vector<std::string> keys{"1", "news.example.com", "a/b\\c", "100%2F", "K", "k", "news.example.com.pass"};
-    const std::vector<std::string> values{"plain", "a, b; \"c\"", "\xFF\xFE raw", "gr\xC3\xBC\xC3\x9F", " ends ", "@x"};
+    const std::map<std::string, std::string> texts{{"1", "plain"}, {"a/b\\c", "a, b; \"c\""},
+        {"100%2F", "\xFF\xFE raw"}, {"K", "gr\xC3\xBC\xC3\x9F"}, {"k", " ends "}, {"news.example.com.pass", "@x"}};
+    MakeFile(path, "[Startup]\n6=by, hand");
     {
         Settings settings(path);
-        for (std::size_t i = 0; i < keys.size(); ++i)
-            settings.SaveSetting("Servers2", keys[i], values[i % values.size()]);
+        EXPECT_EQ(RightsOf(path), 0600U);
+        for (const auto& [key, text] : texts)
+            settings.SaveSetting("Servers2", key, text);
         for (const char* gone : {"gone", ""}) {
             settings.SaveSetting("Servers2", gone, "x");
             settings.DeleteSetting("Servers2", gone);
         }
     }
-    EXPECT_EQ(RightsOf(path), 0600U);
     const Settings settings(path);
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        EXPECT_EQ(settings.GetSetting("Servers2", keys[i]), values[i % values.size()]) << keys[i];
+    for (const auto& [key, text] : texts)
+        EXPECT_EQ(settings.GetSetting("Servers2", key), text) << key;
     EXPECT_EQ(settings.GetSetting("Servers2", "gone"), "");
-    EXPECT_EQ(settings.GetAllSettings("Servers2").size(), keys.size());
-    EXPECT_TRUE(settings.GetAllSettings("Servers").empty());
+    EXPECT_EQ(settings.GetAllSettings("Servers2").size(), texts.size());
+    EXPECT_EQ(settings.GetSetting("Startup", "6"), "by,hand");
 }
 
-// Whatever happens to the file meanwhile: the password is in it.
-TEST(SettingsStore, IsForItsOwner)
+// Whatever happens to the file meanwhile, and also when it is written later: the password is in it.
+TEST_F(SettingsTest, IsForItsOwner)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.File("config/Tamarack.ini");
-    const auto widen = [&path] { fs::permissions(path, fs::perms(0644)); };
     const mode_t before = umask(0);
     Settings settings(path);
-    for (const std::function<void()>& change : std::initializer_list<std::function<void()>>{
-             [] {}, [&path] { fs::remove(path); }, [&folder] { fs::remove_all(folder.File("config")); }, widen}) {
+    const std::string directory = DirectoryOf(path);
+    for (const std::function<void()>& change :
+        std::initializer_list<std::function<void()>>{[] {}, [&] { fs::remove(path); },
+            [&] { fs::remove_all(directory); }, [&] { fs::permissions(path, fs::perms(0644)); }}) {
         change();
         settings.SaveSetting("Servers2", "news.example.com.pass", std::to_string(std::rand()));
         EXPECT_EQ(RightsOf(path), 0600U);
     }
     EXPECT_EQ(umask(before), 0U);
-}
 
-// What could not be written at once is written when it can be.
-TEST(SettingsStore, IsForItsOwnerAlsoWhenWrittenLater)
-{
-    const TemporaryFolder folder;
-    const std::string path = folder.File("config/Tamarack.ini");
-    Settings settings(path);
-    fs::remove_all(folder.File("config"));
+    fs::remove_all(directory);
     MakeFile(folder.File("config"), "in its way");
     settings.SaveSetting("Servers2", "news.example.com.pass", "secret");
     fs::remove(folder.File("config"));
-    fs::create_directory(folder.File("config"));
+    fs::create_directory(directory);
     QCoreApplication::processEvents();
     EXPECT_EQ(RightsOf(path), 0600U);
-}
-
-TEST(SettingsStore, ReadsWhatItCanOfADamagedFile)
-{
-    const TemporaryFolder folder;
-    MakeFile(folder.File("Tamarack.ini"), "[Startup]\n6=a, b\n\x01\xFF[[garbage\n[Startup\n2=1");
-    Settings settings(folder.File("Tamarack.ini"));
-    EXPECT_EQ(settings.GetSetting("Startup", "6"), "a,b");
-    settings.SaveSetting("Startup", "3", "1");
-    EXPECT_EQ(Settings(folder.File("Tamarack.ini")).GetSetting("Startup", "3"), "1");
 }

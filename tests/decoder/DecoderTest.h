@@ -39,6 +39,14 @@ protected:
 
     std::string Content(const std::string& name) const { return ContentOf(folder.File(name)); }
 
+    // The content of a file, which goes.
+    std::string Taken(const std::string& name) const
+    {
+        std::string content = Content(name);
+        std::remove(folder.File(name).c_str());
+        return content;
+    }
+
     TemporaryFolder folder;
     AttachmentDecoder decoder;
 };

@@ -13,9 +13,6 @@
 #include <pthread.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/ptrace.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -30,62 +27,44 @@ const std::string threads;
 const std::string threads = "make a thread; ";
 #endif
 
-bool KernelHasLandlock()
-{
-    return syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) > 0;
-}
-
 // What a reader that has been led astray might try. Each gives true if the kernel has let it.
 std::map<std::string, std::function<bool()>> Attempts(const std::string& file)
 {
     const auto opens = [](std::string path, int flags) { return [=] { return open(path.c_str(), flags, 0600) >= 0; }; };
-    const char* const path = file.c_str();
-    static char shell[] = "/bin/sh";
-    static char* arguments[] = {shell, nullptr};
+    // With arguments that nothing can be done with, so that only the filter gives EPERM.
+    const auto asks
+        = [](long call) { return [=] { return syscall(call, -1, -1, -1, -1, -1) >= 0 || errno != EPERM; }; };
     return {{"open a file", opens(file, O_RDONLY)}, {"write to a file", opens(file, O_WRONLY)},
         {"change a file", opens(file, O_RDWR)}, {"cut a file off", opens(file, O_RDONLY | O_TRUNC)},
         {"make a file", opens(file + "2", O_RDONLY | O_CREAT)},
         {"make one without a name", opens("/tmp", O_TMPFILE | O_RDWR)},
         {"open its own memory", opens("/proc/self/mem", O_RDONLY)}, {"open a font", opens(font, O_RDONLY)},
         {"write to a font", opens(font, O_WRONLY)}, {"read a directory", opens("/", O_RDONLY | O_DIRECTORY)},
-        {"delete a file", [=] { return unlink(path) == 0; }},
-        {"rename a file", [=] { return rename(path, path) == 0; }},
-        {"make a directory", [=] { return mkdir((file + "3").c_str(), 0700) == 0; }},
-        {"give rights", [=] { return fchmod(STDIN_FILENO, 0777) == 0 || chmod(path, 0777) == 0; }},
-        {"make a socket", [] { return socket(AF_INET, SOCK_STREAM, 0) >= 0 || socket(AF_UNIX, SOCK_STREAM, 0) >= 0; }},
-        {"make a pair of sockets",
-            [] { return socketpair(AF_UNIX, SOCK_STREAM, 0, std::array<int, 2>().data()) == 0; }},
-        {"run a program", [] { return execve(shell, arguments, nullptr) == 0; }},
+        {"delete a file", asks(SYS_unlinkat)}, {"rename a file", asks(SYS_renameat2)},
+        {"make a directory", asks(SYS_mkdirat)}, {"give rights", asks(SYS_fchmod)}, {"make a socket", asks(SYS_socket)},
+        {"make a pair of sockets", asks(SYS_socketpair)}, {"run a program", asks(SYS_execve)},
+        {"end its parent", asks(SYS_kill)}, {"trace its parent", asks(SYS_ptrace)},
+        {"have the kernel make its calls", asks(SYS_io_uring_setup)},
         {"make a process",
             [] {
                 const pid_t child = fork();
                 if (child == 0)
                     _exit(0);
-                return child > 0 || syscall(SYS_vfork) > 0;
+                return child > 0;
             }},
         {"make a thread",
             [] {
                 pthread_t thread{};
-                return !threads.empty()
-                    && pthread_create(
-                           &thread, nullptr, [](void*) -> void* { return nullptr; }, nullptr)
-                    == 0
+                const auto nothing = [](void*) -> void* { return nullptr; };
+                return !threads.empty() && pthread_create(&thread, nullptr, nothing, nullptr) == 0
                     && pthread_join(thread, nullptr) == 0;
             }},
-        {"end its parent", [] { return kill(getppid(), 0) == 0; }},
-        {"have the kernel end its parent",
-            [] {
-                return fcntl(STDIN_FILENO, F_SETOWN, getppid()) == 0 || fcntl(STDIN_FILENO, F_SETSIG, SIGKILL) == 0;
-            }},
-        {"take a file for itself", [] { return fcntl(STDIN_FILENO, F_SETLEASE, F_RDLCK) == 0; }},
-        {"trace its parent", [] { return ptrace(PTRACE_SEIZE, getppid(), 0, 0) == 0; }},
+        {"have the kernel end its parent", [] { return fcntl(STDIN_FILENO, F_SETOWN, getppid()) == 0; }},
+        {"choose the signal", [] { return fcntl(STDIN_FILENO, F_SETSIG, SIGKILL) == 0; }},
         {"become visible", [] { return prctl(PR_SET_DUMPABLE, 1) == 0; }},
-        {"make code",
-            [] {
-                return mmap(nullptr, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) != MAP_FAILED;
-            }},
-        {"have the kernel make its calls",
-            [] { return syscall(SYS_io_uring_setup, 1, nullptr) >= 0 || errno == EFAULT; }}};
+        {"make code", [] {
+             return mmap(nullptr, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) != MAP_FAILED;
+         }}};
 }
 
 // What of all that succeeds behind the filter, told by a process that has gone through it.
@@ -104,11 +83,9 @@ std::string Permitted(Files files)
         std::string permitted;
         if (!LetGo() || (files == Files::OnlyFonts && !ConfineToFonts()) || !FilterCalls(files))
             permitted = "not confined";
-        else {
-            for (const auto& [what, attempt] : Attempts(file)) {
-                if (attempt())
-                    permitted += what + "; ";
-            }
+        for (const auto& [what, attempt] : Attempts(file)) {
+            if (permitted != "not confined" && attempt())
+                permitted += what + "; ";
         }
         (void)!write(pixelDescriptor, permitted.data(), permitted.size());
         _exit(0);
@@ -130,7 +107,7 @@ TEST(Confinement, LeavesNothingButThreads) { EXPECT_EQ(Permitted(Files::None), t
 
 TEST(Confinement, LeavesFontsToReadersOfMetafiles)
 {
-    if (!KernelHasLandlock())
+    if (syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) <= 0)
         GTEST_SKIP() << "The test of opening fonts alone is passed over: this kernel has no Landlock.";
     EXPECT_EQ(Permitted(Files::OnlyFonts), threads + "open a font; ");
 }
@@ -141,8 +118,7 @@ TEST(Protocol, WhatCannotBeAnAnswer)
     EXPECT_TRUE(IsPossible({6000, 4000, 800, 533, 0}, request));
     EXPECT_TRUE(IsPossible({1, 1, 1, 1, 1}, request));
     constexpr std::uint32_t most = ~0U;
-    for (const PictureAnswer& answer :
-        {PictureAnswer{0, 0, 0, 0, 0}, {0, 1, 1, 1, 0}, {1, 1, 801, 1, 0}, {1, 1, 1, 601, 0}, {1, 1, 0, 1, 0},
-            {most, 1, 1, 1, 0}, {8001, 8000, 1, 1, 0}, {65536, 65536, 1, 1, 0}, {1, 1, most, most, 0}, {1, 1, 1, 1, 2}})
+    for (const PictureAnswer& answer : {PictureAnswer{0, 1, 1, 1, 0}, {1, 1, 801, 1, 0}, {1, 1, 1, 601, 0},
+             {1, 1, 0, 1, 0}, {most, 1, 1, 1, 0}, {8001, 8000, 1, 1, 0}, {65536, 65536, 1, 1, 0}, {1, 1, 1, 1, 2}})
         EXPECT_FALSE(IsPossible(answer, request)) << answer.width << " " << answer.pixelWidth;
 }
