@@ -38,12 +38,12 @@ ReadPicture ReadFrom(QIODevice& device, PictureFormat format, const QSize& most,
     return {reader.read(), turned ? size.transposed() : size};
 }
 
-ReadPicture ReadParts(const QByteArray& file, PictureFormat format, const QSize& most)
+ReadPicture ReadBytes(const QByteArray& bytes, PictureFormat format, const QSize& most, int number = 0)
 {
     QBuffer buffer;
-    buffer.setData(PixelParts(file, format));
+    buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
-    return ReadFrom(buffer, format, most);
+    return ReadFrom(buffer, format, most, number);
 }
 
 // An icon file holds the same picture in several sizes. 00 00 01 00, their number, and for each 16 bytes: width and
@@ -69,11 +69,8 @@ ReadPicture ReadLargest(const QByteArray& file, const QSize& most)
         largestData = file.mid(qFromLittleEndian<quint32>(entry + 12), qFromLittleEndian<quint32>(entry + 8));
     }
     if (FormatOf({largestData.constData(), static_cast<std::size_t>(largestData.size())}) == PictureFormat::Png)
-        return ReadParts(largestData, PictureFormat::Png, most);
-    QBuffer buffer;
-    buffer.setData(file);
-    buffer.open(QIODevice::ReadOnly);
-    return ReadFrom(buffer, PictureFormat::Icon, most, largest);
+        return ReadBytes(PixelParts(largestData, PictureFormat::Png), PictureFormat::Png, most);
+    return ReadBytes(file, PictureFormat::Icon, most, largest);
 }
 
 }
@@ -107,5 +104,6 @@ ReadPicture ReadPixels(int descriptor, PictureFormat format, const QSize& most)
     if (bytes == nullptr)
         return {};
     const QByteArray content = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), file.size());
-    return format == PictureFormat::Icon ? ReadLargest(content, most) : ReadParts(content, format, most);
+    return format == PictureFormat::Icon ? ReadLargest(content, most)
+                                         : ReadBytes(PixelParts(content, format), format, most);
 }
