@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 #include <algorithm>
+#include <set>
 
 namespace {
 
@@ -20,15 +21,13 @@ bool HoldsFiles(const QStorageInfo& volume)
             || place.startsWith(QLatin1String("/run/media/")));
 }
 
-std::vector<std::string> MountPoints()
+std::set<std::string> MountPoints()
 {
-    std::vector<std::string> points{"/"};
+    std::set<std::string> points{"/"};
     for (const QStorageInfo& volume : QStorageInfo::mountedVolumes()) {
         if (HoldsFiles(volume))
-            points.push_back(QFile::encodeName(volume.rootPath()).toStdString());
+            points.insert(QFile::encodeName(volume.rootPath()).toStdString());
     }
-    std::sort(points.begin(), points.end());
-    points.erase(std::unique(points.begin(), points.end()), points.end());
     return points;
 }
 
@@ -49,15 +48,13 @@ DriveList::DriveList(Container& container, std::string_view name, const Place& p
 
 void DriveList::LookForVolumes()
 {
-    std::vector<std::string> found = MountPoints();
-    const std::string current = ListIndex() < 0 ? "/" : Text();
-    auto place = std::lower_bound(found.begin(), found.end(), current);
-    if (place == found.end() || *place != current)
-        place = found.insert(place, current);
+    std::set<std::string> sorted = MountPoints();
+    const auto current = sorted.insert(ListIndex() < 0 ? "/" : Text()).first;
+    const std::vector<std::string> found(sorted.begin(), sorted.end());
     if (found == mountPoints)
         return;
-    SetRows(found, static_cast<int>(place - found.begin()));
-    mountPoints = std::move(found);
+    SetRows(found, static_cast<int>(std::distance(sorted.begin(), current)));
+    mountPoints = found;
 }
 
 void DriveList::SetDrive(std::string_view path)
