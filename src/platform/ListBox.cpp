@@ -40,8 +40,6 @@ public:
         return ToShow(rows.at(static_cast<std::size_t>(index.row())));
     }
 
-    bool Has(int index) const { return index >= 0 && index < rowCount({}); }
-
     void Add(std::string_view text)
     {
         NoteLength(text);
@@ -316,7 +314,7 @@ void ListBox::InsertItem(std::string_view text, int index)
 void ListBox::RemoveItem(int index)
 {
     ++revision;
-    if (UpToDate().rows.Has(index))
+    if (UpToDate().rows.hasIndex(index, 0))
         ListView().RemoveQuietly(index);
 }
 
@@ -342,7 +340,7 @@ int ListBox::ListCount() const
 const std::string& ListBox::List(int index) const
 {
     const Rows& rows = UpToDate().rows;
-    return rows.Has(index) ? rows.rows[static_cast<std::size_t>(index)] : noText;
+    return rows.hasIndex(index, 0) ? rows.rows[static_cast<std::size_t>(index)] : noText;
 }
 
 int ListBox::ListIndex() const { return UpToDate().currentIndex().row(); }
@@ -363,7 +361,7 @@ void ListBox::SetListIndex(int index)
 void ListBox::SetSelected(int index, bool selected)
 {
     View& view = UpToDate();
-    if (!view.rows.Has(index))
+    if (!view.rows.hasIndex(index, 0))
         return;
     const QItemSelectionModel::SelectionFlags change = !selected ? QItemSelectionModel::Deselect
         : style.extended                                         ? QItemSelectionModel::Select
