@@ -65,22 +65,16 @@ public:
 private:
     void Follow(QAbstractSocket::SocketState state)
     {
-        switch (state) {
-        case QAbstractSocket::HostLookupState:
+        if (state == QAbstractSocket::HostLookupState) {
             PostState(SocketState::ResolvingHost);
-            break;
-        case QAbstractSocket::ConnectingState:
+        } else if (state == QAbstractSocket::ConnectingState) {
             PostState(SocketState::HostResolved);
             PostState(SocketState::Connecting);
-            break;
-        case QAbstractSocket::ConnectedState:
+        } else if (state == QAbstractSocket::ConnectedState) {
             wasConnected = true;
             tcp.setSocketOption(QAbstractSocket::LowDelayOption, 1);
             AcknowledgeAtOnce();
             PostState(SocketState::Connected);
-            break;
-        default:
-            break;
         }
     }
 
