@@ -15,8 +15,9 @@
 
 class StatusPanel::Field : public QLabel {
 public:
-    explicit Field(const StatusPanelDesign& design)
-        : takesRest(design.takesRest)
+    Field(QWidget* row, const StatusPanelDesign& design)
+        : QLabel(row)
+        , takesRest(design.takesRest)
         , longest{ToDisplay(design.longest)}
     {
         setText(ToDisplay(design.text));
@@ -93,7 +94,7 @@ public:
 
     Field* Add(const StatusPanelDesign& design)
     {
-        auto* field = fields.emplace_back(new Field(design));
+        auto* field = fields.emplace_back(new Field(this, design));
         field->setObjectName(QStringLiteral("%1.Panels(%2)").arg(objectName()).arg(fields.size()));
         layout.addWidget(field, field->takesRest ? 1 : 0);
         return field;
