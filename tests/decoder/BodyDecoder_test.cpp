@@ -197,18 +197,20 @@ TEST_F(BodyDecoderTest, WholeOnesAreStoredBesideBrokenOnes)
         int status;
     };
     const std::string part = Yencode(red, "part.jpg", {.part = 1, .total = 2, .whole = blue});
-    for (const Row& row : {
-             Row{"in their order", Yencode(blue, "b.jpg") + "and\r\n" + Uuencode(red, "a.jpg"), {"b.jpg", "a.jpg"}, 2},
-             Row{"after one cut off", cut + Uuencode(blue, "b.jpg"), {"b.jpg"}, 1},
-             Row{"after one cut off by text", cut + "text\r\n" + Base64Block(blue, "b.jpg"), {"b.jpg"}, 1},
-             Row{"after a damaged one", wrong + Yencode(blue, "b.jpg"), {"b.jpg"}, 1},
-             Row{"after a yEnc part", part + Yencode(blue, "b.jpg"), {"b.jpg"}, 1},
-             Row{"yEnc cut off by the next", wrong.substr(0, 400) + "\r\n" + Yencode(blue, "b.jpg"), {"b.jpg"}, 1},
-             Row{"the same twice", Uuencode(red, "a.jpg") + Yencode(red, "a.jpg"), {"a.jpg", "a.jpg"}, 2},
-             Row{"cut off by a boundary", MimeMultipart({cut, MimeBase64Part(blue, "b.jpg")}), {"b.jpg"}, 1},
-             Row{"cut off by the last boundary", MimeMultipart({MimeTextPart(cut)}), {}, -1},
-             Row{"only broken ones: the worst counts", cut + "\r\n" + wrong, {}, -2},
-         }) {
+    for (const Row& row :
+        {
+            Row{"in their order", Yencode(blue, "b.jpg") + "and\r\n" + Uuencode(red, "a.jpg"), {"b.jpg", "a.jpg"}, 2},
+            Row{"after one cut off", cut + Uuencode(blue, "b.jpg"), {"b.jpg"}, 1},
+            Row{"after one cut off by text", cut + "text\r\n" + Base64Block(blue, "b.jpg"), {"b.jpg"}, 1},
+            Row{"after a damaged one", wrong + Yencode(blue, "b.jpg"), {"b.jpg"}, 1},
+            Row{"after a yEnc part", part + Yencode(blue, "b.jpg"), {"b.jpg"}, 1},
+            Row{"yEnc cut off by the next", wrong.substr(0, 400) + "\r\n" + Yencode(blue, "b.jpg"), {"b.jpg"}, 1},
+            Row{"the same twice", Uuencode(red, "a.jpg") + Yencode(red, "a.jpg"), {"a.jpg", "a.jpg"}, 2},
+            Row{"cut off by a boundary", MimeMultipart({cut, MimeBase64Part(blue, "b.jpg")}), {"b.jpg"}, 1},
+            Row{"cut off by the last boundary", MimeMultipart({MimeTextPart(cut)}), {}, -1},
+            Row{"the end of one", "=ybegin size=9 name=x\r\n=ypart begin=5 end=9\r\nabcde\r\n=yend size=5\r\n", {}, -1},
+            Row{"only broken ones: the worst counts", cut + "\r\n" + wrong, {}, -2},
+        }) {
         SCOPED_TRACE(row.what);
         EXPECT_EQ(Decode(DotStuff(row.body)), row.status);
         EXPECT_EQ(decoder.StoredNames(), row.names);
