@@ -13,6 +13,7 @@
 #include <QPainter>
 #include <QTimer>
 
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -20,6 +21,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
+#include <sys/inotify.h>
 #include <unistd.h>
 
 namespace {
@@ -52,15 +54,31 @@ std::string Encoded(const char* format, int width = 40, int height = 20)
     return bytes.toStdString();
 }
 
-// Each two colours have a clear code before them, so that all codes stay 3 bits wide: nine bytes for sixteen pixels.
-std::string Gif()
+// Red to the left, blue to the right. A clear code (4) before every two colours keeps all codes 3 bits wide.
+std::string Gif(int width, int height)
 {
-    std::string file = "GIF89a" + Words({32, 16}) + std::string("\x80\0\0\xff\0\0\0\0\xff", 9) + ','
-        + Words({0, 0, 32, 16}) + std::string("\0\2", 2);
-    for (int row = 0; row < 16; ++row)
-        file
-            += '\x12' + std::string("\x04\x08\x10\x20\x40\x80\x00\x01\x02", 9) + "\x4c\x98\x30\x61\xc2\x84\x09\x13\x26";
-    return file + std::string("\1\5\0;", 4);
+    std::string file = "GIF89a" + Words({width, height}) + std::string("\x81\0\0", 3)
+        + std::string("\xff\0\0\0\0\xff\0\0\0\0\0\0", 12) + "," + Words({0, 0, width, height}) + std::string("\0\2", 2);
+    std::string codes;
+    std::uint32_t bits = 0;
+    int count = 0;
+    const auto add = [&](std::uint32_t code) {
+        bits |= code << count;
+        for (count += 3; count >= 8; count -= 8, bits >>= 8)
+            codes += static_cast<char>(bits & 0xff);
+    };
+    for (int pixel = 0; pixel < width * height; ++pixel) {
+        if (pixel % 2 == 0)
+            add(4);
+        add(pixel % width < width / 2 ? 0 : 1);
+    }
+    add(5);
+    codes += static_cast<char>(bits & 0xff);
+    for (std::size_t at = 0; at < codes.size(); at += 255) {
+        const std::string block = codes.substr(at, 255);
+        file += static_cast<char>(block.size()) + block;
+    }
+    return file + std::string("\0;", 2);
 }
 
 std::string WmfRecord(int function, std::initializer_list<int> words)
@@ -79,6 +97,14 @@ std::string WmfText(const std::string& font, std::string text)
         + Words({0x02fb, -12, 0, 0, 0, 400, 0, 0, 0, 0}) + name + WmfRecord(0x012d, {0})
         + Number<4>(6 + half(text.size())) + Words({0x0521, static_cast<int>(text.size())}) + text + Words({10, 1});
 }
+
+// The functions of records, as they are in files.
+constexpr std::uint32_t wmfFunctions[]
+    = {0x001e, 0x0035, 0x0037, 0x00f7, 0x00f8, 0x0102, 0x0103, 0x0104, 0x0106, 0x0107, 0x0108, 0x012a, 0x012b, 0x012c,
+        0x012d, 0x012e, 0x0127, 0x0139, 0x0142, 0x01f0, 0x01f9, 0x0201, 0x0209, 0x020a, 0x020b, 0x020c, 0x020d, 0x020e,
+        0x020f, 0x0211, 0x0213, 0x0214, 0x0220, 0x0228, 0x0231, 0x0234, 0x02fa, 0x02fb, 0x02fc, 0x0324, 0x0325, 0x0410,
+        0x0412, 0x0415, 0x0416, 0x0418, 0x0419, 0x041b, 0x041f, 0x0429, 0x0436, 0x0521, 0x0538, 0x0548, 0x061c, 0x061d,
+        0x0626, 0x06ff, 0x0817, 0x081a, 0x0830, 0x0922, 0x0940, 0x0a32, 0x0b23, 0x0b41, 0x0d33, 0x0f43};
 
 // Two rectangles without a pen, and a text with a character that SVG has another use for; or other records.
 std::string Wmf(bool placeable, std::string records = {})
@@ -169,7 +195,7 @@ std::string Icon(std::initializer_list<int> sides)
 const std::map<std::string, std::string>& FilesOfAllKinds()
 {
     static const std::map<std::string, std::string> files{{"jpeg", Encoded("JPEG")}, {"png", Encoded("PNG")},
-        {"bmp", Encoded("BMP")}, {"webp", Encoded("WEBP")}, {"tiff", Encoded("TIFF")}, {"gif", Gif()},
+        {"bmp", Encoded("BMP")}, {"webp", Encoded("WEBP")}, {"tiff", Encoded("TIFF")}, {"gif", Gif(40, 20)},
         {"ico", Icon({16, 48, 32})}, {"wmf", Wmf(true)}, {"plain wmf", Wmf(false)}, {"emf", Emf()}};
     return files;
 }
@@ -182,16 +208,11 @@ protected:
         return Bitmap::FromFile(path);
     }
 
-    QImage Shown(const Bitmap& picture)
-    {
-        image.SetPicture(picture);
-        return Find<QLabel>("image").pixmap(Qt::ReturnByValue).toImage();
-    }
-
     // At a place between 0 and 1 in both directions.
     QColor ColourAt(const Bitmap& picture, double x, double y)
     {
-        const QImage shown = Shown(picture);
+        image.SetPicture(picture);
+        const QImage shown = Find<QLabel>("image").pixmap(Qt::ReturnByValue).toImage();
         return shown.pixelColor(static_cast<int>(x * shown.width()), static_cast<int>(y * shown.height()));
     }
 
@@ -208,21 +229,28 @@ TEST_F(PictureTest, TheContentTellsTheKind)
     for (const auto& [kind, content] : FilesOfAllKinds()) {
         SCOPED_TRACE(kind);
         const Bitmap picture = Read(content);
-        const int width = kind == "ico" ? 48 : kind == "gif" ? 32 : 40;
-        // The size in pixels of a plain WMF is for the reader to say.
-        EXPECT_NEAR(picture.Width(), kind == "plain wmf" ? picture.Width() : width, 1);
-        EXPECT_NEAR(picture.Width() / static_cast<double>(picture.Height()), kind == "ico" ? 1 : 2, 0.1);
+        const bool natural = kind == "plain wmf"; // its size in pixels is for the reader to say
+        if (kind == "ico") {
+            EXPECT_EQ(picture.Width(), 48);
+        } else if (natural) {
+            EXPECT_NEAR(picture.Width() / static_cast<double>(picture.Height()), 2, 0.1);
+        } else {
+            EXPECT_NEAR(picture.Width(), 40, 1);
+            EXPECT_NEAR(picture.Height(), 20, 1);
+        }
         for (const auto& [x, colour] : {std::pair(0.25, Qt::red), {0.75, Qt::blue}}) {
+            const QColor wanted(colour);
             const QColor seen = ColourAt(picture, x, 0.9);
-            EXPECT_NEAR(seen.red(), QColor(colour).red(), 12);
-            EXPECT_NEAR(seen.green(), 0, 12);
-            EXPECT_NEAR(seen.blue(), QColor(colour).blue(), 12);
+            EXPECT_NEAR(seen.red(), wanted.red(), 12);
+            EXPECT_NEAR(seen.green(), wanted.green(), 12);
+            EXPECT_NEAR(seen.blue(), wanted.blue(), 12);
         }
     }
     for (const std::string& content :
         {std::string(), std::string("no picture"), std::string("<svg width='9' height='9'/>"),
             std::string(100000, '\0'), Encoded("PNG").substr(0, 40), Wmf(true).substr(0, 60)})
         EXPECT_EQ(Read(content).Height(), 0) << content.substr(0, 20);
+    EXPECT_EQ(Bitmap::FromFile(folder.File("missing")).Height(), 0);
     EXPECT_EQ(Bitmap::FromFile(folder.Path()).Height(), 0);
     const std::string notUtf8 = folder.File("caf\xe9.jpg");
     MakeFile(notUtf8, Encoded("PNG"));
@@ -346,6 +374,7 @@ TEST_F(PictureHelperTest, ASlowPictureIsNoneAndTheWindowGoesOn)
     EXPECT_GT(events, 5);
     EXPECT_TRUE(another);
     EXPECT_EQ(image.Picture().Width(), 40);
+    events = 0;
     MakeFile(slow, SlowJpeg(15));
     EXPECT_FALSE(image.Load(slow));
     EXPECT_EQ(image.Picture().Width(), 40);
@@ -366,7 +395,8 @@ TEST_F(PictureHelperTest, TextsAreNotUnpacked)
 TEST_F(PictureHelperTest, TextsOfMetafilesAreDrawn)
 {
     const auto isDrawn = [this](const std::string& content) {
-        const QImage shown = Shown(Read(content));
+        image.SetPicture(Read(content));
+        const QImage shown = Find<QLabel>("image").pixmap(Qt::ReturnByValue).toImage();
         int dark = 0;
         for (int y = 0; y < shown.height(); ++y)
             for (int x = 0; x < shown.width(); ++x)
@@ -379,8 +409,30 @@ TEST_F(PictureHelperTest, TextsOfMetafilesAreDrawn)
         EXPECT_TRUE(isDrawn(Emf(EmfText("Arial", "text", true))));
         EXPECT_TRUE(isDrawn(Wmf(true, WmfText("Arial", "text"))));
     }
-    const std::string named = "</text><image x='0' y='0' width='9' height='9' xlink:href='/etc/passwd'/><text>";
-    EXPECT_EQ(Read(Emf(EmfText("Arial", "]]>" + named + "<![CDATA[", false))).Height(), 0) << "names a file";
+}
+
+// What a metafile names is nothing that is opened.
+TEST_F(PictureHelperTest, AMetafileOpensNoFile)
+{
+    // A short path, since the name of a font has 31 characters at most.
+    std::string named = "/tmp/tXXXXXX";
+    close(mkstemp(named.data()));
+    MakeFile(named, Encoded("PNG"));
+    const int watch = inotify_init1(IN_NONBLOCK);
+    ASSERT_GE(inotify_add_watch(watch, named.c_str(), IN_OPEN), 0);
+    const std::string element = "<image x='0' y='0' width='9' height='9' xlink:href='" + named + "'/>";
+    for (const std::string& font : {"A:file=" + named, std::string("A")}) {
+        for (const std::string& text :
+            {std::string("text"), "]]></text>" + element + "<text><![CDATA[", "</text>" + element + "<text>"}) {
+            for (const bool glyphs : {false, true})
+                (void)Read(Emf(EmfText(font, text, glyphs)));
+            (void)Read(Wmf(true, WmfText(font, text)));
+        }
+    }
+    char event[sizeof(inotify_event) + NAME_MAX + 1];
+    EXPECT_LT(read(watch, event, sizeof event), 0);
+    close(watch);
+    std::filesystem::remove(named);
 }
 
 TEST_F(PictureHelperTest, DamagedFiles)
@@ -405,4 +457,32 @@ TEST_F(PictureHelperTest, DamagedFiles)
 #ifndef __SANITIZE_ADDRESS__ // which keeps what is freed for a while
     EXPECT_LT(ResidentKilobytes(), before + 300 * 1024);
 #endif
+}
+
+TEST_F(PictureHelperTest, RandomMetafiles)
+{
+    const char* const wanted = std::getenv("TAMARACK_METAFILES");
+    const int count = wanted == nullptr ? 400 : std::atoi(wanted);
+    std::mt19937 generator(2);
+    const auto random = [&generator] { return static_cast<std::uint32_t>(generator()); };
+    const auto numbers = [&random](std::size_t most) {
+        std::string bytes;
+        // Of any size, but mostly such as could stand there.
+        for (std::size_t left = random() % most; left > 0; --left)
+            bytes += Number<4>(random() % 4 == 0 ? random() : random() % 64);
+        return bytes;
+    };
+    for (int number = 0; number < count; ++number) {
+        std::string records;
+        for (unsigned left = 1 + random() % 40; left > 0; --left) {
+            const std::string content = numbers(60);
+            const auto length = static_cast<std::uint32_t>(content.size());
+            records += number % 2 == 0
+                ? Number<4>(1 + random() % 122) + Number<4>(8 + length) + content
+                : Number<4>(3 + length / 2) + Number<2>(wmfFunctions[random() % std::size(wmfFunctions)]) + content;
+        }
+        (void)Read(number % 2 == 0 ? Emf(records) : Wmf(number % 4 == 1, records));
+    }
+    EXPECT_NE(Read(FilesOfAllKinds().at("emf")).Height(), 0);
+    EXPECT_NE(Read(FilesOfAllKinds().at("wmf")).Height(), 0);
 }
