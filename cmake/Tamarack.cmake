@@ -6,7 +6,7 @@ if(TAMARACK_STRICT)
     target_compile_options(tamarack_options INTERFACE -Werror)
 endif()
 
-# Includes are written from src/, as in "session/NewsSession.h", or from the top, as in "tests/support/Script.h", yet a
+# Includes are written from src/, as in "session/NewsSession.h", or from the top, as in "demo/sample/SampleServer.h", yet a
 # library must not reach a folder above its own. Each folder therefore gets an include root of its own that holds nothing
 # but a link to that folder; a target sees the roots of the libraries that it links and no others.
 function(tamarack_include_root target)
