@@ -84,9 +84,13 @@ int main(int argc, char** argv)
 
     for (;;) {
         PictureRequest request{};
-        const Descriptor file = Receive(request);
-        if (!file.IsOpen()
-            || !Send(Read(request, file.Number(), metafiles, {place, static_cast<std::size_t>(memory.size())})))
+        Descriptor file = Receive(request);
+        if (!file.IsOpen())
+            break;
+        const PictureAnswer answer
+            = Read(request, file.Number(), metafiles, {place, static_cast<std::size_t>(memory.size())});
+        (void)file.Close(); // whoever has the answer may rely on that
+        if (!Send(answer))
             break;
     }
     // Libraries that have read pictures have nothing left to say.
