@@ -63,16 +63,19 @@ public:
         return isNormal ? QRect(FramePlace().topLeft(), size()) : place;
     }
 
-    // Behind the events that are being delivered: some desktops enlarge a window just before they say that it is
-    // maximised.
     void KeepPlace()
     {
+        place = NormalPlace();
         QMetaObject::invokeMethod(
-            this, [this] { place = NormalPlace(); }, Qt::QueuedConnection);
+            this, [this] { settledPlace = place; }, Qt::QueuedConnection);
     }
 
+    // Some desktops enlarge a window just before they say that it is maximised.
     void changeEvent(QEvent* event) override
     {
+        if (event->type() == QEvent::WindowStateChange && isMaximized() && place.size() == size()
+            && FramePlace().contains(screen()->availableGeometry()))
+            place = settledPlace;
         if (event->type() == QEvent::WindowStateChange)
             NoteComingBack(static_cast<QWindowStateChangeEvent*>(event)->oldState());
         if (event->type() == QEvent::WindowStateChange && windowHandle() != nullptr && FollowsOnce()) {
@@ -237,6 +240,7 @@ public:
     QPushButton* cancelButton = nullptr;
     QEventLoop* modalLoop = nullptr;
     QRect place; // see NormalPlace
+    QRect settledPlace; // the same, as it was before the events that are being delivered
     bool isComingBack = false; // from maximised: it is not yet where it was
     bool hasPlace = false; // or else the desktop finds one
     std::optional<QPoint> corner; // of the frame, or its middle, where the window is to come up
