@@ -1,6 +1,5 @@
 #include "base/Files.h"
 #include "demo/sample/SamplePictures.h"
-#include "platform/Events.h"
 #include "tests/pictures/PicturesTest.h"
 #include "tests/shell/ProgramTest.h"
 #include "tests/support/HostilePictures.h"
@@ -257,7 +256,6 @@ TEST_F(SlideShowTest, ItsPlaceComesBackIfItIsOnTheScreen)
     QWidget& window = *WindowNamed("frmSlideShow");
     const QPoint place(90, 80);
     window.move(place);
-    DoEvents(); // as between any two things that a person does
     window.showMinimized();
     window.close();
     ChooseMenu("mnuSlideShow");
