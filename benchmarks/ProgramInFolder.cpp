@@ -12,9 +12,9 @@ ProgramInFolder::ProgramInFolder(int port, const std::string& groupName)
     const std::string host = "127.0.0.1";
     const ProgramPlaces places{folder.File("program/"), folder.File("settings.ini")};
     std::filesystem::create_directories(destination);
-    MakeFile(ServerFiles::Group(places.appDir, host), "\"\"\r\n");
-    MakeFile(ServerFiles::Selected(places.appDir, host), group + "\r\n");
-    (void)PointerFile(ServerFiles::Pointers(places.appDir, host)).Write(1, group, 1);
+    MakeFile(places.appDir + ServerFiles::groupPrefix + host, "\"\"\r\n");
+    MakeFile(places.appDir + ServerFiles::selectedPrefix + host, group + "\r\n");
+    (void)PointerFile(places.appDir + ServerFiles::pointerPrefix + host).Write(1, group, 1);
     Settings settings(places.settingsFile);
     settings.SaveSetting("Servers", host, "1");
     settings.SaveSetting("Startup", "1", destination);

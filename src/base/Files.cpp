@@ -274,33 +274,3 @@ std::string LockFile::Note() const
     note.resize(std::min(note.find('\0'), note.size()));
     return note;
 }
-
-RandomFile::RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength)
-    : file(
-        open(path.c_str(), O_CLOEXEC | O_NONBLOCK | (access == RandomAccess::Read ? O_RDONLY : O_RDWR | O_CREAT), 0666))
-    , length(recordLength)
-{
-}
-
-std::int64_t RandomFile::RecordCount() const
-{
-    struct stat status { };
-    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode))
-        return 0;
-    return status.st_size / static_cast<std::int64_t>(length);
-}
-
-bool RandomFile::Read(std::int64_t number, std::string& record) const
-{
-    record.resize(length);
-    const off_t offset = (number - 1) * static_cast<off_t>(length);
-    return file.IsOpen() && number >= 1
-        && pread(file.Number(), record.data(), length, offset) == static_cast<ssize_t>(length);
-}
-
-bool RandomFile::Write(std::int64_t number, std::string_view record)
-{
-    const off_t offset = (number - 1) * static_cast<off_t>(length);
-    return file.IsOpen() && number >= 1 && record.size() == length
-        && pwrite(file.Number(), record.data(), length, offset) == static_cast<ssize_t>(length);
-}

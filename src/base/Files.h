@@ -112,26 +112,3 @@ private:
     bool ofAnotherUser = false;
     bool heldByAnother = false;
 };
-
-enum class RandomAccess { Read, ReadWrite };
-
-// A file of records of one length, counted from 1. For reading and writing, a missing file is made.
-class RandomFile {
-public:
-    RandomFile(const std::string& path, RandomAccess access, std::size_t recordLength);
-
-    bool IsOpen() const { return file.IsOpen(); }
-
-    // Whole records; what is left over at the end of a damaged file does not count.
-    std::int64_t RecordCount() const;
-
-    // `record` becomes the record's bytes. False if there is no such record or it cannot be read.
-    [[nodiscard]] bool Read(std::int64_t number, std::string& record) const;
-
-    // False if it could not be written; `record` has the record length.
-    [[nodiscard]] bool Write(std::int64_t number, std::string_view record);
-
-private:
-    Descriptor file;
-    std::size_t length;
-};

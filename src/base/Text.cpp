@@ -95,12 +95,9 @@ std::size_t FindIgnoringCase(std::string_view text, std::string_view part, std::
 
 bool SortsBefore(std::string_view left, std::string_view right)
 {
-    const std::size_t common = std::min(left.size(), right.size());
-    for (std::size_t i = 0; i < common; ++i) {
-        const auto leftByte = static_cast<unsigned char>(LowerCase(left[i]));
-        const auto rightByte = static_cast<unsigned char>(LowerCase(right[i]));
-        if (leftByte != rightByte)
-            return leftByte < rightByte;
-    }
-    return left.size() != right.size() ? left.size() < right.size() : left < right;
+    const auto order = std::lexicographical_compare_three_way(
+        left.begin(), left.end(), right.begin(), right.end(), [](char one, char other) {
+            return static_cast<unsigned char>(LowerCase(one)) <=> static_cast<unsigned char>(LowerCase(other));
+        });
+    return order != 0 ? order < 0 : left < right;
 }

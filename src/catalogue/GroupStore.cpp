@@ -5,7 +5,6 @@
 #include "catalogue/GroupText.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
-#include "session/SessionUse.h"
 
 #include <algorithm>
 #include <limits>
@@ -30,7 +29,7 @@ GroupStore::GroupStore(frmTamarack& mainForm, NewsSession& session, Desktop& new
     };
 }
 
-std::string GroupStore::FileName() const { return ServerFiles::Group(Session.AppDir, MainForm.cboNewsServer.Text()); }
+std::string GroupStore::FileName() const { return ServerFiles::Current(ServerFiles::groupPrefix, MainForm, Session); }
 
 void GroupStore::FillGroupList(std::string_view text)
 {

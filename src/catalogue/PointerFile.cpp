@@ -1,7 +1,10 @@
 #include "catalogue/PointerFile.h"
 
-#include "base/Files.h"
+#include "base/Descriptor.h"
 #include "base/Text.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -35,13 +38,19 @@ PointerFile::PointerFile(std::string newFileName)
 {
 }
 
+// What is left over at the end of a damaged file is no record.
 PointerFile::Lookup PointerFile::Find(std::string_view group, const std::function<bool()>& goOn) const
 {
-    const RandomFile file(fileName, RandomAccess::Read, recordLength);
-    const std::int64_t count = file.RecordCount();
-    std::string record;
+    const Descriptor file(open(fileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status { };
+    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode))
+        return {1, false, 0};
+    const std::int64_t count = status.st_size / static_cast<std::int64_t>(recordLength);
+    std::string record(recordLength, '\0');
     for (std::int64_t number = 1; number <= count && (!goOn || goOn()); ++number) {
-        if (file.Read(number, record) && Trim(std::string_view(record).substr(numberLength)) == group)
+        if (file.Read(record.data(), recordLength) != static_cast<ssize_t>(recordLength))
+            break;
+        if (Trim(std::string_view(record).substr(numberLength)) == group)
             return {number, true, ArticleOf(record)};
     }
     return {count + 1, false, 0};
@@ -49,6 +58,8 @@ PointerFile::Lookup PointerFile::Find(std::string_view group, const std::functio
 
 bool PointerFile::Write(std::int64_t recordNumber, std::string_view group, std::int32_t article) const
 {
-    RandomFile file(fileName, RandomAccess::ReadWrite, recordLength);
-    return file.Write(recordNumber, Record(group, article));
+    const Descriptor file(open(fileName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666));
+    const off_t offset = (recordNumber - 1) * static_cast<off_t>(recordLength);
+    return pwrite(file.Number(), Record(group, article).data(), recordLength, offset)
+        == static_cast<ssize_t>(recordLength);
 }

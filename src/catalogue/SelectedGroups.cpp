@@ -52,7 +52,7 @@ SelectedGroups::SelectedGroups(frmTamarack& mainForm, NewsSession& session, Desk
 
 std::string SelectedGroups::FileName() const
 {
-    return ServerFiles::Selected(Session.AppDir, MainForm.cboNewsServer.Text());
+    return ServerFiles::Current(ServerFiles::selectedPrefix, MainForm, Session);
 }
 
 void SelectedGroups::LoadSelectedGroups()
@@ -189,18 +189,14 @@ std::string SelectedGroups::CurrentGroup() const
     return MainForm.lstSelectedGroups.List(MainForm.lstSelectedGroups.ListIndex());
 }
 
-PointerFile SelectedGroups::Pointers() const
-{
-    return PointerFile(ServerFiles::Pointers(Session.AppDir, MainForm.cboNewsServer.Text()));
-}
-
 void SelectedGroups::Command4_Click()
 {
     if (MainForm.lstSelectedGroups.ListIndex() < 0) {
         desktop.MsgBox("You must select a group first", "Error");
         return;
     }
-    const PointerFile::Lookup found = Pointers().Find(CurrentGroup());
+    const PointerFile pointers = ServerFiles::CurrentPointers(MainForm, Session);
+    const PointerFile::Lookup found = pointers.Find(CurrentGroup());
     frmSetPointer form;
     form.CentreOnForm(MainForm);
     form.Text2.SetText(CurrentGroup());
@@ -208,7 +204,7 @@ void SelectedGroups::Command4_Click()
     form.Text1.SelectAll();
     form.cmdOk[0].Click = [&] {
         // What is no number, or too large for one, sets the group back to its start.
-        (void)Pointers().Write(found.recordNumber, CurrentGroup(), WholeNumber(form.Text1.Text()).value_or(0));
+        (void)pointers.Write(found.recordNumber, CurrentGroup(), WholeNumber(form.Text1.Text()).value_or(0));
         form.SetVisible(false);
     };
     form.cmdOk[1].Click = [&] { form.SetVisible(false); };
@@ -223,8 +219,9 @@ void SelectedGroups::cmdResetGroup_Click()
         desktop.MsgBox("You must first select a group", "Tamarack");
         return;
     }
-    const PointerFile::Lookup found = Pointers().Find(CurrentGroup());
-    (void)Pointers().Write(found.recordNumber, CurrentGroup(), 0);
+    const PointerFile pointers = ServerFiles::CurrentPointers(MainForm, Session);
+    const PointerFile::Lookup found = pointers.Find(CurrentGroup());
+    (void)pointers.Write(found.recordNumber, CurrentGroup(), 0);
     groups.SetSelected(row, false);
     groups.SetListIndex(-1);
 }

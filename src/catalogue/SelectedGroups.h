@@ -1,6 +1,5 @@
 #pragma once
 
-#include "catalogue/PointerFile.h"
 #include "session/NewsSession.h"
 
 // The groups that a search goes through, lstSelectedGroups: how they get into the list, out of it and into another
@@ -35,7 +34,6 @@ private:
 
     // The group in the row with the focus.
     std::string CurrentGroup() const;
-    PointerFile Pointers() const;
     std::string FileName() const;
 
     frmTamarack& MainForm;

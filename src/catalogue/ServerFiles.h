@@ -1,6 +1,7 @@
 #pragma once
 
-#include <string>
+#include "catalogue/PointerFile.h"
+#include "session/NewsSession.h"
 
 // Each news server has three files of its own beside the program: a prefix and the server's name.
 namespace ServerFiles {
@@ -9,16 +10,15 @@ inline constexpr const char* groupPrefix = "!@#!.";
 inline constexpr const char* selectedPrefix = "#!@!.";
 inline constexpr const char* pointerPrefix = "@!!#.";
 
-inline std::string Group(const std::string& appDir, const std::string& server) { return appDir + groupPrefix + server; }
-
-inline std::string Selected(const std::string& appDir, const std::string& server)
+// That of the current server.
+inline std::string Current(const char* prefix, const frmTamarack& MainForm, const NewsSession& Session)
 {
-    return appDir + selectedPrefix + server;
+    return Session.AppDir + prefix + MainForm.cboNewsServer.Text();
 }
 
-inline std::string Pointers(const std::string& appDir, const std::string& server)
+inline PointerFile CurrentPointers(const frmTamarack& MainForm, const NewsSession& Session)
 {
-    return appDir + pointerPrefix + server;
+    return PointerFile(Current(pointerPrefix, MainForm, Session));
 }
 
 }

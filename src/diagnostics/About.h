@@ -2,16 +2,5 @@
 
 #include "forms/frmTamarack.h"
 
-struct frmAbout;
-
-// "About": frmAbout with the program's version and its makers.
-class About {
-public:
-    explicit About(frmTamarack& mainForm);
-
-private:
-    void mnuAbout_Click();
-    void Form_Load(frmAbout& form);
-
-    frmTamarack& MainForm;
-};
+// "About": shows the program's version and its makers, and returns when the user has read it.
+void mnuAbout_Click(const frmTamarack& MainForm);

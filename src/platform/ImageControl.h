@@ -11,7 +11,6 @@ public:
 
     const Bitmap& Picture() const { return picture; }
     void SetPicture(const Bitmap& newPicture);
-    void ClearPicture() { SetPicture({}); }
 
     // Reads a picture file and shows it. False, with nothing changed, if the file cannot be read as a picture. Where
     // the reading takes more than a moment, up to 2.5 seconds, events are let through meanwhile; what they load or set

@@ -3,7 +3,6 @@
 #include "base/Files.h"
 #include "catalogue/ServerFiles.h"
 #include "platform/Events.h"
-#include "session/SessionUse.h"
 
 #include <algorithm>
 
@@ -91,7 +90,10 @@ FindNow::AfterGroup FindNow::ScanGroup(const std::string& group)
         return AfterGroup::EndRun;
     }
     const std::int32_t lastInGroup = Session.LastArticle;
-    const PointerFile::Lookup pointer = Pointers().Find(Session.CurrentGroup, [this] { return !Session.StopFlag; });
+    const PointerFile::Lookup pointer
+        = ServerFiles::CurrentPointers(MainForm, Session).Find(Session.CurrentGroup, [this] {
+              return !Session.StopFlag;
+          });
     pointerRecordNumber = pointer.recordNumber;
     Session.StartArticle = pointer.article;
     saving.GroupCount = 0;
@@ -131,7 +133,8 @@ void FindNow::WalkArticles(std::int32_t lastInGroup)
         MainForm.SetCaption(article.Caption("Scanning "));
         // Before the article is looked at: an article that the program stops on counts as read. A pointer that cannot
         // be written only makes the next search start earlier.
-        (void)Pointers().Write(pointerRecordNumber, Session.CurrentGroup, article.number);
+        (void)ServerFiles::CurrentPointers(MainForm, Session)
+            .Write(pointerRecordNumber, Session.CurrentGroup, article.number);
         if (criteria.ArticleMatches(article.number) && !Session.StopFlag) {
             MainForm.SetCaption(article.Caption("Getting "));
             const std::string body = Session.CmdBody(article.number);
@@ -142,9 +145,4 @@ void FindNow::WalkArticles(std::int32_t lastInGroup)
             return;
         DoEvents();
     }
-}
-
-PointerFile FindNow::Pointers() const
-{
-    return PointerFile(ServerFiles::Pointers(Session.AppDir, MainForm.cboNewsServer.Text()));
 }

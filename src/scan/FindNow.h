@@ -1,6 +1,5 @@
 #pragma once
 
-#include "catalogue/PointerFile.h"
 #include "scan/AttachmentSaving.h"
 #include "scan/SearchCriteria.h"
 
@@ -22,7 +21,6 @@ private:
     void ScanGroups();
     AfterGroup ScanGroup(const std::string& group);
     void WalkArticles(std::int32_t lastInGroup);
-    PointerFile Pointers() const;
 
     frmTamarack& MainForm;
     NewsSession& Session;

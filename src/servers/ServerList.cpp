@@ -142,7 +142,7 @@ void ServerList::cmdSave_Click(frmNewsServer& form)
 {
     const std::string name(Trim(form.txtNewsServer.Text()));
     if (!name.empty()) {
-        const std::string groupFile = ServerFiles::Group(Session.AppDir, name);
+        const std::string groupFile = Session.AppDir + ServerFiles::groupPrefix + name;
         if (!CanBeFileName(name) || ReplaceFile(groupFile, {})) {
             desktop.MsgBox("The filename \r\n" + groupFile
                     + "\r\ncould not be saved.  Please make sure you have\r\n"
@@ -176,14 +176,15 @@ void ServerList::cmdDeleteServer_Click()
             MessageButtons::YesNo)
         != MessageAnswer::Yes)
         return;
-    for (const auto& fileOf : {ServerFiles::Group, ServerFiles::Pointers, ServerFiles::Selected})
-        (void)DeleteFile(fileOf(Session.AppDir, name));
+    for (const char* prefix : {ServerFiles::groupPrefix, ServerFiles::pointerPrefix, ServerFiles::selectedPrefix}) {
+        if (const std::string file = Session.AppDir + prefix + name; FileExists(file))
+            (void)DeleteFile(file);
+    }
     settings.DeleteSetting(section, name);
     credentials.Forget(name);
     servers.RemoveItem(servers.ListIndex());
     ClearGroupLists(MainForm);
-    // Nobody else ends the session with the last server.
-    Session.TcpDisconnect();
+    Session.TcpDisconnect(); // with the last server nobody else does
     if (servers.ListCount() > 0) {
         servers.SetListIndex(0);
         SaveDefault();

@@ -51,13 +51,7 @@ bool NewsSession::CmdGroup(const std::string& name)
 {
     if (!Send(Command::Group, "group " + name))
         return false;
-    while (ReplyState == Reply::Awaiting) {
-        if (StopFlag) {
-            TcpDisconnect();
-            break;
-        }
-        WaitForEvents();
-    }
+    WaitWhile([this] { return ReplyState == Reply::Awaiting; });
     if (ReplyState == Reply::NoSuchGroup || ReplyState == Reply::NoGroupSelected) {
         desktop.MsgBox("The group you selected does not exist.\r\n" + name, "Invalid News Group");
         return false;
@@ -138,14 +132,19 @@ void NewsSession::CmdList()
 
 const std::string& NewsSession::WaitForText()
 {
-    while (ReplyState != Reply::Finished) {
+    WaitWhile([this] { return ReplyState != Reply::Finished; });
+    return LastBody;
+}
+
+void NewsSession::WaitWhile(const std::function<bool()>& isOpen)
+{
+    while (isOpen()) {
         if (StopFlag) {
             TcpDisconnect();
-            break;
+            return;
         }
         WaitForEvents();
     }
-    return LastBody;
 }
 
 void NewsSession::CmdManual(const std::string& line)
@@ -153,11 +152,5 @@ void NewsSession::CmdManual(const std::string& line)
     manualIsListGroup = NamesListGroup(line);
     if (!Send(Command::Manual, line))
         return;
-    while (ReplyState == Reply::Awaiting) {
-        if (StopFlag) {
-            TcpDisconnect();
-            break;
-        }
-        WaitForEvents();
-    }
+    WaitWhile([this] { return ReplyState == Reply::Awaiting; });
 }

@@ -1,6 +1,8 @@
 #include "platform/Events.h"
 #include "session/NewsSession.h"
 
+#include <utility>
+
 using namespace std::chrono_literals;
 
 NewsSession::NewsSession(frmTamarack& mainForm, Desktop& newDesktop)
@@ -140,25 +142,12 @@ void NewsSession::Timer1_Timer()
 
 void NewsSession::tcp1_StateChanged()
 {
-    switch (MainForm.TCP1.State()) {
-    case SocketState::ResolvingHost:
-        ShowStatus("Resolving Host");
-        break;
-    case SocketState::HostResolved:
-        ShowStatus("Host Resolved");
-        break;
-    case SocketState::Connecting:
-        ShowStatus("Connecting");
-        break;
-    case SocketState::Connected:
-        ShowStatus("Connected");
-        break;
-    case SocketState::Closing:
-        ShowStatus("Closing");
-        break;
-    case SocketState::Closed:
-    case SocketState::Error:
-        break;
+    using enum SocketState;
+    constexpr std::pair<SocketState, std::string_view> texts[] = {{ResolvingHost, "Resolving Host"},
+        {HostResolved, "Host Resolved"}, {Connecting, "Connecting"}, {Connected, "Connected"}, {Closing, "Closing"}};
+    for (const auto& [state, text] : texts) {
+        if (state == MainForm.TCP1.State())
+            ShowStatus(text);
     }
 }
 
@@ -181,3 +170,29 @@ void NewsSession::Log(const std::string& text)
 }
 
 void NewsSession::LogStep(std::string_view step) { Log(std::string("@").append(step).append("\r\n")); }
+
+SessionUse::SessionUse(NewsSession& session)
+    : Session(session)
+    , begun(!session.inUse)
+{
+    if (begun)
+        SetInUse(true);
+}
+
+SessionUse::~SessionUse()
+{
+    if (begun)
+        SetInUse(false);
+}
+
+void SessionUse::SetInUse(bool inUse)
+{
+    Session.inUse = inUse;
+    frmTamarack& MainForm = Session.MainForm;
+    MainForm.cmdRefresh.SetEnabled(!inUse);
+    MainForm.cmdRefreshDisk.SetEnabled(!inUse);
+    MainForm.cmdFindNow.SetEnabled(!inUse);
+    MainForm.mnuFindNow.SetEnabled(!inUse);
+    MainForm.SSFrame2.SetEnabled(!inUse);
+    Raise(Session.UseChanged, inUse);
+}

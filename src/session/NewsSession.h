@@ -145,6 +145,8 @@ private:
     // The steps that every command begins with: false, and nothing is sent or changed, unless the socket is connected
     // and the line can be sent.
     bool Send(Command kind, const std::string& line);
+    // Waits as long as the reply is open. A stop closes the connection.
+    void WaitWhile(const std::function<bool()>& isOpen);
     const std::string& WaitForText();
 
     bool ConnectionFailed();
@@ -174,4 +176,24 @@ private:
     int openLogins = 0; // demanded by the server and still under way
     int connectionNumber = 0; // counts, so that what waits on one connection notices that there is another
     bool inUse = false;
+};
+
+// A use of the session from its first step to its last: a search, a refresh of the list of groups, a command by hand.
+// There is one at a time, since a reply is read by what the session knows of the one command in flight. As long as it
+// lasts, the controls that would begin another one are disabled, and with them those that choose the server.
+class SessionUse {
+public:
+    explicit SessionUse(NewsSession& session);
+    ~SessionUse();
+    SessionUse(const SessionUse&) = delete;
+    SessionUse& operator=(const SessionUse&) = delete;
+
+    // False if another use was going on already: its end is then the other one's, and no command may be sent.
+    explicit operator bool() const { return begun; }
+
+private:
+    void SetInUse(bool inUse);
+
+    NewsSession& Session;
+    const bool begun;
 };

@@ -2,28 +2,39 @@
 
 #include "base/Files.h"
 #include "forms/DirectoryWalk.h"
-#include "shell/frmSelectDrive.h"
 
-Destination::Destination(frmTamarack& mainForm, Desktop& newDesktop)
-    : MainForm(mainForm)
-    , desktop(newDesktop)
-{
-    MainForm.cmdSelectDir.Click = [this] { cmdSelectDir_Click(); };
+namespace {
+
+// Where the attachments go: the volumes, and the directories of one of them.
+struct frmSelectDrive : Form {
+    frmSelectDrive()
+        : Form("frmSelectDrive", "Select the image destination", {.clientWidth = 4470, .clientHeight = 2760})
+    {
+        SetFallbackTopic(160);
+        Drive1.SetAccessibleName("Drives");
+        Dir1.SetAccessibleName("Directories");
+        SetDialogButtons(CmdExit, cmdCancel);
+        Dir1.SetFocus();
+    }
+
+    DriveList Drive1{*this, "Drive1", {15, 45, 2640, 315}}; // the volumes
+    CommandButton CmdExit{*this, "CmdExit", "Ok", {2730, 45, 795, 300}};
+    CommandButton cmdCancel{*this, "cmdCancel", "Cancel", {3645, 45, 780, 300}};
+    DirectoryList Dir1{*this, "Dir1", {15, 405, 4440, 2340}}; // the directories of the volume
+};
+
 }
 
-void Destination::cmdSelectDir_Click()
+void cmdSelectDir_Click(frmTamarack& MainForm, Desktop& desktop)
 {
     frmSelectDrive form;
     DirectoryWalk walk(MainForm, desktop, form.Drive1, form.Dir1);
     form.CentreOnForm(MainForm);
     walk.Begin(MainForm.txtSelectDir.Text());
-    form.CmdExit.Click = [&] { CmdExit_Click(form); };
+    form.CmdExit.Click = [&] {
+        MainForm.txtSelectDir.SetText(WithSeparator(form.Dir1.List(form.Dir1.ListIndex())));
+        form.SetVisible(false);
+    };
     form.cmdCancel.Click = [&] { form.SetVisible(false); };
     form.ShowModal();
-}
-
-void Destination::CmdExit_Click(frmSelectDrive& form)
-{
-    MainForm.txtSelectDir.SetText(WithSeparator(form.Dir1.List(form.Dir1.ListIndex())));
-    form.SetVisible(false);
 }

@@ -1,10 +1,28 @@
 #include "shell/Program.h"
 
 #include "catalogue/ServerFiles.h"
+#include "diagnostics/About.h"
 #include "platform/Events.h"
-#include "shell/frmBanner.h"
+#include "platform/ProgressBar.h"
+#include "shell/Destination.h"
 
 using namespace std::chrono_literals;
+
+namespace {
+
+// What the user sees while the program starts: its picture, and how far the list of groups has been read.
+struct frmBanner : Form {
+    frmBanner()
+        : Form("frmBanner", "Tamarack", {.clientWidth = 4500, .clientHeight = 3570, .border = BorderStyle::None})
+    {
+    }
+
+    ImageControl Picture{*this, "Picture", {0, 0, 4500, 3000}};
+    Label Label1{*this, "Label1", "", {90, 3030, 4320, 255}}; // what is being read
+    ProgressBar ProgressBar1{*this, "ProgressBar1", {90, 3315, 4320, 165}}; // how far
+};
+
+}
 
 Program::Program(Desktop& newDesktop, const ProgramPlaces& newPlaces)
     : desktop(newDesktop)
@@ -21,6 +39,8 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& newPlaces)
     serverList.HelpContext = [this](int topic) { help.HelpContext(topic); };
     slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
+    MainForm.mnuAbout.Click = [this] { mnuAbout_Click(MainForm); };
+    MainForm.cmdSelectDir.Click = [this] { cmdSelectDir_Click(MainForm, desktop); };
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
 }
 

@@ -3,13 +3,11 @@
 #include "base/Files.h"
 #include "catalogue/GroupFilters.h"
 #include "catalogue/GroupStore.h"
-#include "diagnostics/About.h"
 #include "diagnostics/ContextIDs.h"
 #include "diagnostics/DebugConsole.h"
 #include "pictures/SlideShow.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
-#include "shell/Destination.h"
 #include "shell/MainSettings.h"
 #include "shell/ProgramPlaces.h"
 
@@ -45,7 +43,6 @@ private:
     NewsSession Session{MainForm, desktop};
     DebugConsole debugConsole{Session, desktop};
     ContextIDs help{desktop};
-    About about{MainForm};
     MainSettings mainSettings{MainForm, settings};
     SelectedGroups selectedGroups{MainForm, Session, desktop};
     GroupStore groupStore{MainForm, Session, desktop};
@@ -58,7 +55,6 @@ private:
     SearchCriteria criteria{MainForm, Session, desktop};
     AttachmentSaving saving{MainForm, Session, previewStrip, viewer, lock};
     FindNow findNow{MainForm, Session, desktop, criteria, saving};
-    Destination destination{MainForm, desktop};
     bool Timer2Fired = false;
     bool isUp = false; // from here on what is on the main form is the user's
 };

@@ -50,23 +50,6 @@ TEST(Fields, EndAtCommasAndLineEnds)
     EXPECT_EQ(Fields("\"a,b\r\n  c\"d\n\"", &SequentialInput::ReadField), (Texts{"\"a", "b", "c\"d", "\""}));
 }
 
-TEST_F(FilesTest, RecordsAreReadAndWrittenInPlace)
-{
-    std::string record;
-    EXPECT_FALSE(MakeDirectory(DirectoryOf(path)));
-    EXPECT_EQ(RandomFile(path, RandomAccess::Read, 4).RecordCount(), 0);
-    EXPECT_TRUE(RandomFile(path, RandomAccess::ReadWrite, 4).Write(3, "cccc"));
-    EXPECT_TRUE(RandomFile(path, RandomAccess::ReadWrite, 4).Write(1, "AAAA"));
-    EXPECT_EQ(ContentOf(path), std::string("AAAA\0\0\0\0cccc", 12));
-    // What a crash left behind the last whole record does not count.
-    MakeFile(path, "AAAABB");
-    const RandomFile file(path, RandomAccess::Read, 4);
-    EXPECT_EQ(file.RecordCount(), 1);
-    EXPECT_FALSE(file.Read(2, record));
-    EXPECT_TRUE(file.Read(1, record));
-    EXPECT_EQ(record, "AAAA");
-}
-
 TEST_F(FilesTest, ReplacingLeavesTheOldFileWhenItFails)
 {
     EXPECT_FALSE(ReplaceFile(folder.File("kept"), {"n", "ew"}));
