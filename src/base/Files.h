@@ -2,7 +2,6 @@
 
 #include "base/Descriptor.h"
 
-#include <cstdint>
 #include <fstream>
 #include <optional>
 #include <string>

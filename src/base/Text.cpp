@@ -30,10 +30,12 @@ bool SameText(std::string_view left, std::string_view right)
 
 std::string_view Trim(std::string_view text, std::string_view blanks)
 {
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    return TrimEnd(text.substr(std::min(text.find_first_not_of(blanks), text.size())), blanks);
+}
+
+std::string_view TrimEnd(std::string_view text, std::string_view blanks)
+{
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
 std::vector<std::string> TrimmedParts(std::string_view text, char separator)

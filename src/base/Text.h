@@ -14,8 +14,9 @@ char LowerCase(char character);
 // True if two texts differ in nothing but ASCII case.
 bool SameText(std::string_view left, std::string_view right);
 
-// The text without these characters at its ends.
+// The text without these characters at its ends, or only at its second one.
 std::string_view Trim(std::string_view text, std::string_view blanks = " ");
+std::string_view TrimEnd(std::string_view text, std::string_view blanks = " \t");
 
 // What stands between the separators, each part trimmed. An empty part counts, but for one behind a separator at the
 // very end.

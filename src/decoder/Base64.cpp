@@ -1,5 +1,6 @@
 #include "decoder/Base64.h"
 
+#include "base/Text.h"
 #include "decoder/SixBit.h"
 
 #include <algorithm>
@@ -25,7 +26,9 @@ namespace {
 
 constexpr auto alphabet = SixBitAlphabet::Base64;
 
-bool IsLineSpace(char character) { return character == ' ' || character == '\t' || character == '\r'; }
+constexpr std::string_view lineSpace = " \t\r";
+
+bool IsLineSpace(char character) { return lineSpace.find(character) != std::string_view::npos; }
 
 // The stream of characters, cut anywhere.
 class Base64Stream {
@@ -124,13 +127,6 @@ Outcome DecodeUntil(const std::function<End(std::string_view line)>& endOf, Line
     return Outcome::Part;
 }
 
-bool IsClosingLine(std::string_view line)
-{
-    while (!line.empty() && IsLineSpace(line.back()))
-        line.remove_suffix(1);
-    return line == "====";
-}
-
 bool LooksLikeBase64(std::string_view line)
 {
     return std::all_of(line.begin(), line.end(), [](char character) {
@@ -150,7 +146,7 @@ Outcome DecodeBeginBase64(
         return Outcome::None;
     return DecodeUntil(
         [&](std::string_view line) {
-            return IsClosingLine(line) ? End::Whole : boundaries.EndsPart(line) ? End::CutOff : End::No;
+            return TrimEnd(line, lineSpace) == "====" ? End::Whole : boundaries.EndsPart(line) ? End::CutOff : End::No;
         },
         lines, name, sink);
 }
@@ -164,19 +160,12 @@ Outcome DecodeBase64Part(
 
 std::string DecodeBase64Text(std::string_view text)
 {
-    std::string bytes;
-    std::uint32_t bits = 0;
-    int count = 0;
-    for (const char character : text) {
-        const int value = SixBitValue(alphabet, character);
-        if (value < 0)
-            continue;
-        bits = bits << 6 | static_cast<std::uint32_t>(value);
-        count += 6;
-        if (count >= 8) {
-            count -= 8;
-            bytes += static_cast<char>(bits >> count & 255);
-        }
-    }
+    std::string characters(text);
+    std::erase_if(characters, [](char character) { return SixBitValue(alphabet, character) < 0; });
+    const std::size_t size = characters.size() * 6 / 8;
+    characters.resize((characters.size() + 3) / 4 * 4, 'A');
+    std::string bytes(characters.size() + AttachmentWriter::slack, '\0');
+    (void)DecodeGroups(alphabet, characters.data(), characters.size() / 4, bytes.data());
+    bytes.resize(size);
     return bytes;
 }

@@ -1,27 +1,19 @@
 #include "decoder/MimeBoundaries.h"
 
-namespace {
+#include "base/Text.h"
 
 // The blanks that may follow a boundary are padding added on the way.
-std::string_view WithoutPadding(std::string_view line)
-{
-    while (line.ends_with(' ') || line.ends_with('\t'))
-        line.remove_suffix(1);
-    return line;
-}
-
-}
 
 bool MimeBoundaries::LooksLikeBoundary(std::string_view line)
 {
-    line = WithoutPadding(line);
+    line = TrimEnd(line);
     return line.starts_with("--") && line.size() > 2 && line.size() <= 2 + longestBoundary;
 }
 
 MimeBoundaries::Found MimeBoundaries::Find(std::string_view line) const
 {
     if (!open.empty() && line.starts_with("--")) {
-        line = WithoutPadding(line).substr(2);
+        line = TrimEnd(line).substr(2);
         for (std::size_t depth = open.size(); depth-- > 0;) {
             if (line.starts_with(open[depth])) {
                 const std::string_view rest = line.substr(open[depth].size());
@@ -45,5 +37,5 @@ bool MimeBoundaries::Pass(std::string_view line)
 void MimeBoundaries::Enter(std::string_view line)
 {
     if (open.size() < deepestNesting)
-        open.emplace_back(WithoutPadding(line).substr(2));
+        open.emplace_back(TrimEnd(line).substr(2));
 }

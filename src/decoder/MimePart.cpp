@@ -46,21 +46,15 @@ std::size_t FieldNameLength(std::string_view line)
     return isName ? colon : 0;
 }
 
-int HexValue(char character)
-{
-    if (character >= '0' && character <= '9')
-        return character - '0';
-    const char lower = LowerCase(character);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
 // Bytes written as a mark and two hexadecimal digits, "%C3" or "=C3". A mark without them stands for itself.
 std::string DecodeHex(std::string_view text, char mark)
 {
     std::string bytes;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == mark && i + 2 < text.size() && HexValue(text[i + 1]) >= 0 && HexValue(text[i + 2]) >= 0) {
-            bytes += static_cast<char>(HexValue(text[i + 1]) * 16 + HexValue(text[i + 2]));
+        const char* const digits = text.data() + i + 1;
+        unsigned char byte = 0;
+        if (text[i] == mark && i + 2 < text.size() && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+            bytes += static_cast<char>(byte);
             i += 2;
         } else {
             bytes += text[i];

@@ -3,7 +3,6 @@
 #include "decoder/AttachmentSink.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <string_view>
 
 // Six bits to a character, four characters to three bytes: what uuencode and base64 have in common.

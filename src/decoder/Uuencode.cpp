@@ -1,5 +1,6 @@
 #include "decoder/Uuencode.h"
 
+#include "base/Text.h"
 #include "decoder/SixBit.h"
 
 #include <algorithm>
@@ -20,9 +21,8 @@
 //   of a line got lost on the way. Both are read, and with the first kind lost blanks are put back. That is not done
 //   once a backtick has been seen: then the blanks were never there, and the line has been cut.
 // - The last group may be as short as its bytes allow, two characters for one byte.
-// - One character more at the end of a line is a check character or a line mark, of which there are several kinds. It
-// is
-//   not looked at. Blanks at the end of a line mean nothing.
+// - One character more at the end of a line is a check character or a line mark, of which there are several kinds.
+//   It is not looked at. Blanks at the end of a line mean nothing.
 // - The line of no bytes may be a backtick, a blank, an empty line, or missing. Empty lines may stand anywhere.
 // - The mode has three or four octal digits. It is not used. The name may hold blanks and may be in quotes.
 
@@ -31,14 +31,7 @@ namespace {
 constexpr auto alphabet = SixBitAlphabet::Uuencode;
 constexpr char fullLine = 'M';
 
-std::string_view WithoutTrailingBlanks(std::string_view text)
-{
-    while (text.ends_with(' ') || text.ends_with('\t'))
-        text.remove_suffix(1);
-    return text;
-}
-
-bool IsEndLine(std::string_view line) { return WithoutTrailingBlanks(line) == "end"; }
+bool IsEndLine(std::string_view line) { return TrimEnd(line) == "end"; }
 
 struct UuencodeLine {
     std::size_t bytes = 0; // 0 to 63
@@ -59,7 +52,7 @@ std::optional<UuencodeLine> ReadUuencodeLine(std::string_view text)
     line.characters = text.substr(0, needed);
     line.blanksLost = text.size() < (line.bytes * 8 + 5) / 6;
     if (text.size() > needed) {
-        const std::string_view rest = WithoutTrailingBlanks(text.substr(needed));
+        const std::string_view rest = TrimEnd(text.substr(needed));
         if (rest.size() > 1)
             return std::nullopt;
         line.oneMore = text.size() == needed + 1;
@@ -97,7 +90,7 @@ std::optional<std::string> NameInBeginLine(std::string_view line, std::string_vi
     line.remove_prefix(digits);
     if (digits < 3 || digits > 4 || !skipBlanks())
         return std::nullopt;
-    line = WithoutTrailingBlanks(line);
+    line = TrimEnd(line);
     return line.empty() ? std::nullopt : std::optional<std::string>(line);
 }
 
@@ -111,7 +104,7 @@ bool IsFullUuencodeLine(std::string_view line)
 
 Outcome DecodeUuencode(LineReader& lines, std::string_view name, const MimeBoundaries& boundaries, AttachmentSink& sink)
 {
-    const auto isBlank = [](std::string_view line) { return WithoutTrailingBlanks(line).empty(); };
+    const auto isBlank = [](std::string_view line) { return TrimEnd(line).empty(); };
     while (lines.HasLine() && isBlank(lines.Line()))
         lines.Advance();
     if (!lines.HasLine() || !lines.IsWhole() || (!IsEndLine(lines.Line()) && !ReadUuencodeLine(lines.Line())))

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <fontconfig/fontconfig.h>
-#include <initializer_list>
 #include <linux/landlock.h>
 #include <malloc.h>
 #include <memory>

@@ -9,7 +9,6 @@
 #include <QPainter>
 #include <QSvgRenderer>
 #include <QXmlStreamReader>
-#include <algorithm>
 #include <filesystem>
 #include <fontconfig/fontconfig.h>
 #include <iconv.h>

@@ -69,7 +69,7 @@ ReadPicture ReadLargest(const QByteArray& file, const QSize& most)
         largestData = file.mid(qFromLittleEndian<quint32>(entry + 12), qFromLittleEndian<quint32>(entry + 8));
     }
     if (FormatOf({largestData.constData(), static_cast<std::size_t>(largestData.size())}) == PictureFormat::Png)
-        return ReadBytes(PixelParts(largestData, PictureFormat::Png), PictureFormat::Png, most);
+        return ReadBytes(PixelParts(largestData), PictureFormat::Png, most);
     return ReadBytes(file, PictureFormat::Icon, most, largest);
 }
 
@@ -97,13 +97,11 @@ ReadPicture ReadPixels(int descriptor, PictureFormat format, const QSize& most)
     QFile file;
     if (!file.open(descriptor, QIODevice::ReadOnly))
         return {};
-    if (format == PictureFormat::Gif || format == PictureFormat::Bmp || format == PictureFormat::WebP
-        || format == PictureFormat::Tiff)
+    if (format != PictureFormat::Png && format != PictureFormat::Icon)
         return ReadFrom(file, format, most);
     const uchar* const bytes = file.map(0, file.size());
     if (bytes == nullptr)
         return {};
     const QByteArray content = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), file.size());
-    return format == PictureFormat::Icon ? ReadLargest(content, most)
-                                         : ReadBytes(PixelParts(content, format), format, most);
+    return format == PictureFormat::Icon ? ReadLargest(content, most) : ReadBytes(PixelParts(content), format, most);
 }

@@ -14,7 +14,6 @@
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
-#include <vector>
 
 namespace {
 

@@ -11,7 +11,6 @@
 #include <QTimer>
 #include <algorithm>
 #include <numeric>
-#include <vector>
 
 class StatusPanel::Field : public QLabel {
 public:

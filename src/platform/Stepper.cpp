@@ -4,8 +4,6 @@
 
 #include <QEvent>
 #include <QKeyEvent>
-#include <QPainter>
-#include <QStyleOption>
 #include <QToolButton>
 #include <algorithm>
 #include <cmath>
