@@ -75,6 +75,7 @@ void GroupStore::cmdRefresh_Click()
     const SessionUse use(Session);
     if (!use)
         return;
+    const auto wakefulness = desktop.KeepAwake(KeptAwake::Computer, "Fetching the list of news groups");
     Session.StopFlag = false;
     if (Session.TcpConnect()) {
         MainForm.SetMousePointer(MousePointer::ArrowHourglass);

@@ -103,7 +103,7 @@ void SlideShow::Form_Unload()
     settings.SaveSetting(section, "3", std::to_string(form->chkOptions.Value()));
     settings.SaveSetting(section, "4", form->txtDelay.Text());
     MainForm.mnuSlideShow.SetChecked(false);
-    form->Timer1.SetEnabled(false);
+    SetPlaying(false);
     form->Picture1.SetPicture({});
 }
 
@@ -188,7 +188,7 @@ void SlideShow::Command1_Click(int index)
             ClearPane(SelectedPane);
         break;
     case 5:
-        form->Timer1.SetEnabled(false);
+        SetPlaying(false);
         ShowState("Paused");
         break;
     case 7:
@@ -208,15 +208,21 @@ void SlideShow::StartShow()
         return;
     }
     TakeDelay();
-    form->Timer1.SetEnabled(true);
+    SetPlaying(true);
 }
 
 void SlideShow::StopShow()
 {
-    form->Timer1.SetEnabled(false);
+    SetPlaying(false);
     ImageNumber = 0;
     ShowTotal();
     ShowState("Stopped");
+}
+
+void SlideShow::SetPlaying(bool playing)
+{
+    form->Timer1.SetEnabled(playing);
+    wakefulness = playing ? desktop.KeepAwake(KeptAwake::Screen, "Showing pictures") : nullptr;
 }
 
 void SlideShow::DeleteFileOfPane()
@@ -259,7 +265,7 @@ void SlideShow::lstFiles_DblClick()
     if (form->lstFiles.ListIndex() < 0)
         return;
     ImageNumber = form->lstFiles.ListIndex();
-    form->Timer1.SetEnabled(false);
+    SetPlaying(false);
     Timer1_Timer();
 }
 

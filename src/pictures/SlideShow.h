@@ -33,6 +33,7 @@ private:
     void Timer1_Timer();
     void ShowNextFile();
     void Command1_Click(int index);
+    void SetPlaying(bool playing);
     void StartShow();
     void StopShow();
     void DeleteFileOfPane();
@@ -56,6 +57,7 @@ private:
     Desktop& desktop;
     Viewer& viewer;
     std::unique_ptr<DirectoryWalk> walk;
+    std::shared_ptr<void> wakefulness; // of the screen, while the show plays
     bool ticking = false;
 
     int NextPane = 0; // the pane that the next tick fills

@@ -1,6 +1,9 @@
 #include "platform/Desktop.h"
 
 #include "platform/DisplayText.h"
+#include "platform/Launcher.h"
+#include "platform/Notification.h"
+#include "platform/Wakefulness.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -13,6 +16,7 @@
 #include <thread>
 #include <unistd.h>
 
+Desktop::Desktop() = default;
 Desktop::~Desktop() = default;
 
 MessageAnswer Desktop::MsgBox(std::string_view text, std::string_view title, MessageButtons buttons)
@@ -68,6 +72,20 @@ bool Desktop::ShellOpen(const std::string& address)
     delete process;
     return worked;
 }
+
+bool Desktop::IsInBackground() const { return QApplication::activeWindow() == nullptr; }
+
+std::shared_ptr<void> Desktop::KeepAwake(KeptAwake what, std::string_view reason) { return MakeWakeful(what, reason); }
+
+void Desktop::Notify(
+    std::string_view title, std::string_view text, std::string_view button, std::function<void()> pressed)
+{
+    if (!notification)
+        notification = std::make_unique<Notification>();
+    notification->Show(title, text, button, std::move(pressed));
+}
+
+void Desktop::ShowProgress(double share) { ShowInLauncher(share); }
 
 void Desktop::EndProgram() { std::_Exit(EXIT_SUCCESS); }
 

@@ -1,16 +1,23 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
+class Notification;
+
 enum class MessageButtons { Ok, OkCancel, YesNo };
 enum class MessageAnswer { Ok, Cancel, Yes, No };
+
+enum class KeptAwake { Computer, Screen };
 
 // The few things that reach beyond the program's own windows, so that a test can answer for the user. The functions
 // here do the real thing.
 class Desktop {
 public:
+    Desktop();
     virtual ~Desktop();
 
     // Shows a modal message box and gives the button that closed it. Escape and the box's close button count as Ok
@@ -27,10 +34,30 @@ public:
     // second, which is how long this waits for it; no event is delivered.
     [[nodiscard]] virtual bool ShellOpen(const std::string& address);
 
+    // The person is at another program: no window of this one is active.
+    virtual bool IsInBackground() const;
+
+    // What follows needs a service of the desktop. Where that is missing, or does not answer, nothing happens, and
+    // nothing waits for it.
+
+    // Keeps the computer from suspending by itself, or the screen from blanking, as long as the result lives and this
+    // process runs. People read the reason in lists of the desktop.
+    [[nodiscard]] virtual std::shared_ptr<void> KeepAwake(KeptAwake what, std::string_view reason);
+
+    // Shows a note, in place of an earlier one that is still there.
+    virtual void Notify(
+        std::string_view title, std::string_view text, std::string_view button, std::function<void()> pressed);
+
+    // How far a search is, in the program's icon: from 0 to 1, or less than 0 for nothing.
+    virtual void ShowProgress(double share);
+
     // Ends the process at once, from wherever it is called, with everything that it has open: no form is unloaded, no
     // event delivered, no destructor run, no buffered file written out. What counts is on the disk before: settings are
     // written out after each change. The helpers that read pictures end with their connection.
     virtual void EndProgram();
+
+private:
+    std::unique_ptr<Notification> notification; // from the first one on
 };
 
 // The address under which a file of this machine can be handed to ShellOpen.

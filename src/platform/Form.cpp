@@ -385,6 +385,8 @@ void Form::BringToFront()
     window->activateWindow();
 }
 
+void Form::AskForAttention() { QApplication::alert(window.get()); }
+
 void Form::SetMousePointer(MousePointer pointer)
 {
     if (pointer == MousePointer::Default)

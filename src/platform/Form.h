@@ -73,6 +73,9 @@ public:
     // Shows the form in front of the other windows; over a modal one too, and usable there.
     void BringToFront();
 
+    // Marks the window in the desktop's list of windows until its user comes back to it.
+    void AskForAttention();
+
     void SetMousePointer(MousePointer pointer);
 
     // The user asked for the window to be closed, or the desktop session ends.

@@ -6,9 +6,11 @@
 #include <QBoxLayout>
 #include <QDateTime>
 #include <QFontInfo>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLocale>
 #include <QTimer>
+#include <QToolTip>
 #include <algorithm>
 #include <numeric>
 
@@ -67,8 +69,28 @@ public:
     }
 
     const bool takesRest;
+    std::function<std::string()> liveToolTip;
+
+protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() != QEvent::ToolTip || !liveToolTip || liveToolTip().empty())
+            return QLabel::event(event);
+        ShowLiveToolTip(static_cast<QHelpEvent*>(event)->globalPos());
+        return true;
+    }
 
 private:
+    // Brought up to date for as long as it is there.
+    void ShowLiveToolTip(const QPoint& position)
+    {
+        QToolTip::showText(position, ToToolTip(ToShow(liveToolTip())), this);
+        QTimer::singleShot(std::chrono::seconds(1), this, [this, position] {
+            if (QToolTip::isVisible() && underMouse() && !liveToolTip().empty())
+                ShowLiveToolTip(position);
+        });
+    }
+
     QString Clock(const QDateTime& when) const
     {
         const QLocale locale;
@@ -147,6 +169,8 @@ StatusPanel::StatusPanel(Field* newField)
 }
 
 void StatusPanel::SetText(std::string_view text) { field->Show(ToShow(text)); }
+
+void StatusPanel::SetLiveToolTip(std::function<std::string()> text) { field->liveToolTip = std::move(text); }
 
 void StatusPanel::SetStyle(PanelStyle style)
 {

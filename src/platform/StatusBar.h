@@ -18,6 +18,10 @@ public:
 
     void SetStyle(PanelStyle style);
 
+    // Where the tool tip's text comes from while the mouse rests there: asked when it comes up, and each second then.
+    // An empty one gives way to the designed text.
+    void SetLiveToolTip(std::function<std::string()> text);
+
 private:
     friend class StatusBar;
     class Field;

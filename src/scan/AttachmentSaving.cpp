@@ -93,12 +93,17 @@ AfterSaving AttachmentSaving::Save(const ArticleInHand& article, const std::stri
             DeleteTemporaryFile();
             return AfterSaving::GroupLimitReached;
         }
-        if (Val(MainForm.txtMaxToDownload.Text()) <= TotalCount && MainForm.chkMaximumFiles.Value() == 1)
+        if (LimitOfRunReached())
             Session.StopFlag = true;
         ShowTotal();
     }
     DeleteTemporaryFile();
     return AfterSaving::GoOn;
+}
+
+bool AttachmentSaving::LimitOfRunReached() const
+{
+    return Val(MainForm.txtMaxToDownload.Text()) <= TotalCount && MainForm.chkMaximumFiles.Value() == 1;
 }
 
 void AttachmentSaving::Decode(const ArticleInHand& article, const std::string& body)

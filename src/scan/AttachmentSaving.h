@@ -35,6 +35,9 @@ public:
     // sets StopFlag.
     AfterSaving Save(const ArticleInHand& article, const std::string& body);
 
+    // The user's limit of files for a whole run.
+    bool LimitOfRunReached() const;
+
     // The program ends, perhaps in the middle of Save: what is decoded goes to its place, and the body goes.
     void End();
 

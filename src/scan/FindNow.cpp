@@ -51,9 +51,12 @@ bool FindNow::Search()
     const SessionUse use(Session);
     if (!use)
         return false;
+    progress.Begin();
     Session.StopFlag = false;
-    if (!Session.TcpConnect())
+    if (!Session.TcpConnect()) {
+        progress.End("The server could not be reached.");
         return false;
+    }
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     DoEvents();
     ScanGroups();
@@ -71,11 +74,20 @@ void FindNow::ScanGroups()
     Session.SearchPos = 1;
     // Rows that are removed meanwhile do not shorten the walk: what is read past the end is an empty name.
     const int lastRow = list.ListCount() - 1;
-    for (int row = std::max(list.ListIndex(), 0); row <= lastRow; ++row) {
+    std::string_view obstacle;
+    for (int row = std::max(list.ListIndex(), 0); row <= lastRow && obstacle.empty(); ++row) {
         if (ScanGroup(list.List(row)) == AfterGroup::EndRun)
-            break;
+            obstacle = WhyItEnded();
     }
     MainForm.SetCaption(frmTamarack::idleCaption);
+    progress.End(obstacle);
+}
+
+std::string_view FindNow::WhyItEnded() const
+{
+    if (saving.LimitOfRunReached())
+        return "The limit of files is reached.";
+    return Session.ReplyState == Reply::Refused ? "The server refused." : "It was stopped.";
 }
 
 FindNow::AfterGroup FindNow::ScanGroup(const std::string& group)
@@ -117,6 +129,7 @@ void FindNow::WalkArticles(std::int32_t lastInGroup)
     const bool saidToBeEmpty = Session.FirstArticle > lastInGroup;
     int timesNotMoved = 0;
     std::int32_t before = Session.StartArticle;
+    progress.EnterGroup(before, lastInGroup);
     for (;;) {
         Session.CurrentArticle = noArticle;
         const bool mayHaveMoved = Session.CmdNext() && !Session.StopFlag;
@@ -130,6 +143,7 @@ void FindNow::WalkArticles(std::int32_t lastInGroup)
             return;
         before = Session.CurrentArticle;
         const ArticleInHand article{Session.CurrentArticle, lastInGroup, Session.CurrentGroup};
+        progress.LookAt(article.number);
         MainForm.SetCaption(article.Caption("Scanning "));
         // Before the article is looked at: an article that the program stops on counts as read. A pointer that cannot
         // be written only makes the next search start earlier.
@@ -138,8 +152,12 @@ void FindNow::WalkArticles(std::int32_t lastInGroup)
         if (criteria.ArticleMatches(article.number) && !Session.StopFlag) {
             MainForm.SetCaption(article.Caption("Getting "));
             const std::string body = Session.CmdBody(article.number);
-            if (!Session.StopFlag && saving.Save(article, body) == AfterSaving::GroupLimitReached)
-                return;
+            if (!Session.StopFlag) {
+                const AfterSaving after = saving.Save(article, body);
+                progress.Fetched(body.size(), saving.TotalCount);
+                if (after == AfterSaving::GroupLimitReached)
+                    return;
+            }
         }
         if (Session.StopFlag)
             return;

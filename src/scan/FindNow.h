@@ -2,6 +2,7 @@
 
 #include "scan/AttachmentSaving.h"
 #include "scan/SearchCriteria.h"
+#include "scan/SearchProgress.h"
 
 // "Find Now" and "Stop Action", the engine of a search: walks the new articles of each selected group on the open
 // connection, from the group's pointer on, and has the wanted ones fetched and saved.
@@ -19,6 +20,7 @@ private:
     // Scans the groups from the list's current row to its last. Leaves the connection open when the rows are used up,
     // and closed when it was ended through StopFlag.
     void ScanGroups();
+    std::string_view WhyItEnded() const;
     AfterGroup ScanGroup(const std::string& group);
     void WalkArticles(std::int32_t lastInGroup);
 
@@ -27,5 +29,6 @@ private:
     Desktop& desktop;
     SearchCriteria& criteria;
     AttachmentSaving& saving;
+    SearchProgress progress{MainForm, desktop};
     std::int64_t pointerRecordNumber = 1; // of the group that is scanned
 };
