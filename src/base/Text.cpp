@@ -85,6 +85,22 @@ std::string DecimalText(float value) { return Shortest(value); }
 
 std::string DecimalText(double value) { return Shortest(value); }
 
+std::string DecodeHex(std::string_view text, char mark)
+{
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char* const digits = text.data() + i + 1;
+        unsigned char byte = 0;
+        if (text[i] == mark && i + 2 < text.size() && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+            bytes += static_cast<char>(byte);
+            i += 2;
+        } else {
+            bytes += text[i];
+        }
+    }
+    return bytes;
+}
+
 std::size_t FindIgnoringCase(std::string_view text, std::string_view part, std::size_t from)
 {
     if (from >= text.size())

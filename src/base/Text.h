@@ -34,6 +34,10 @@ std::optional<std::int32_t> WholeNumber(std::string_view text);
 std::string DecimalText(float value);
 std::string DecimalText(double value);
 
+// The bytes of a text in which some are written as a mark and two hexadecimal digits, "%C3" or "=C3". A mark without
+// them stands for itself.
+std::string DecodeHex(std::string_view text, char mark);
+
 // The position of the first `part` in `text` at or after `from`, letters that differ only in ASCII case being equal.
 // std::string_view::npos if there is none. An empty part is found at once in a text that is not empty.
 std::size_t FindIgnoringCase(std::string_view text, std::string_view part, std::size_t from = 0);

@@ -2,8 +2,10 @@
 
 #include "base/Files.h"
 #include "base/Text.h"
+#include "catalogue/GroupAddress.h"
 #include "catalogue/GroupPanels.h"
 #include "catalogue/ServerFiles.h"
+#include "platform/Clipboard.h"
 #include "platform/Events.h"
 
 namespace {
@@ -47,7 +49,37 @@ SelectedGroups::SelectedGroups(frmTamarack& mainForm, NewsSession& session, Desk
     MainForm.txtManual.DblClick = [this] { MainForm.txtManual.SelectAll(); };
     MainForm.txtManual.GotFocus = [this] { MainForm.txtManual.SelectAll(); };
     MainForm.Command4.Click = [this] { Command4_Click(); };
+    BindMenus();
+    MainForm.lstSelectedGroups.TakeDrops([](const Dragged& dragged) { return !GroupsIn(dragged.text).empty(); },
+        [this](const Dragged& dragged) {
+            MainForm.lstSelectedGroups.AddItems(GroupsIn(dragged.text));
+            ShowSelectedCount(MainForm);
+        });
     MainForm.cmdResetGroup.Click = [this] { cmdResetGroup_Click(); };
+}
+
+// Each entry does what its button does, or a double click.
+void SelectedGroups::BindMenus()
+{
+    const auto copy = [](const ListBox& list) {
+        const std::string& name = list.List(list.ListIndex());
+        return ContextEntry{"Copy the name", [name] { Clipboard::SetText(name); }, !name.empty()};
+    };
+    MainForm.lstAllGroups.SetContextMenu([this, copy]() -> std::vector<ContextEntry> {
+        const ListBox& list = MainForm.lstAllGroups;
+        return {{"Add", [this] { lstAllGroups_DblClick(); }, list.ListIndex() >= 0}, copy(list)};
+    });
+    MainForm.lstFilteredGroups.SetContextMenu([this, copy]() -> std::vector<ContextEntry> {
+        const ListBox& list = MainForm.lstFilteredGroups;
+        return {{"Add", [this] { cmdSavePicks_Click(); }, MainForm.cmdSavePicks.Enabled()}, copy(list)};
+    });
+    MainForm.lstSelectedGroups.SetContextMenu([this, copy]() -> std::vector<ContextEntry> {
+        const ListBox& list = MainForm.lstSelectedGroups;
+        const bool isOnRow = list.ListIndex() >= 0;
+        return {{"Remove", [this] { cmdClearSelected_Click(); }, isOnRow},
+            {"Reset", [this] { cmdResetGroup_Click(); }, isOnRow},
+            {"Set Pointer", [this] { Command4_Click(); }, isOnRow}, copy(list)};
+    });
 }
 
 std::string SelectedGroups::FileName() const

@@ -17,6 +17,8 @@ public:
     void SaveSelectedGroups();
 
 private:
+    void BindMenus();
+
     // The list is changed in memory only.
     void lstAllGroups_DblClick();
     void lstFilteredGroups_DblClick();

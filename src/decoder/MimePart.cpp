@@ -46,23 +46,6 @@ std::size_t FieldNameLength(std::string_view line)
     return isName ? colon : 0;
 }
 
-// Bytes written as a mark and two hexadecimal digits, "%C3" or "=C3". A mark without them stands for itself.
-std::string DecodeHex(std::string_view text, char mark)
-{
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char* const digits = text.data() + i + 1;
-        unsigned char byte = 0;
-        if (text[i] == mark && i + 2 < text.size() && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
-            bytes += static_cast<char>(byte);
-            i += 2;
-        } else {
-            bytes += text[i];
-        }
-    }
-    return bytes;
-}
-
 // =?utf-8?B?Z3LDvG4=?= =?iso-8859-1?Q?gr=FCn?=   (RFC 2047; blanks between two encoded words are not part of the text)
 std::string DecodeEncodedWords(std::string_view text)
 {

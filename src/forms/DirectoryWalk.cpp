@@ -10,6 +10,9 @@ DirectoryWalk::DirectoryWalk(frmTamarack& mainForm, Desktop& newDesktop, DriveLi
     , Dir1(directories)
 {
     Dir1.Click = [this] { Dir1_Click(); };
+    Dir1.SetContextMenu([this]() -> std::vector<ContextEntry> {
+        return {{"New directory...", [this] { MakeNew(); }}};
+    });
 }
 
 void DirectoryWalk::Begin(const std::string& path)
@@ -26,6 +29,17 @@ void DirectoryWalk::Dir1_Click()
 {
     if (!Dir1.SetPath(Dir1.List(Dir1.ListIndex())))
         desktop.MsgBox("You need to select a different folder", "Error");
+}
+
+// In the open directory, and opens it.
+void DirectoryWalk::MakeNew()
+{
+    const std::optional<std::string> name = desktop.InputBox("Name of the new directory:", "New Directory");
+    if (!name || name->empty())
+        return;
+    const std::string path = WithSeparator(Dir1.Path()) + *name;
+    if (name->find('/') != std::string::npos || MakeDirectory(path) || !Dir1.SetPath(path))
+        desktop.MsgBox("The directory could not be made:\r\n" + path, "Error");
 }
 
 void DirectoryWalk::Drive1_Change()

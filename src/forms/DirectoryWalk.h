@@ -16,6 +16,7 @@ public:
 
 private:
     void Dir1_Click();
+    void MakeNew();
     void Drive1_Change();
 
     frmTamarack& MainForm;

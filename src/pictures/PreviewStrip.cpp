@@ -2,9 +2,10 @@
 
 #include "base/Files.h"
 #include "forms/Placing.h"
+#include "pictures/PictureMenu.h"
 #include "platform/Events.h"
 
-PreviewStrip::PreviewStrip(frmTamarack& mainForm, Viewer& newViewer)
+PreviewStrip::PreviewStrip(frmTamarack& mainForm, Desktop& desktop, Viewer& newViewer)
     : MainForm(mainForm)
     , viewer(newViewer)
 {
@@ -14,6 +15,8 @@ PreviewStrip::PreviewStrip(frmTamarack& mainForm, Viewer& newViewer)
         MainForm.Command2[index].Click = [this, index] { image2_DblClick(index); };
         MainForm.cmdClear[index].Click = [this, index] { cmdClear_Click(index); };
         MainForm.cmdDelete[index].Click = [this, index] { cmdDelete_Click(index); };
+        OfferPicture(desktop, MainForm.Image2[index], MainForm.SSPanel1[index],
+            [this, index] { return MainForm.Label2[index].Tag; });
     }
     MainForm.mnuInteractiveDownload.Click = [this] { mnuInteractiveDownload_Click(); };
 }

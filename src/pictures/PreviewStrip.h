@@ -2,6 +2,7 @@
 
 #include "forms/frmTamarack.h"
 #include "pictures/Viewer.h"
+#include "platform/Desktop.h"
 
 #include <string>
 
@@ -9,7 +10,7 @@
 // right, and the oldest drops out; its file stays.
 class PreviewStrip {
 public:
-    PreviewStrip(frmTamarack& mainForm, Viewer& viewer);
+    PreviewStrip(frmTamarack& mainForm, Desktop& desktop, Viewer& viewer);
 
     // Shows the picture that Picture1 of the main form has just read from this file, under the name that the decoder UU
     // gave to its last file. Does nothing if Picture1 holds none. Lets events through between one slot and the next.

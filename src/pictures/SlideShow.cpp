@@ -3,6 +3,7 @@
 #include "base/Files.h"
 #include "base/Text.h"
 #include "forms/Placing.h"
+#include "pictures/PictureMenu.h"
 #include "pictures/frmSlideShow.h"
 #include "platform/Events.h"
 #include "platform/Screen.h"
@@ -46,6 +47,8 @@ void SlideShow::Bind()
             area->Click = [this, index] { PreviewImage_Click(index); };
             area->DblClick = [this, index] { PreviewImage_DblClick(index); };
         }
+        OfferPicture(desktop, form->PreviewImage[index], form->SSPanel1[index],
+            [this, index] { return form->SSPanel1[index].Tag; });
         const auto showName = [this, index] { ShowName(form->PreviewImage[index].Tag); };
         form->PreviewImage[index].MouseMove = showName;
         form->SSPanel1[index].GotFocus = showName;

@@ -3,7 +3,9 @@
 #include "base/Files.h"
 #include "base/Text.h"
 #include "forms/Placing.h"
+#include "pictures/PictureMenu.h"
 #include "platform/Buttons.h"
+#include "platform/Clipboard.h"
 #include "platform/Events.h"
 #include "platform/Form.h"
 #include "platform/Frame.h"
@@ -46,9 +48,10 @@ constexpr std::string_view section = "PictureView";
 
 }
 
-Viewer::Viewer(frmTamarack& mainForm, Settings& newSettings)
+Viewer::Viewer(frmTamarack& mainForm, Settings& newSettings, Desktop& newDesktop)
     : MainForm(mainForm)
     , settings(newSettings)
+    , desktop(newDesktop)
 {
     MainForm.mnuSizeableViewer.Click = [this] { OpenOrClose(MainForm.mnuSizeableViewer); };
 }
@@ -63,6 +66,8 @@ void Viewer::Bind()
     form->Resize = [this] { Form_Resize(); };
     for (MouseEvents* area : std::initializer_list<MouseEvents*>{form.get(), &form->SSPanel1, &form->Image1})
         area->MouseDown = [this](int button, int keys) { MouseDown(button, keys); };
+    OfferPicture(desktop, form->Image1, form->SSPanel1, [this] { return form->Image1.Tag; });
+    form->OnKeys("Ctrl+C", [this] { Clipboard::SetPicture(form->Image1.Picture()); });
 }
 
 void Viewer::Form_Load()

@@ -2,6 +2,7 @@
 
 #include "forms/KeptForm.h"
 #include "forms/frmTamarack.h"
+#include "platform/Desktop.h"
 #include "platform/Settings.h"
 
 struct frmShowPicture;
@@ -13,7 +14,7 @@ struct frmShowPicture;
 // Each of the three that show a picture lets events through, and the viewer may be closed behind it.
 class Viewer : KeptForm<frmShowPicture> {
 public:
-    Viewer(frmTamarack& mainForm, Settings& settings);
+    Viewer(frmTamarack& mainForm, Settings& settings, Desktop& desktop);
     ~Viewer();
 
     // In the viewer that is open, reads the file whose picture a control shows and shows it under this name. Of the
@@ -50,4 +51,5 @@ private:
 
     frmTamarack& MainForm;
     Settings& settings;
+    Desktop& desktop;
 };

@@ -3,8 +3,13 @@
 #include <memory>
 #include <string>
 
+class Bitmap;
 class QImage;
 class QSize;
+
+namespace Clipboard {
+void SetPicture(const Bitmap& picture);
+}
 
 // A picture in memory, or none. Copies share the pixels.
 class Bitmap {
@@ -27,6 +32,7 @@ public:
 
 private:
     friend class ImageControl;
+    friend void Clipboard::SetPicture(const Bitmap& picture);
 
     // `size` is that of the picture itself, of which the pixels may be a smaller rendering.
     Bitmap(QImage pixels, const QSize& size);

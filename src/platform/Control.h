@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 class QWidget;
 
@@ -35,6 +36,19 @@ public:
 
 protected:
     QWidget* content;
+};
+
+// An entry of a menu that opens on a control.
+struct ContextEntry {
+    std::string caption;
+    std::function<void()> chosen;
+    bool enabled = true;
+};
+
+// What somebody drags, from this program or another one.
+struct Dragged {
+    std::string text;
+    std::vector<std::string> paths; // of files and directories of this machine
 };
 
 // What all controls share. A control owns one widget, whose object name is the control's. Beyond what a widget does,
@@ -69,6 +83,13 @@ public:
     // What the F1 key shows the help on while the control has the focus; see Form::HelpKey.
     void SetHelpTopic(int number);
     void SetFocus();
+
+    // A menu on the right mouse button, without Ctrl, and on the menu key. It is asked for its entries when it opens,
+    // and lets events through until one is chosen.
+    void SetContextMenu(std::function<std::vector<ContextEntry>()> entries);
+
+    // What `means` something may be dropped here; the rest is refused while it still hovers.
+    void TakeDrops(std::function<bool(const Dragged&)> means, std::function<void(const Dragged&)> take);
 
     // The keyboard focus goes from this control to the next one by Tab.
     void PrecedesInTabOrder(Control& next);

@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFile>
+#include <QInputDialog>
 #include <QMessageBox>
 #include <QProcess>
 #include <QStandardPaths>
@@ -37,6 +38,14 @@ MessageAnswer Desktop::MsgBox(std::string_view text, std::string_view title, Mes
         : answer == QMessageBox::No     ? MessageAnswer::No
         : answer == QMessageBox::Cancel ? MessageAnswer::Cancel
                                         : MessageAnswer::Ok;
+}
+
+std::optional<std::string> Desktop::InputBox(std::string_view prompt, std::string_view title)
+{
+    bool accepted = false;
+    const QString text = QInputDialog::getText(
+        QApplication::activeWindow(), ToShow(title), ToShow(prompt), QLineEdit::Normal, {}, &accepted);
+    return accepted ? std::optional(FromDisplay(text)) : std::nullopt;
 }
 
 void Desktop::Sleep(std::chrono::milliseconds duration)

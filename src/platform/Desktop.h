@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,9 @@ public:
     // clicks; timers, the socket and a request to end the program go on, and their handlers run inside this call.
     virtual MessageAnswer MsgBox(
         std::string_view text, std::string_view title, MessageButtons buttons = MessageButtons::Ok);
+
+    // Asks for a line of text. Nothing if the user would rather not.
+    virtual std::optional<std::string> InputBox(std::string_view prompt, std::string_view title);
 
     // Blocks the thread; no event is delivered. The windows are painted before, so that a text set just now can be
     // read. A timer that is due meanwhile ticks once, afterwards; what the server sends waits.

@@ -11,6 +11,7 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QScreen>
+#include <QShortcut>
 #include <QTabWidget>
 #include <QTimer>
 #include <QWidget>
@@ -363,6 +364,12 @@ void Form::SetDialogButtons(CommandButton& accept, CommandButton& cancel)
 }
 
 void Form::ClosesWithEscape() { closesWithEscape = true; }
+
+void Form::OnKeys(std::string_view keys, std::function<void()> pressed)
+{
+    auto* shortcut = new QShortcut(QKeySequence(ToDisplay(keys)), window.get());
+    QObject::connect(shortcut, &QShortcut::activated, shortcut, std::move(pressed));
+}
 
 void Form::BringToFront()
 {

@@ -70,6 +70,9 @@ public:
     // Escape closes the window, as its close button does.
     void ClosesWithEscape();
 
+    // A key sequence such as "Ctrl+C", anywhere in the window where no field takes it for itself.
+    void OnKeys(std::string_view keys, std::function<void()> pressed);
+
     // Shows the form in front of the other windows; over a modal one too, and usable there.
     void BringToFront();
 

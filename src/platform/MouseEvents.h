@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 // What a control without an action of its own tells of the mouse.
 struct MouseEvents {
@@ -18,4 +19,6 @@ struct MouseEvents {
     std::function<void()> DblClick; // behind a Click
     std::function<void(int button, int keys)> MouseDown;
     std::function<void()> MouseMove;
+    // The path of the file that can be dragged out of here, "" for none.
+    std::function<std::string()> DraggedFile;
 };

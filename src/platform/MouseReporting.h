@@ -3,7 +3,12 @@
 #include "platform/Control.h"
 #include "platform/MouseEvents.h"
 
+#include <QApplication>
+#include <QDrag>
+#include <QFile>
+#include <QMimeData>
 #include <QMouseEvent>
+#include <QUrl>
 
 // A widget that reports what the mouse does on it. Nothing is passed on to the widget around it, which would report it
 // once more. A blank is a click and Enter a double click.
@@ -21,6 +26,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override
     {
         pressed = event->button() == Qt::LeftButton;
+        pressedAt = event->pos();
         const Qt::KeyboardModifiers held = event->modifiers();
         Raise(events.MouseDown, static_cast<int>(event->button()),
             (held & Qt::ShiftModifier ? MouseEvents::shiftKey : 0)
@@ -44,7 +50,13 @@ protected:
             mousePressEvent(event);
     }
 
-    void mouseMoveEvent(QMouseEvent*) override { Raise(events.MouseMove); }
+    void mouseMoveEvent(QMouseEvent* event) override
+    {
+        Raise(events.MouseMove);
+        const int distance = (event->pos() - pressedAt).manhattanLength();
+        if (pressed && events.DraggedFile && distance >= QApplication::startDragDistance())
+            DragOut(events.DraggedFile());
+    }
 
     // With the keyboard focus, where a widget takes it.
     void keyPressEvent(QKeyEvent* event) override
@@ -60,6 +72,20 @@ protected:
     }
 
 private:
+    // A press that has become a drag is no click.
+    void DragOut(const std::string& path)
+    {
+        if (path.empty())
+            return;
+        pressed = false;
+        auto* content = new QMimeData;
+        content->setUrls({QUrl::fromLocalFile(QFile::decodeName(path.c_str()))});
+        auto* drag = new QDrag(this); // deletes itself
+        drag->setMimeData(content);
+        drag->exec(Qt::CopyAction);
+    }
+
     MouseEvents& events;
     bool pressed = false;
+    QPoint pressedAt;
 };

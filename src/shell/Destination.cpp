@@ -2,6 +2,7 @@
 
 #include "base/Files.h"
 #include "forms/DirectoryWalk.h"
+#include "platform/Clipboard.h"
 
 namespace {
 
@@ -23,8 +24,6 @@ struct frmSelectDrive : Form {
     DirectoryList Dir1{*this, "Dir1", {15, 405, 4440, 2340}}; // the directories of the volume
 };
 
-}
-
 void cmdSelectDir_Click(frmTamarack& MainForm, Desktop& desktop)
 {
     frmSelectDrive form;
@@ -37,4 +36,23 @@ void cmdSelectDir_Click(frmTamarack& MainForm, Desktop& desktop)
     };
     form.cmdCancel.Click = [&] { form.SetVisible(false); };
     form.ShowModal();
+}
+
+bool IsDirectory(const Dragged& dragged)
+{
+    return dragged.paths.size() == 1 && SameFile(WithSeparator(dragged.paths.front()), dragged.paths.front());
+}
+
+}
+
+void BindDestination(frmTamarack& MainForm, Desktop& desktop)
+{
+    MainForm.cmdSelectDir.Click = [&] { cmdSelectDir_Click(MainForm, desktop); };
+    MainForm.txtSelectDir.SetContextMenu([&]() -> std::vector<ContextEntry> {
+        const std::string path = MainForm.txtSelectDir.Text();
+        return {{"Open the directory", [&desktop, path] { (void)desktop.ShellOpen(AddressOfFile(path)); }},
+            {"Copy the path", [path] { Clipboard::SetText(path); }}};
+    });
+    MainForm.txtSelectDir.TakeDrops(IsDirectory,
+        [&MainForm](const Dragged& dragged) { MainForm.txtSelectDir.SetText(WithSeparator(dragged.paths.front())); });
 }

@@ -40,13 +40,15 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& newPlaces)
     slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
     MainForm.mnuAbout.Click = [this] { mnuAbout_Click(MainForm); };
-    MainForm.cmdSelectDir.Click = [this] { cmdSelectDir_Click(MainForm, desktop); };
+    BindDestination(MainForm, desktop);
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
 }
 
 void Program::Start()
 {
     std::string obstacle;
+    if (lock.HeldByAnother())
+        Activation::ActivateFirst();
     if (lock.HeldByAnother())
         obstacle = "Tamarack is already running.\r\n"
                    "A second one would write into the same files.";
@@ -84,6 +86,7 @@ void Program::Form_Load()
     mainSettings.Restore();
     isUp = true;
     MainForm.SetVisible(true);
+    activation.emplace([this] { MainForm.BringToFront(); });
 }
 
 bool Program::LoadBehindBanner()

@@ -5,6 +5,7 @@
 #include "catalogue/GroupStore.h"
 #include "diagnostics/ContextIDs.h"
 #include "diagnostics/DebugConsole.h"
+#include "platform/Activation.h"
 #include "pictures/SlideShow.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
@@ -49,12 +50,13 @@ private:
     GroupFilters groupFilters{MainForm, Session};
     ServerList serverList{MainForm, Session, settings, desktop, selectedGroups, groupStore,
         AddressOfFile(places.resources + "help/find-a-server.html")};
-    Viewer viewer{MainForm, settings};
-    PreviewStrip previewStrip{MainForm, viewer};
+    Viewer viewer{MainForm, settings, desktop};
+    PreviewStrip previewStrip{MainForm, desktop, viewer};
     SlideShow slideShow{MainForm, settings, desktop, viewer};
     SearchCriteria criteria{MainForm, Session, desktop};
     AttachmentSaving saving{MainForm, Session, previewStrip, viewer, lock};
     FindNow findNow{MainForm, Session, desktop, criteria, saving};
+    std::optional<Activation> activation; // once the main form is visible
     bool Timer2Fired = false;
     bool isUp = false; // from here on what is on the main form is the user's
 };
