@@ -9,7 +9,7 @@ namespace {
 
 // As the desktop entry is called, and the path that goes with it (Desktop Entry Specification, "D-Bus Activation").
 const QString service = QStringLiteral("org.tamarack.Tamarack");
-const QString path = QStringLiteral("/org.tamarack.Tamarack");
+const QString path = QStringLiteral("/org/tamarack/Tamarack");
 const QString interface = QStringLiteral("org.freedesktop.Application");
 
 }

@@ -1,11 +1,10 @@
 #include "platform/SessionBus.h"
 
 #include <QFile>
-#include <QStandardPaths>
 
 QDBusConnection SessionBus()
 {
-    const QString usual = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/bus");
-    const bool isThere = qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") || QFile::exists(usual);
+    const bool isThere = qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")
+        || QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
     return isThere ? QDBusConnection::sessionBus() : QDBusConnection(QString());
 }

@@ -2,12 +2,7 @@
 
 #include <algorithm>
 
-using namespace std::chrono_literals;
-
 namespace {
-
-// A search that is over sooner has not been walked away from.
-constexpr auto longSearch = 1min;
 
 std::string Counted(std::uint64_t count, std::string_view one, std::string_view many)
 {
@@ -78,7 +73,7 @@ void SearchProgress::End(std::string_view obstacle)
     if (!desktop.IsInBackground())
         return;
     MainForm.AskForAttention();
-    if (Clock::now() - begin < longSearch)
+    if (Clock::now() - begin < LongSearch)
         return;
     std::string text = Counted(static_cast<std::uint64_t>(stored), "attachment", "attachments") + " from "
         + Counted(static_cast<std::uint64_t>(groups), "group", "groups") + ".";

@@ -25,6 +25,9 @@ public:
     // `obstacle` is a sentence that tells why the search ended early, empty if it did not.
     void End(std::string_view obstacle);
 
+    // One that is over sooner has not been walked away from.
+    std::chrono::seconds LongSearch{60};
+
 private:
     using Clock = std::chrono::steady_clock;
 
