@@ -16,7 +16,7 @@ const QString interface = QStringLiteral("org.freedesktop.Application");
 
 class Activation::Listener : public QDBusVirtualObject {
 public:
-    explicit Listener(std::function<void()> newActivated)
+    explicit Listener(std::function<void(const std::string&)> newActivated)
         : activated(std::move(newActivated))
     {
         QDBusConnection bus = SessionBus();
@@ -28,18 +28,21 @@ public:
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override
     {
-        if (message.interface() != interface || message.member() != QStringLiteral("Activate"))
+        const bool isAction = message.member() == QStringLiteral("ActivateAction");
+        if (message.interface() != interface || (!isAction && message.member() != QStringLiteral("Activate")))
             return false;
         (void)bus.send(message.createReply());
-        QMetaObject::invokeMethod(this, activated, Qt::QueuedConnection);
+        const std::string action = isAction ? message.arguments().value(0).toString().toStdString() : std::string();
+        QMetaObject::invokeMethod(
+            this, [this, action] { activated(action); }, Qt::QueuedConnection);
         return true;
     }
 
 private:
-    const std::function<void()> activated;
+    const std::function<void(const std::string&)> activated;
 };
 
-Activation::Activation(std::function<void()> activated)
+Activation::Activation(std::function<void(const std::string&)> activated)
     : listener(std::make_unique<Listener>(std::move(activated)))
 {
 }

@@ -86,7 +86,19 @@ void Program::Form_Load()
     mainSettings.Restore();
     isUp = true;
     MainForm.SetVisible(true);
-    activation.emplace([this] { MainForm.BringToFront(); });
+    activation.emplace([this](const std::string& action) { Activated(action); });
+}
+
+// Does what a button does that can be pressed just now.
+void Program::Activated(const std::string& action)
+{
+    CommandButton* const button = action == "FindNow" ? &MainForm.cmdFindNow
+        : action == "Stop"                            ? &MainForm.cmdStop
+                                                      : nullptr;
+    if (button == nullptr)
+        MainForm.BringToFront();
+    else if (button->Enabled())
+        Raise(button->Click);
 }
 
 bool Program::LoadBehindBanner()

@@ -34,6 +34,7 @@ private:
     void Form_Unload();
     void GiveUp();
     void Timer2_Timer();
+    void Activated(const std::string& action);
 
     Desktop& desktop;
     const ProgramPlaces places;

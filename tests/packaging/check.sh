@@ -19,7 +19,8 @@ fail() {
     exit 1
 }
 
-desktop-file-validate "$packaging/tamarack.desktop"
+# One key is newer than the validator.
+if desktop-file-validate "$packaging/tamarack.desktop" | grep -v SingleMainWindow; then exit 1; fi
 # One variable of the build has the address of the home page, and nothing else knows it.
 homepage="$(sed -n 's/^TAMARACK_HOMEPAGE:STRING=//p' "$build/CMakeCache.txt")"
 ! grep -rF tamarack.example.org "$packaging"/{,../src,../docs/help,../demo} || fail "The address stands there too."
