@@ -79,6 +79,12 @@ frmTamarack::frmTamarack()
     MyUpDown[0].PrecedesInTabOrder(MyUpDown[1]);
     MyUpDown[1].PrecedesInTabOrder(MyUpDown[3]);
     for (int slot = 0; slot < 3; ++slot) {
+        const std::string picture = "picture " + std::to_string(slot + 1);
+        SSPanel1[slot].SetAccessibleName("Room of " + picture);
+        Image2[slot].SetAccessibleName(picture);
+        Command2[slot].SetAccessibleName("View " + picture);
+        cmdClear[slot].SetAccessibleName("Clear " + picture);
+        cmdDelete[slot].SetAccessibleName("Delete " + picture);
         Command2[slot].PrecedesInTabOrder(cmdClear[slot]);
         cmdClear[slot].PrecedesInTabOrder(cmdDelete[slot]);
         if (slot < 2)

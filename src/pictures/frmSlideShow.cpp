@@ -5,6 +5,7 @@ frmSlideShow::frmSlideShow()
 {
     SetFallbackTopic(1070);
     Command1[6].SetEnabled(false);
+    Command1[6].SetAccessibleName("Backdrop");
     for (int pane = 0; pane < 6; ++pane) {
         const std::string name = "Pane " + std::to_string(pane);
         PreviewImage[pane].SetToolTip(name);
