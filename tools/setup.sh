@@ -5,7 +5,7 @@ buildPackages=(g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libdeflate-
 # What the program needs beside the libraries that it is linked with.
 windowPackages=(fonts-dejavu-core qt6-image-formats-plugins)
 testPackages=(libgtest-dev libgmock-dev clang-format-14 dpkg-dev file appstream desktop-file-utils
-    xvfb openbox xdotool wmctrl x11-utils)
+    xvfb openbox xdotool wmctrl x11-utils dbus-daemon at-spi2-core python3-dbus)
 fuzzPackages=(clang-14 libclang-rt-14-dev)
 benchPackages=(libbenchmark-dev libuu-dev)
 newsServerPackages=(inn2)

@@ -86,7 +86,7 @@ def main():
             controls += sum(role in SPEAKING for role, text in seen)
     finally:
         for process in (demo, launcher, display):
-            process.kill()
+            process.terminate()
             process.wait()
     print(controls, "controls")
     if nameless or controls < 500:
