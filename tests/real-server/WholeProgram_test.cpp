@@ -224,7 +224,7 @@ TEST_F(WholeProgramTest, StopInTheMiddleAndSearchOn)
     if (!fs::exists(destination + brokenOff))
         attachments.erase(brokenOff);
     ExpectAllFetched();
-    Click("Command1");
+    Click("frmTamarack/Command1");
     EXPECT_EQ(desktop.programEnds, 1);
     program.reset();
 
