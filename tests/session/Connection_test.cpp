@@ -54,7 +54,6 @@ TEST(ConnectionTest, GreetingAndAuthentication)
         EXPECT_EQ(client.Desktop.sleeps.size(), failed ? 1U : 0U);
         EXPECT_THAT(pointers, testing::Each(Qt::BusyCursor));
         EXPECT_THAT(client.Desktop.boxes, testing::IsEmpty());
-        EXPECT_EQ(client.Server.FirstProblem(), "");
         // A connection that stands is kept, without a word to the server.
         EXPECT_TRUE(client.MainForm.TCP1.State() != SocketState::Connected || client.Session.TcpConnect());
     }

@@ -165,7 +165,6 @@ TEST(ReplyReceiverTest, NoTextKeepsTheMemoryOfALargeOne)
         EXPECT_EQ(session.CmdBody(7).size(), large);
         (void)session.CmdHead(8);
         EXPECT_LT(session.LastBody.capacity() + session.ReplyText.capacity(), large / 8);
-        EXPECT_EQ(client.Server.FirstProblem(), "");
     }
 }
 

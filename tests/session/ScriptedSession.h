@@ -9,8 +9,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-// The real session behind the real main form, and a server that greets it and then plays a script. The script's pauses
-// act on the client just there:
+// The real session behind the real main form, and a server that greets it and then plays a script, to whose end it must
+// come. The script's pauses act on the client just there:
 //
 //   stop              cmdStop is pressed
 //   stop when gone    the same, once the client knows that the connection is no more
@@ -18,6 +18,7 @@
 //   time is up        the watchdog of the head command strikes
 struct ScriptedSession {
     explicit ScriptedSession(const std::string& script, const std::string& welcome = "S: 200 hello\n")
+        : hasScript(!(welcome + script).empty())
     {
         Server.OnPause = [this](const std::string& name) { Pause(name); };
         QObject::connect(&stopTimer, &QTimer::timeout, &stopTimer, [this] {
@@ -39,6 +40,12 @@ struct ScriptedSession {
         Session.LastArticle = 12;
         Session.CurrentArticle = 5;
         Server.Play(welcome + script);
+    }
+
+    ~ScriptedSession()
+    {
+        EXPECT_EQ(hasScript ? Server.FirstProblem() : "", "");
+        EXPECT_FALSE(MainForm.Timer1.Enabled());
     }
 
     // Runs the command of a script line ("stat 7"). Gives its text, or "true" or "false", with the number that stat has
@@ -110,6 +117,7 @@ private:
         onlyWhenGone = name == "stop when gone";
     }
 
+    const bool hasScript;
     bool onlyWhenGone = false;
     QTimer stopTimer;
 };
