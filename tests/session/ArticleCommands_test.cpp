@@ -183,6 +183,7 @@ TEST(ArticleCommandsTest, NothingIsSentOutsideTheGroupOrTheConnection)
     EXPECT_TRUE(client.Desktop.boxes.empty());
 
     EXPECT_EQ(client.Run("next"), "false");
+    EXPECT_EQ(client.Run("body 7"), ""); // the end of the connection is there already, and not yet told
     client.ExpectGone();
     session.ReplyState = Reply::NoSuchGroup;
     session.StopFlag = true;
