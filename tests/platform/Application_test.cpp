@@ -1,10 +1,14 @@
 #include "platform/Process.h"
 
+#include "demo/support/Screen.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QIcon>
 #include <QLibraryInfo>
+#include <QListView>
 #include <pwd.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -41,4 +45,29 @@ TEST(ProcessOfTheApplication, HasAHomeThatNobodyElseCanMake)
         EXPECT_EQ(qgetenv("HOME"), user->pw_dir);
     }
     qputenv("HOME", home);
+}
+
+TEST(Look, AnIconInEverySizeAndAnEdgeAroundTheListWithTheFocus)
+{
+    for (const int side : {16, 32, 48, 64, 128}) {
+        const QImage icon = QApplication::windowIcon().pixmap(side, side).toImage();
+        EXPECT_EQ(icon.width(), side);
+        EXPECT_EQ(icon.pixelColor(0, 0).alpha(), 0);
+        EXPECT_EQ(icon.pixelColor(side / 2, side / 2).alpha(), 255);
+    }
+    QWidget window;
+    QListView list(&window), other(&window);
+    window.show();
+    const auto isMarked = [&] {
+        const QImage seen = list.grab().toImage();
+        const QColor edge = list.palette().color(QPalette::Highlight);
+        return seen.pixelColor(0, 30) == edge && seen.pixelColor(30, seen.height() - 1) == edge
+            && seen.pixelColor(30, 30) != edge;
+    };
+    list.setFocus();
+    ASSERT_TRUE(Until([&] { return list.hasFocus(); }));
+    EXPECT_TRUE(isMarked());
+    other.setFocus();
+    EXPECT_FALSE(isMarked());
+    EXPECT_FALSE(QApplication::quitOnLastWindowClosed());
 }

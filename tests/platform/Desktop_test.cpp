@@ -2,8 +2,10 @@
 #include "demo/support/TemporaryFolder.h"
 #include "platform/Desktop.h"
 
-#include <QByteArray>
-#include <QCoreApplication>
+#include <QApplication>
+#include <QMessageBox>
+#include <QTest>
+#include <QTimer>
 
 #include <cerrno>
 #include <filesystem>
@@ -38,4 +40,42 @@ TEST(ShellOpen, TellsWhetherSomethingOpensTheDocument)
     // What is kept for the program that stays goes with it.
     EXPECT_TRUE(Until([] { return waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) != 0 && errno == ECHILD; }));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+TEST(MsgBox, GivesWhatTheUserAnswers)
+{
+    struct Row {
+        MessageButtons buttons;
+        Qt::Key key;
+        MessageAnswer answer;
+    };
+    for (const Row& row : {Row{MessageButtons::Ok, Qt::Key_Escape, MessageAnswer::Ok},
+             Row{MessageButtons::Ok, Qt::Key_Return, MessageAnswer::Ok},
+             Row{MessageButtons::OkCancel, Qt::Key_Return, MessageAnswer::Ok},
+             Row{MessageButtons::OkCancel, Qt::Key_Escape, MessageAnswer::Cancel},
+             Row{MessageButtons::YesNo, Qt::Key_Return, MessageAnswer::Yes},
+             Row{MessageButtons::YesNo, Qt::Key_Escape, MessageAnswer::No}}) {
+        QTimer::singleShot(0, [&] {
+            auto& box = dynamic_cast<QMessageBox&>(*QApplication::activeModalWidget());
+            EXPECT_EQ(box.windowTitle() + "|" + box.text(), QStringLiteral("t\uFFFD|a\n<b>b</b>\uFFFD"));
+            EXPECT_EQ(box.textFormat(), Qt::PlainText);
+            EXPECT_EQ(box.cursor().shape(), Qt::ArrowCursor);
+            QTest::keyClick(&box, row.key);
+        });
+        EXPECT_EQ(Desktop().MsgBox("a\r\n<b>b</b>\u202E", "t\u202E", row.buttons), row.answer);
+    }
+}
+
+TEST(Sleep, ShowsWhatWasSetJustBefore)
+{
+    struct Window : QWidget {
+        void paintEvent(QPaintEvent*) override { ++paints; }
+        int paints = 0;
+    } shown, hidden;
+    shown.show();
+    ASSERT_TRUE(Until([&] { return shown.paints > 0; }));
+    const int before = shown.paints;
+    Desktop().Sleep(std::chrono::milliseconds(1));
+    EXPECT_EQ(shown.paints, before + 1);
+    EXPECT_EQ(hidden.paints, 0);
 }

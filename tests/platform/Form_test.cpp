@@ -1,0 +1,238 @@
+#include "demo/support/Screen.h"
+#include "platform/Buttons.h"
+#include "platform/Events.h"
+#include "platform/Form.h"
+#include "platform/ListBox.h"
+#include "platform/Menu.h"
+#include "platform/Screen.h"
+#include "platform/TextBox.h"
+#include "platform/Timer.h"
+
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+#include <QTimer>
+#include <QWindow>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+namespace {
+
+struct Dialog : Form {
+    explicit Dialog(const char* name, BorderStyle newBorder = BorderStyle::Fixed)
+        : Form(name, "a\u202E", {.clientWidth = 3000, .clientHeight = 3000, .border = newBorder})
+    {
+        Unload = [this] { SetVisible(false); };
+        cmdOk.Click = [this] { pressed.push_back("ok"); };
+        cmdCancel.Click = [this] { pressed.push_back("cancel"); };
+        lstRows.DblClick = [this] { pressed.push_back("list"); };
+    }
+    std::vector<std::string> pressed;
+    TextBox txtName{*this, "txtName", {0, 0, 900, 300}};
+    ListBox lstRows{*this, "lstRows", {0, 300, 900, 900}};
+    CommandButton cmdOk{*this, "cmdOk", "OK", {0, 1200, 900, 300}};
+    CommandButton cmdCancel{*this, "cmdCancel", "Cancel", {0, 1500, 900, 300}};
+};
+
+class FormTest : public testing::Test {
+protected:
+    QRect Frame() const { return WindowNamed("frmTest")->frameGeometry(); }
+
+    Dialog form{"frmTest", BorderStyle::Sizable};
+};
+
+}
+
+TEST_F(FormTest, EnterAndEscapePressTheDialogsButtons)
+{
+    form.SetDialogButtons(form.cmdOk, form.cmdCancel);
+    form.SetVisible(true);
+    ASSERT_TRUE(Until([] { return WindowNamed("frmTest")->isActiveWindow(); }));
+    struct Row {
+        Control& focused;
+        const char* name;
+        Qt::Key key;
+        const char* pressed;
+    };
+    for (const Row& row :
+        {Row{form.txtName, "txtName", Qt::Key_Return, "ok"}, Row{form.cmdCancel, "cmdCancel", Qt::Key_Return, "cancel"},
+            Row{form.txtName, "txtName", Qt::Key_Escape, "cancel"}, Row{form.lstRows, "lstRows", Qt::Key_Enter, "list"},
+            Row{form.cmdOk, "cmdOk", Qt::Key_Enter, "ok"}}) {
+        form.pressed.clear();
+        row.focused.SetFocus();
+        QTest::keyClick(&Find<QWidget>(row.name), row.key);
+        EXPECT_THAT(form.pressed, ElementsAre(row.pressed)) << row.name;
+        EXPECT_EQ(Find<QPushButton>("cmdOk").isDefault(), &row.focused != &form.cmdCancel) << row.name;
+    }
+    form.cmdOk.SetToolTip("yes");
+    form.cmdOk.SetShortcut("Alt+O");
+    form.cmdCancel.SetShortcut("Alt+C");
+    EXPECT_EQ(Find<QWidget>("cmdOk").toolTip() + Find<QWidget>("cmdCancel").toolTip(), "yes (Alt+O)Alt+C");
+    QTest::keyClick(WindowNamed("frmTest"), Qt::Key_O, Qt::AltModifier);
+    EXPECT_TRUE(Until([&] { return form.pressed.size() == 2; }));
+    EXPECT_TRUE(form.Visible());
+    EXPECT_EQ(CaptionOf("frmTest"), "a\uFFFD");
+}
+
+TEST_F(FormTest, ClosingRaisesUnloadAndKeepsTheWindow)
+{
+    int unloads = 0;
+    form.Unload = [&] { ++unloads; };
+    form.SetVisible(true);
+    QTest::keyClick(&Find<QWidget>("txtName"), Qt::Key_Escape);
+    EXPECT_EQ(unloads, 0);
+    form.ClosesWithEscape();
+    QTest::keyClick(&Find<QWidget>("txtName"), Qt::Key_Escape);
+    WindowNamed("frmTest")->close();
+    EXPECT_EQ(unloads, 2);
+    EXPECT_TRUE(form.Visible());
+    form.Unload = nullptr;
+    WindowNamed("frmTest")->close();
+    EXPECT_FALSE(form.Visible());
+}
+
+TEST_F(FormTest, AModalOneHoldsItsCallerAndTheOthers)
+{
+    Dialog dialog("frmDialog"), other("frmOther");
+    form.SetVisible(true);
+    dialog.ClosesWithEscape();
+    bool seen = false;
+    QTimer::singleShot(0, [&] {
+        EXPECT_THROW(Click("frmTest/cmdOk"), std::runtime_error);
+        other.SetVisible(true);
+        EXPECT_THROW(Click("frmOther/cmdOk"), std::runtime_error);
+        for (int time = 0; time < 2; ++time)
+            other.BringToFront(); // where it can be used
+        Click("frmOther/cmdOk");
+        other.SetVisible(false);
+        WindowNamed("frmDialog")->showMinimized();
+        DoEvents();
+        dialog.BringToFront();
+        seen = dialog.IsNormal() && dialog.Visible();
+        QTest::keyClick(WindowNamed("frmDialog"), Qt::Key_Escape);
+    });
+    dialog.ShowModal();
+    EXPECT_TRUE(seen);
+    EXPECT_FALSE(dialog.Visible());
+    EXPECT_THAT(other.pressed, ElementsAre("ok"));
+    Click("frmTest/cmdOk");
+    dialog.SetVisible(true);
+    Click("frmTest/cmdOk");
+    EXPECT_THAT(form.pressed, ElementsAre("ok", "ok"));
+}
+
+TEST_F(FormTest, ItsPlaceIsWhatItIsWhenNormal)
+{
+    const auto place = [this] {
+        return QRect(Twips::ToPixels(form.Left()), Twips::ToPixels(form.Top()),
+            Twips::ToPixels(form.Width() - Form::designedBorders),
+            Twips::ToPixels(form.Height() - Form::designedTitle));
+    };
+    QWidget& window = *WindowNamed("frmTest");
+    QRect wanted(QPoint(60, 50), window.size());
+    form.SetLeft(Twips::FromPixels(60));
+    form.SetTop(Twips::FromPixels(50));
+    EXPECT_EQ(place(), wanted) << "not shown yet";
+    int resizes = 0;
+    form.Resize = [&] { ++resizes; };
+    form.SetVisible(true);
+    DoEvents();
+    EXPECT_EQ(place(), wanted);
+    EXPECT_EQ(Frame().topLeft(), wanted.topLeft());
+    form.SetLeft(Twips::FromPixels(80));
+    form.SetTop(Twips::FromPixels(90));
+    wanted.moveTo(80, 90);
+    EXPECT_EQ(Frame().topLeft(), wanted.topLeft());
+    resizes = 0;
+    form.SetWidth(Twips::FromPixels(310) + Form::designedBorders);
+    form.SetHeight(Twips::FromPixels(230) + Form::designedTitle);
+    DoEvents();
+    wanted.setSize({310, 230});
+    EXPECT_EQ(place(), wanted);
+    EXPECT_EQ(window.size(), wanted.size());
+    EXPECT_EQ(resizes, 2);
+    EXPECT_NEAR(form.ScaleWidth(), Twips::FromPixels(310), 0.1);
+    for (const auto change : {&QWidget::showMaximized, &QWidget::showMinimized, &QWidget::hide}) {
+        (window.*change)();
+        DoEvents();
+        EXPECT_EQ(place(), wanted);
+        EXPECT_EQ(form.IsNormal(), change == &QWidget::hide);
+        form.SetVisible(false);
+        EXPECT_EQ(place(), wanted);
+        form.SetVisible(true);
+        DoEvents();
+        EXPECT_TRUE(form.IsNormal());
+        EXPECT_EQ(place(), wanted);
+        EXPECT_EQ(window.size(), wanted.size());
+    }
+    window.showMaximized();
+    window.showNormal();
+    EXPECT_TRUE(Until([&] { return place() == wanted; }));
+}
+
+TEST_F(FormTest, ComesUpInTheMiddleAndWholeOnTheScreen)
+{
+    const QRect room = QApplication::primaryScreen()->availableGeometry();
+    Dialog other("frmOther");
+    const auto shown = [this] {
+        form.SetVisible(true);
+        EXPECT_TRUE(Until([] { return WindowNamed("frmTest")->windowHandle()->isExposed(); }));
+        DoEvents();
+        const QRect frame = Frame();
+        form.SetVisible(false);
+        return frame;
+    };
+    for (int time = 0; time < 2; ++time) {
+        form.CentreOnForm(other); // which is not shown
+        EXPECT_LE((shown().center() - room.center()).manhattanLength(), 2);
+    }
+    other.SetVisible(true);
+    QWidget& window = *WindowNamed("frmOther");
+    for (const QPoint corner : {QPoint(200, 150), room.topLeft() - QPoint(150, 150), room.bottomRight()}) {
+        window.move(corner);
+        DoEvents();
+        form.CentreOnForm(other);
+        const QRect frame = shown();
+        const QPoint off = frame.center() - window.frameGeometry().center();
+        EXPECT_TRUE(room.contains(frame));
+        EXPECT_EQ(off.manhattanLength() <= 2, corner == QPoint(200, 150)) << off.x() << ' ' << off.y();
+        EXPECT_EQ(frame.bottomRight() == room.bottomRight(), corner == room.bottomRight());
+        EXPECT_EQ(frame.topLeft() == room.topLeft(), corner.x() < 0);
+    }
+}
+
+TEST_F(FormTest, TheBusyPointerCanBeSeen)
+{
+    for (const auto& [pointer, shape] : {std::pair(MousePointer::Hourglass, Qt::WaitCursor),
+             {MousePointer::ArrowHourglass, Qt::BusyCursor}, {MousePointer::Default, Qt::ArrowCursor}}) {
+        form.SetMousePointer(pointer);
+        EXPECT_EQ(WindowNamed("frmTest")->cursor().shape(), shape);
+        Screen::SetMousePointer(pointer);
+        const QCursor* over = QApplication::overrideCursor();
+        EXPECT_EQ(over != nullptr ? over->shape() : Qt::ArrowCursor, shape);
+    }
+}
+
+TEST(Timer, TicksInsideAWaitUntilItIsDisabled)
+{
+    Timer timer(5ms);
+    int ticks = 0;
+    timer.Tick = [&] {
+        if (++ticks == 3)
+            timer.SetEnabled(false);
+    };
+    EXPECT_FALSE(Until([&] { return ticks > 0; }, 20ms));
+    timer.SetEnabled(true);
+    EXPECT_FALSE(Until([&] { return ticks > 3; }, 100ms));
+    EXPECT_EQ(ticks, 3);
+    timer.SetInterval(1h);
+    timer.SetEnabled(true);
+    EXPECT_TRUE(timer.Enabled());
+    EXPECT_FALSE(Until([&] { return ticks > 3; }, 20ms));
+    timer.SetInterval(1ms);
+    EXPECT_TRUE(Until([&] { return ticks > 3; }));
+}
