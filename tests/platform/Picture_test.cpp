@@ -43,6 +43,7 @@ std::string Words(std::initializer_list<int> words)
     return text;
 }
 
+// Red to the left, blue to the right.
 std::string Encoded(const char* format, int width = 40, int height = 20)
 {
     QImage image(width, height, QImage::Format_RGB32);
@@ -52,33 +53,6 @@ std::string Encoded(const char* format, int width = 40, int height = 20)
     QBuffer buffer(&bytes);
     EXPECT_TRUE(image.save(&buffer, format)) << format;
     return bytes.toStdString();
-}
-
-// Red to the left, blue to the right. A clear code (4) before every two colours keeps all codes 3 bits wide.
-std::string Gif(int width, int height)
-{
-    std::string file = "GIF89a" + Words({width, height}) + std::string("\x81\0\0", 3)
-        + std::string("\xff\0\0\0\0\xff\0\0\0\0\0\0", 12) + "," + Words({0, 0, width, height}) + std::string("\0\2", 2);
-    std::string codes;
-    std::uint32_t bits = 0;
-    int count = 0;
-    const auto add = [&](std::uint32_t code) {
-        bits |= code << count;
-        for (count += 3; count >= 8; count -= 8, bits >>= 8)
-            codes += static_cast<char>(bits & 0xff);
-    };
-    for (int pixel = 0; pixel < width * height; ++pixel) {
-        if (pixel % 2 == 0)
-            add(4);
-        add(pixel % width < width / 2 ? 0 : 1);
-    }
-    add(5);
-    codes += static_cast<char>(bits & 0xff);
-    for (std::size_t at = 0; at < codes.size(); at += 255) {
-        const std::string block = codes.substr(at, 255);
-        file += static_cast<char>(block.size()) + block;
-    }
-    return file + std::string("\0;", 2);
 }
 
 std::string WmfRecord(int function, std::initializer_list<int> words)
@@ -106,17 +80,8 @@ constexpr std::uint32_t wmfFunctions[]
         0x0412, 0x0415, 0x0416, 0x0418, 0x0419, 0x041b, 0x041f, 0x0429, 0x0436, 0x0521, 0x0538, 0x0548, 0x061c, 0x061d,
         0x0626, 0x06ff, 0x0817, 0x081a, 0x0830, 0x0922, 0x0940, 0x0a32, 0x0b23, 0x0b41, 0x0d33, 0x0f43};
 
-// Two rectangles without a pen, and a text with a character that SVG has another use for; or other records.
-std::string Wmf(bool placeable, std::string records = {})
+std::string Wmf(bool placeable, std::string records)
 {
-    if (records.empty()) {
-        records = WmfRecord(0x020b, {0, 0}) + WmfRecord(0x020c, {20, 40}) + WmfRecord(0x02fa, {5, 0, 0, 0, 0})
-            + WmfRecord(0x012d, {0});
-        for (const auto& [handle, low, high, left] : {std::tuple(1, 0x00ff, 0, 0), {2, 0, 0x00ff, 20}})
-            records += WmfRecord(0x02fc, {0, low, high, 0}) + WmfRecord(0x012d, {handle})
-                + WmfRecord(0x041b, {20, left + 20, 0, left});
-        records += WmfRecord(0x0521, {2, '&' + ('<' << 8), 1, 1});
-    }
     records += WmfRecord(0, {});
     const std::string header = Words({1, 9, 0x300}) + Number<4>(static_cast<std::uint32_t>(9 + records.size() / 2))
         + Words({3}) + Number<4>(4096) + Words({0});
@@ -160,16 +125,8 @@ std::string EmfText(const std::string& font, const std::string& text, bool glyph
         + characters + std::string(4 * count, '\1');
 }
 
-// Two rectangles; or other records.
-std::string Emf(std::string records = {})
+std::string Emf(std::string records)
 {
-    if (records.empty()) {
-        records = EmfRecord(17, {8}) + EmfRecord(9, {40, 20}) + EmfRecord(11, {40, 20}) + EmfRecord(38, {3, 5, 0, 0, 0})
-            + EmfRecord(37, {3});
-        for (const auto& [handle, colour, left] : {std::tuple(1U, 0x0000ffU, 0U), {2U, 0xff0000U, 20U}})
-            records += EmfRecord(39, {handle, 0, colour, 0}) + EmfRecord(37, {handle})
-                + EmfRecord(43, {left, 0, left + 20, 20});
-    }
     records += EmfRecord(14, {0, 0, 20});
     // 1058 hundredths of a millimetre are 40 pixels.
     return Number<4>(1) + Number<4>(88) + Number<4>(0) + Number<4>(0) + Number<4>(40) + Number<4>(20) + Number<4>(0)
@@ -178,25 +135,17 @@ std::string Emf(std::string records = {})
         + Number<4>(0) + Number<4>(0) + Number<4>(1024) + Number<4>(768) + Number<4>(271) + Number<4>(203) + records;
 }
 
-std::string Icon(std::initializer_list<int> sides)
-{
-    std::string directory = Words({0, 1, static_cast<int>(sides.size())});
-    std::string pictures;
-    for (const int side : sides) {
-        const std::string png = Encoded("PNG", side, side);
-        directory += Number<1>(static_cast<std::uint32_t>(side)) + Number<1>(static_cast<std::uint32_t>(side))
-            + Words({0, 1, 32}) + Number<4>(static_cast<std::uint32_t>(png.size()))
-            + Number<4>(static_cast<std::uint32_t>(6 + 16 * sides.size() + pictures.size()));
-        pictures += png;
-    }
-    return directory + pictures;
-}
-
+// The same picture in a file of each kind, by their endings; "-plain.wmf" is one without the placeable header.
 const std::map<std::string, std::string>& FilesOfAllKinds()
 {
-    static const std::map<std::string, std::string> files{{"jpeg", Encoded("JPEG")}, {"png", Encoded("PNG")},
-        {"bmp", Encoded("BMP")}, {"webp", Encoded("WEBP")}, {"tiff", Encoded("TIFF")}, {"gif", Gif(40, 20)},
-        {"ico", Icon({16, 48, 32})}, {"wmf", Wmf(true)}, {"plain wmf", Wmf(false)}, {"emf", Emf()}};
+    static const std::map<std::string, std::string> files = [] {
+        std::map<std::string, std::string> found;
+        const std::string folder = PICTURE_SAMPLES;
+        for (const std::string& name : FilesBelow(folder))
+            found[name.substr(std::string("red-blue").size())] = ContentOf(folder + name);
+        EXPECT_EQ(found.size(), 10U);
+        return found;
+    }();
     return files;
 }
 
@@ -229,8 +178,8 @@ TEST_F(PictureTest, TheContentTellsTheKind)
     for (const auto& [kind, content] : FilesOfAllKinds()) {
         SCOPED_TRACE(kind);
         const Bitmap picture = Read(content);
-        const bool natural = kind == "plain wmf"; // its size in pixels is for the reader to say
-        if (kind == "ico") {
+        const bool natural = kind == "-plain.wmf"; // its size in pixels is for the reader to say
+        if (kind == ".ico") {
             EXPECT_EQ(picture.Width(), 48);
         } else if (natural) {
             EXPECT_NEAR(picture.Width() / static_cast<double>(picture.Height()), 2, 0.1);
@@ -248,7 +197,7 @@ TEST_F(PictureTest, TheContentTellsTheKind)
     }
     for (const std::string& content :
         {std::string(), std::string("no picture"), std::string("<svg width='9' height='9'/>"),
-            std::string(100000, '\0'), Encoded("PNG").substr(0, 40), Wmf(true).substr(0, 60)})
+            std::string(100000, '\0'), Encoded("PNG").substr(0, 40), FilesOfAllKinds().at(".wmf").substr(0, 60)})
         EXPECT_EQ(Read(content).Height(), 0) << content.substr(0, 20);
     EXPECT_EQ(Bitmap::FromFile(folder.File("missing")).Height(), 0);
     EXPECT_EQ(Bitmap::FromFile(folder.Path()).Height(), 0);
@@ -311,12 +260,12 @@ protected:
         return std::stol(status.substr(status.find("VmHWM:") + 6));
     }
 
-    const std::string jpeg = FilesOfAllKinds().at("jpeg");
+    const std::string jpeg = FilesOfAllKinds().at(".jpeg");
 };
 
 TEST_F(PictureHelperTest, HasNoRights)
 {
-    for (const char* kind : {"jpeg", "png", "emf", "gif", "wmf"})
+    for (const char* kind : {".jpeg", ".png", ".emf", ".gif", ".wmf"})
         ASSERT_NE(Read(FilesOfAllKinds().at(kind)).Height(), 0) << kind;
     const std::vector<Helper> helpers = Helpers();
     ASSERT_EQ(helpers.size(), 2);
@@ -483,6 +432,6 @@ TEST_F(PictureHelperTest, RandomMetafiles)
         }
         (void)Read(number % 2 == 0 ? Emf(records) : Wmf(number % 4 == 1, records));
     }
-    EXPECT_NE(Read(FilesOfAllKinds().at("emf")).Height(), 0);
-    EXPECT_NE(Read(FilesOfAllKinds().at("wmf")).Height(), 0);
+    EXPECT_NE(Read(FilesOfAllKinds().at(".emf")).Height(), 0);
+    EXPECT_NE(Read(FilesOfAllKinds().at(".wmf")).Height(), 0);
 }
