@@ -27,6 +27,7 @@
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
+#include <QToolButton>
 #include <QToolTip>
 
 #include <filesystem>
@@ -195,6 +196,7 @@ TEST_F(ControlsTest, BytesAreShownAsUtf8OrElseAsWindows1252)
         EXPECT_EQ(field.Text(), row.bytes) << "kept until it is edited";
         EXPECT_EQ(TextOf("label"), row.shown);
         EXPECT_EQ(TextOf("password") == row.shown, row.shown != masked(8)) << "nobody sees it";
+        EXPECT_EQ(Find<QLineEdit>("password").displayText(), QString(Find<QLineEdit>("password").text().size(), u'*'));
     }
     label.SetCaption("\x1F\x7F\xC2\x9F\n");
     EXPECT_EQ(TextOf("label"), masked(3) + "\n");
@@ -274,6 +276,13 @@ TEST_F(ControlsTest, AStepperReadsWhateverTheFieldHolds)
     QTest::keyClick(&edit, Qt::Key_Down);
     QTest::keyClick(&edit, Qt::Key_Up);
     EXPECT_EQ(window.txtNumber.Text(), "11");
+    // One that is held down goes on.
+    const QList<QToolButton*> arrows = Find<QWidget>("udNumber").findChildren<QToolButton*>();
+    EXPECT_NE(arrows[0]->grab().toImage(), arrows[1]->grab().toImage());
+    QTest::mousePress(arrows[1], Qt::LeftButton);
+    EXPECT_TRUE(Until([&] { return window.txtNumber.Text() == "5"; }));
+    QTest::mouseRelease(arrows[1], Qt::LeftButton);
+    window.txtNumber.SetText("11");
     window.udNumber.SetEnabled(false);
     QTest::keyClick(&edit, Qt::Key_Down);
     EXPECT_EQ(window.txtNumber.Text(), "11");
@@ -298,6 +307,10 @@ TEST_F(ControlsTest, ATextAreaGrowsAtItsEndAndScrollsThere)
     const QScrollBar& scrolled = *Find<QAbstractScrollArea>("area").verticalScrollBar();
     EXPECT_TRUE(scrolled.maximum() > 0 && scrolled.value() == scrolled.maximum());
     QTest::keyClick(&Find<QWidget>("area"), Qt::Key_X);
+    area.Append(std::string(300, 'm'), 999);
+    EXPECT_GT(Find<QAbstractScrollArea>("area").horizontalScrollBar()->maximum(), 1000) << "in one line";
+    const QFontMetrics letters = Find<QWidget>("area").fontMetrics();
+    EXPECT_EQ(letters.horizontalAdvance("iii"), letters.horizontalAdvance("mmm"));
     area.Append("\r", 9);
     area.Clear();
     area.Append("\nd", 9);

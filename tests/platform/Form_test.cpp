@@ -76,6 +76,9 @@ TEST_F(FormTest, EnterAndEscapePressTheDialogsButtons)
     EXPECT_TRUE(Until([&] { return form.pressed.size() == 2; }));
     EXPECT_TRUE(form.Visible());
     EXPECT_EQ(CaptionOf("frmTest"), "a\uFFFD");
+    Dialog fixed("frmFixed");
+    EXPECT_TRUE(WindowNamed("frmTest")->windowFlags() & Qt::WindowMaximizeButtonHint);
+    EXPECT_FALSE(WindowNamed("frmFixed")->windowFlags() & Qt::WindowMaximizeButtonHint);
 }
 
 TEST_F(FormTest, ClosingRaisesUnloadAndKeepsTheWindow)
