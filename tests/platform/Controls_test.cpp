@@ -370,15 +370,6 @@ TEST_F(ControlsTest, AListMovesItsCurrentRowOnlyWhenTold)
     EXPECT_EQ(list.ListIndex(), -1);
 }
 
-TEST_F(ControlsTest, ATextThatNobodyReadsIsNotSetInFull)
-{
-    const std::size_t size = std::size_t{50} << 20;
-    window.lstPlain.AddItem(std::string(size, 'x'));
-    DoEvents();
-    EXPECT_LT(RowsOf("lstPlain").back().size(), 3000U);
-    EXPECT_EQ(window.lstPlain.List(3).size(), size);
-}
-
 TEST_F(ControlsTest, AListTellsWhatARowDoesNotShow)
 {
     window.lstPlain.Clear();
@@ -493,18 +484,15 @@ TEST_F(ControlsTest, DirectoriesAndTheirFiles)
 
 TEST_F(ControlsTest, PlacesAreTwipsOfTheFont)
 {
-    const double factor = QFontMetrics(QApplication::font()).height() / 13.0;
-    EXPECT_EQ(Twips::ToPixels(150), qRound(10 * factor));
+    EXPECT_EQ(Twips::ToPixels(150), qRound(10 * QFontMetrics(QApplication::font()).height() / 13.0));
     EXPECT_EQ(Find<QWidget>("SSPanel1").width(), Twips::ToPixels(5500) - Twips::ToPixels(4000));
     window.SSPanel1.SetWidth(1234.5);
     EXPECT_EQ(window.SSPanel1.Width(), 1234.5);
     window.SetHeight(3660);
     DoEvents();
     EXPECT_EQ(window.ScaleHeight(), 3000);
-    EXPECT_EQ(window.Height(), 3660);
     const QWidget& bar = Find<QWidget>("StatusBar1");
-    EXPECT_EQ(bar.geometry().bottom(), bar.parentWidget()->rect().bottom()) << "follows the bottom edge";
-    EXPECT_EQ(bar.width(), Twips::ToPixels(6000));
+    EXPECT_EQ(bar.geometry().bottomRight(), bar.parentWidget()->rect().bottomRight());
 }
 
 // The toolkit would hand it to the next control, for the next key to change that one.
