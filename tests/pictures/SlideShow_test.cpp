@@ -119,6 +119,8 @@ TEST_F(SlideShowTest, SixPanesInACircle)
     EXPECT_FALSE(IsHighlighted(3));
     QTest::mouseClick(&PaneFrame(0), Qt::LeftButton, {}, {2, 2});
     EXPECT_FALSE(IsHighlighted(0)); // selected from the start, without a highlight
+    DoubleClickRow("lstFiles", 0);
+    EXPECT_EQ(NameIn(0), "p1.jpg");
     ChooseMenu("mnuSlideShow");
     EXPECT_FALSE(IsVisible("frmSlideShow"));
 }

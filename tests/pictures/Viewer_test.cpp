@@ -176,6 +176,11 @@ TEST_F(ViewerTest, KeepsItsPlaceOnTheScreen)
     window.close();
     ChooseMenu("mnuSizeableViewer");
     EXPECT_EQ(window.geometry(), QRect(70, 60, 500, 400));
+    window.close();
+    for (const char* key : {"1", "2"})
+        settings.SaveSetting("PictureView", key, std::to_string(Twips::FromPixels(90)));
+    ChooseMenu("mnuSizeableViewer");
+    EXPECT_EQ(window.pos(), QPoint(90, 90));
 
     // Over the edges of the screen (of 800 by 800 pixels), and back on the next resize.
     const QSize screen = QApplication::primaryScreen()->size();
