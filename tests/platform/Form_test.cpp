@@ -77,53 +77,6 @@ TEST_F(FormTest, EnterAndEscapePressTheDialogsButtons)
     EXPECT_FALSE(WindowNamed("frmFixed")->windowFlags() & Qt::WindowMaximizeButtonHint);
 }
 
-TEST_F(FormTest, ClosingRaisesUnloadAndKeepsTheWindow)
-{
-    int unloads = 0;
-    form.Unload = [&] { ++unloads; };
-    form.SetVisible(true);
-    QTest::keyClick(&Find<QWidget>("txtName"), Qt::Key_Escape);
-    EXPECT_EQ(unloads, 0);
-    form.ClosesWithEscape();
-    QTest::keyClick(&Find<QWidget>("txtName"), Qt::Key_Escape);
-    WindowNamed("frmTest")->close();
-    EXPECT_EQ(unloads, 2);
-    EXPECT_TRUE(form.Visible());
-    form.Unload = nullptr;
-    WindowNamed("frmTest")->close();
-    EXPECT_FALSE(form.Visible());
-}
-
-TEST_F(FormTest, AModalOneHoldsItsCallerAndTheOthers)
-{
-    Dialog dialog("frmDialog"), other("frmOther");
-    form.SetVisible(true);
-    dialog.ClosesWithEscape();
-    bool seen = false;
-    QTimer::singleShot(0, [&] {
-        EXPECT_THROW(Click("frmTest/cmdOk"), std::runtime_error);
-        other.SetVisible(true);
-        EXPECT_THROW(Click("frmOther/cmdOk"), std::runtime_error);
-        for (int time = 0; time < 2; ++time)
-            other.BringToFront(); // where it can be used
-        Click("frmOther/cmdOk");
-        other.SetVisible(false);
-        WindowNamed("frmDialog")->showMinimized();
-        DoEvents();
-        dialog.BringToFront();
-        seen = dialog.IsNormal() && dialog.Visible();
-        QTest::keyClick(WindowNamed("frmDialog"), Qt::Key_Escape);
-    });
-    dialog.ShowModal();
-    EXPECT_TRUE(seen);
-    EXPECT_FALSE(dialog.Visible());
-    EXPECT_THAT(other.pressed, ElementsAre("ok"));
-    Click("frmTest/cmdOk");
-    dialog.SetVisible(true);
-    Click("frmTest/cmdOk");
-    EXPECT_THAT(form.pressed, ElementsAre("ok", "ok"));
-}
-
 TEST_F(FormTest, ItsPlaceIsWhatItIsWhenNormal)
 {
     const auto place = [this] {
