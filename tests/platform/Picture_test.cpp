@@ -11,7 +11,6 @@
 #include <QImage>
 #include <QLabel>
 #include <QPainter>
-#include <QTimer>
 
 #include <climits>
 #include <csignal>
@@ -251,31 +250,6 @@ TEST_F(PictureHelperTest, IsKeptAndStartedAnew)
     ASSERT_TRUE(Until([&] { return Told(first, "cmdline").empty(); }));
     EXPECT_NE(Read(jpeg).Height(), 0);
     EXPECT_NE(Helpers().at(0).process, first);
-}
-
-TEST_F(PictureHelperTest, ASlowPictureIsNoneAndTheWindowGoesOn)
-{
-    const std::string slow = folder.File("slow.jpg");
-    MakeFile(slow, SlowJpeg());
-    ASSERT_TRUE(image.Load((MakeFile(path, jpeg), path)));
-    int events = 0;
-    bool another = false;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&] {
-        // While it waits, another picture is read, into the same place, where it stays.
-        if (++events == 5)
-            another = image.Load(path);
-    });
-    timer.start(20);
-    EXPECT_FALSE(image.Load(slow));
-    EXPECT_GT(events, 5);
-    EXPECT_TRUE(another);
-    EXPECT_EQ(image.Picture().Width(), 40);
-    events = 0;
-    MakeFile(slow, SlowJpeg(15));
-    EXPECT_FALSE(image.Load(slow));
-    EXPECT_EQ(image.Picture().Width(), 40);
-    EXPECT_TRUE(image.Load(path));
 }
 
 // Behind the filter, what texts need has to be there already.
