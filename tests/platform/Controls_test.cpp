@@ -15,7 +15,6 @@
 #include "platform/Stepper.h"
 #include "platform/TabStrip.h"
 #include "platform/TextArea.h"
-#include "platform/Timer.h"
 
 #include <QAbstractItemView>
 #include <QBitmap>
@@ -61,23 +60,9 @@ struct Window : Form {
     ListBox lstSorted{*this, "lstSorted", {2000, 1200, 2000, 1500}, {.sorted = true}};
     Panel SSPanel1{*this, "SSPanel1", {4000, 1200, 1500, 1500}};
     CommandButton cmdInside{SSPanel1, "cmdInside", "Inside", {0, 0, 900, 300}};
+    CommandButton cmdOther{SSPanel1, "cmdOther", "Other", {0, 300, 900, 300}};
     StatusBar StatusBar1{*this, "StatusBar1", {0, 4200, 6000, 300},
         {{"", "one", "Tip", PanelStyle::Text, true}, {"two", "two"}}, StatusBarPlace::BottomEdge};
-};
-
-struct Dialog : Form {
-    explicit Dialog(const char* name, BorderStyle newBorder = BorderStyle::Fixed)
-        : Form(name, "a\u202E", {.clientWidth = 3000, .clientHeight = 3000, .border = newBorder})
-    {
-        cmdOk.Click = [this] { pressed.push_back("ok"); };
-        cmdCancel.Click = [this] { pressed.push_back("cancel"); };
-        lstRows.DblClick = [this] { pressed.push_back("list"); };
-    }
-    std::vector<std::string> pressed;
-    TextBox txtName{*this, "txtName", {0, 0, 900, 300}};
-    ListBox lstRows{*this, "lstRows", {0, 300, 900, 900}};
-    CommandButton cmdOk{*this, "cmdOk", "OK", {0, 1200, 900, 300}};
-    CommandButton cmdCancel{*this, "cmdCancel", "Cancel", {0, 1500, 900, 300}};
 };
 
 class ControlsTest : public testing::Test {
@@ -577,69 +562,39 @@ TEST_F(ControlsTest, AStatusPanelTakesItsTextAtOnce)
     EXPECT_NE(PanelText("StatusBar1", 2), "two");
 }
 
-TEST_F(ControlsTest, TheBusyPointerCanBeSeen)
+TEST(Pointers, OneOfTheScreenReplacesTheOther)
 {
-    for (const auto& [pointer, shape] : {std::pair(MousePointer::Hourglass, Qt::WaitCursor),
-             {MousePointer::ArrowHourglass, Qt::BusyCursor}, {MousePointer::Default, Qt::ArrowCursor}}) {
-        window.SetMousePointer(pointer);
-        EXPECT_EQ(WindowNamed("frmTest")->cursor().shape(), shape);
+    for (const MousePointer pointer : {MousePointer::Hourglass, MousePointer::ArrowHourglass})
         Screen::SetMousePointer(pointer);
-        const QCursor* over = QApplication::overrideCursor();
-        EXPECT_EQ(over != nullptr ? over->shape() : Qt::ArrowCursor, shape);
-    }
+    ASSERT_NE(QApplication::overrideCursor(), nullptr);
+    EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::BusyCursor);
+    Screen::SetMousePointer(MousePointer::Default);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 }
 
-TEST(Dialogs, EnterAndEscapePressTheDialogsButtons)
+TEST_F(ControlsTest, EnterAndEscapePressTheDialogsButtons)
 {
-    Dialog form("frmTest", BorderStyle::Sizable);
-    form.SetDialogButtons(form.cmdOk, form.cmdCancel);
-    form.SetVisible(true);
+    std::string pressed;
+    window.SetDialogButtons(window.cmdInside, window.cmdOther);
+    window.cmdInside.Click = [&] { pressed += "ok "; };
+    window.cmdOther.Click = [&] { pressed += "cancel "; };
+    window.lstPlain.DblClick = [&] { pressed += "list "; };
     ASSERT_TRUE(Until([] { return WindowNamed("frmTest")->isActiveWindow(); }));
-    struct Row {
-        Control& focused;
-        const char* name;
-        Qt::Key key;
-        const char* pressed;
-    };
-    for (const Row& row :
-        {Row{form.txtName, "txtName", Qt::Key_Return, "ok"}, Row{form.cmdCancel, "cmdCancel", Qt::Key_Return, "cancel"},
-            Row{form.txtName, "txtName", Qt::Key_Escape, "cancel"}, Row{form.lstRows, "lstRows", Qt::Key_Enter, "list"},
-            Row{form.cmdOk, "cmdOk", Qt::Key_Enter, "ok"}}) {
-        form.pressed.clear();
-        row.focused.SetFocus();
-        QTest::keyClick(&Find<QWidget>(row.name), row.key);
-        EXPECT_THAT(form.pressed, ElementsAre(row.pressed)) << row.name;
-        EXPECT_EQ(Find<QPushButton>("cmdOk").isDefault(), &row.focused != &form.cmdCancel) << row.name;
+    for (const auto& [focused, key] : {std::pair("txtNumber", Qt::Key_Return), {"cmdOther", Qt::Key_Return},
+             {"txtNumber", Qt::Key_Escape}, {"lstPlain", Qt::Key_Enter}, {"cmdInside", Qt::Key_Enter}}) {
+        QWidget& widget = Find<QWidget>(focused);
+        widget.setFocus();
+        QTest::keyClick(&widget, key);
+        EXPECT_EQ(Find<QPushButton>("cmdInside").isDefault(), widget.objectName() != "cmdOther") << focused;
     }
-    form.cmdOk.SetToolTip("yes");
-    form.cmdOk.SetShortcut("Alt+O");
-    form.cmdCancel.SetShortcut("Alt+C");
-    EXPECT_EQ(Find<QWidget>("cmdOk").toolTip() + Find<QWidget>("cmdCancel").toolTip(), "yes (Alt+O)Alt+C");
+    EXPECT_EQ(pressed, "ok cancel cancel list ok ");
+    window.cmdInside.SetToolTip("yes");
+    window.cmdInside.SetShortcut("Alt+O");
+    window.cmdOther.SetShortcut("Alt+C");
+    EXPECT_EQ(Find<QWidget>("cmdInside").toolTip() + Find<QWidget>("cmdOther").toolTip(), "yes (Alt+O)Alt+C");
     QTest::keyClick(WindowNamed("frmTest"), Qt::Key_O, Qt::AltModifier);
-    EXPECT_TRUE(Until([&] { return form.pressed.size() == 2; }));
-    EXPECT_TRUE(form.Visible());
+    EXPECT_TRUE(Until([&] { return pressed.ends_with("list ok ok "); }));
+    EXPECT_FALSE(WindowNamed("frmTest")->windowFlags() & Qt::WindowMaximizeButtonHint);
+    window.SetCaption("a\u202E");
     EXPECT_EQ(CaptionOf("frmTest"), "a\uFFFD");
-    Dialog fixed("frmFixed");
-    EXPECT_TRUE(WindowNamed("frmTest")->windowFlags() & Qt::WindowMaximizeButtonHint);
-    EXPECT_FALSE(WindowNamed("frmFixed")->windowFlags() & Qt::WindowMaximizeButtonHint);
-}
-
-TEST(Timer, TicksInsideAWaitUntilItIsDisabled)
-{
-    Timer timer(5ms);
-    int ticks = 0;
-    timer.Tick = [&] {
-        if (++ticks == 3)
-            timer.SetEnabled(false);
-    };
-    EXPECT_FALSE(Until([&] { return ticks > 0; }, 20ms));
-    timer.SetEnabled(true);
-    EXPECT_FALSE(Until([&] { return ticks > 3; }, 100ms));
-    EXPECT_EQ(ticks, 3);
-    timer.SetInterval(1h);
-    timer.SetEnabled(true);
-    EXPECT_TRUE(timer.Enabled());
-    EXPECT_FALSE(Until([&] { return ticks > 3; }, 20ms));
-    timer.SetInterval(1ms);
-    EXPECT_TRUE(Until([&] { return ticks > 3; }));
 }
