@@ -255,17 +255,13 @@ TEST_F(SlideShowTest, TheKeyboardGoesRoundAsThingsLie)
 TEST_F(SlideShowTest, APlaceOffTheScreenIsNone)
 {
     Start();
-    struct Row {
-        int left, top;
-        QPoint shown;
-    };
     const QSize screen = QApplication::primaryScreen()->size();
-    for (const Row& row : {Row{90, 80, {90, 80}}, Row{0, 0, {0, 0}}, Row{-5, 80, {0, 80}},
-             Row{screen.width() - 100, 80, {0, 80}}, Row{90, screen.height() - 100, {90, 0}}}) {
-        settings.SaveSetting("SlideShow", "1", std::to_string(Twips::FromPixels(row.left)));
-        settings.SaveSetting("SlideShow", "2", std::to_string(Twips::FromPixels(row.top)));
+    for (const auto& [left, top, shown] : {std::tuple(90, 80, QPoint(90, 80)), {0, 0, {0, 0}}, {-5, 80, {0, 80}},
+             {screen.width() - 100, 80, {0, 80}}, {90, screen.height() - 100, {90, 0}}}) {
+        settings.SaveSetting("SlideShow", "1", std::to_string(Twips::FromPixels(left)));
+        settings.SaveSetting("SlideShow", "2", std::to_string(Twips::FromPixels(top)));
         ChooseMenu("mnuSlideShow");
-        EXPECT_EQ(WindowNamed("frmSlideShow")->pos(), row.shown) << row.left << ' ' << row.top;
+        EXPECT_EQ(WindowNamed("frmSlideShow")->pos(), shown) << left << ' ' << top;
         WindowNamed("frmSlideShow")->close();
     }
 }
