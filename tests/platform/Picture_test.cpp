@@ -11,6 +11,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QPainter>
+#include <QTimer>
 
 #include <climits>
 #include <csignal>
@@ -250,6 +251,18 @@ TEST_F(PictureHelperTest, IsKeptAndStartedAnew)
     ASSERT_TRUE(Until([&] { return Told(first, "cmdline").empty(); }));
     EXPECT_NE(Read(jpeg).Height(), 0);
     EXPECT_NE(Helpers().at(0).process, first);
+}
+
+TEST_F(PictureHelperTest, ANewerPictureStaysOverASlowOne)
+{
+    const std::string slow = folder.File("slow.jpg");
+    MakeFile(slow, SlowJpeg(15));
+    MakeFile(path, jpeg);
+    bool another = false;
+    QTimer::singleShot(60, [&] { another = image.Load(path); });
+    EXPECT_FALSE(image.Load(slow));
+    EXPECT_TRUE(another);
+    EXPECT_EQ(image.Picture().Width(), 40);
 }
 
 // Behind the filter, what texts need has to be there already.
