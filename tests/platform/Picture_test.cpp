@@ -248,7 +248,7 @@ TEST_F(PictureHelperTest, IsKeptAndStartedAnew)
     ASSERT_NE(Read(jpeg).Height(), 0);
     EXPECT_EQ(Helpers().at(0).process, first);
     kill(std::stoi(first), SIGKILL);
-    ASSERT_TRUE(Until([&] { return Told(first, "cmdline").empty(); }));
+    ASSERT_TRUE(Until([&] { return Told(first, "status").find("State:\tZ") != std::string::npos; }));
     EXPECT_NE(Read(jpeg).Height(), 0);
     EXPECT_NE(Helpers().at(0).process, first);
 }
