@@ -1,12 +1,9 @@
 #include "demo/sample/SampleServer.h"
 
-#include "demo/sample/Loopback.h"
-
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <ctime>
-#include <functional>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -314,7 +311,7 @@ void SampleServer::Serve(int descriptor)
 {
     const int on = 1;
     setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    if (!SendAll(descriptor, "201 ready, posting is not allowed\r\n"))
+    if (!options.send(descriptor, "201 ready, posting is not allowed\r\n"))
         return;
 
     SampleSession session(options.user, options.password, [this] { return Groups(); });
@@ -339,7 +336,7 @@ void SampleServer::Serve(int descriptor)
         const Reply reply = session.Answer(name, argument);
         if (name == "body")
             std::this_thread::sleep_for(options.bodyTime);
-        if (!SendAll(descriptor, reply.bytes) || reply.hangUp)
+        if (!options.send(descriptor, reply.bytes) || reply.hangUp)
             return;
     }
 }

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "demo/sample/Loopback.h"
 #include "demo/sample/SampleGroups.h"
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -20,10 +22,12 @@ class SampleServer {
 public:
     struct Options {
         // With a user, what a client may do before it has logged in is little; the rest is answered with 480.
-        std::string user;
-        std::string password;
+        std::string user = {};
+        std::string password = {};
         // What a body takes, as on a slow line.
         std::chrono::milliseconds bodyTime{0};
+        // Takes the greeting and each reply to the client, in the thread of the connection, which ends on false.
+        std::function<bool(int descriptor, std::string_view bytes)> send = SendAll;
     };
 
     struct Command {

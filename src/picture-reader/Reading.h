@@ -21,6 +21,6 @@ void LoadReaders();
 // of it if its reader can make something of that.
 ReadPicture ReadPixels(int descriptor, PictureFormat format, const QSize& most);
 
-// The parts of a PNG file that make its pixels: without its texts and colour profiles, which unpack to any size. What is
-// not laid out like such a file comes back as far as it is.
+// The parts of a PNG file that make its pixels: without its texts and colour profiles, which unpack to any size. What
+// is not laid out like such a file comes back as far as it is.
 QByteArray PixelParts(const QByteArray& png);

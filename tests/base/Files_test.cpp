@@ -17,19 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::vector<std::string> Fields(
-    const std::string& content, std::string_view (SequentialInput::*read)() = &SequentialInput::ReadQuotedField)
-{
-    const TemporaryFolder home;
-    MakeFile(home.File("fields"), content);
-    SequentialInput input(home.File("fields"));
-    EXPECT_TRUE(input.IsOpen());
-    std::vector<std::string> fields;
-    while (!input.AtEnd())
-        fields.emplace_back((input.*read)());
-    return fields;
-}
-
 unsigned RightsOf(const std::string& path) { return static_cast<unsigned>(fs::status(path).permissions()); }
 
 class FilesTest : public testing::Test {
@@ -40,14 +27,6 @@ protected:
 
 using SettingsTest = FilesTest;
 
-}
-
-TEST(Fields, EndAtCommasAndLineEnds)
-{
-    using Texts = std::vector<std::string>;
-    EXPECT_EQ(Fields("one,two\nthree\r\n\r\n  rec.a b\r\n"), (Texts{"one", "two", "three", "", "rec.a b"}));
-    EXPECT_EQ(Fields("\"a,b\r\nc\"\r\n\"no end"), (Texts{"a,b\r\nc", "no end"}));
-    EXPECT_EQ(Fields("\"a,b\r\n  c\"d\n\"", &SequentialInput::ReadField), (Texts{"\"a", "b", "c\"d", "\""}));
 }
 
 TEST_F(FilesTest, ReplacingLeavesTheOldFileWhenItFails)

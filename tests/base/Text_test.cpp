@@ -4,16 +4,10 @@
 
 TEST(Text, ValReadsTheLeadingNumber)
 {
-    struct Row {
-        const char* text;
-        double value;
-    };
-    for (const Row& row : {Row{"  12.5abc", 12.5}, Row{"-3", -3}, Row{"+4", 4}, Row{"1e3", 1000}, Row{".5", 0.5},
-             Row{"   ", 0}, Row{"-", 0}, Row{"+-3", 0}, Row{"--3", 0}, Row{"0x10", 0}, Row{"inf", 0}, Row{"1,5", 1},
-             Row{"\t7", 0}, Row{"1e", 1}, Row{"5.", 5}, Row{"1e-999", 0}}) {
-        SCOPED_TRACE(row.text);
-        EXPECT_EQ(Val(row.text), row.value);
-    }
+    for (const auto& [text, value] : {std::pair("  12.5abc", 12.5), {"-3", -3}, {"+4", 4}, {"1e3", 1000}, {".5", 0.5},
+             {"   ", 0}, {"-", 0}, {"+-3", 0}, {"--3", 0}, {"0x10", 0}, {"inf", 0}, {"1,5", 1}, {"\t7", 0}, {"1e", 1},
+             {"5.", 5}, {"1e-999", 0}})
+        EXPECT_EQ(Val(text), value) << text;
     EXPECT_GT(Val("1e999"), 1e300);
     EXPECT_LT(Val("-1e999"), -1e300);
 }

@@ -12,31 +12,17 @@ using testing::IsEmpty;
 
 namespace {
 
-std::vector<std::string> Names(std::string_view text)
-{
-    std::vector<std::string> names;
-    GroupText lines(text);
-    while (lines.NextLine()) {
-        if (!lines.Name().empty())
-            names.emplace_back(lines.Name());
-    }
-    return names;
-}
-
 class GroupStoreTest : public CatalogueTest {
 protected:
     void Refresh(const std::string& script)
     {
         ScriptedServer server(script);
-        server.OnPause = [](const std::string& name) {
-            if (name == "stop")
-                Click("cmdStop");
-        };
+        server.OnPause = [](const std::string&) { Click("cmdStop"); };
         TypeInto("txtPort", std::to_string(server.Port()));
         Click("cmdRefresh");
         EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
-        EXPECT_TRUE(!script.ends_with("X: close\n")
-            || Until([] { return PanelText("StatusBar1", 1) == "Status: Disconnected"; }));
+        const bool closes = script.ends_with("X: close\n");
+        EXPECT_TRUE(Until([=] { return !closes || PanelText("StatusBar1", 1) == "Status: Disconnected"; }));
     }
 };
 
@@ -47,14 +33,17 @@ const std::string groups = "S: 215 list\nS: b.two 9 1 y\nS: A.one 1 1 y\nS: xy 1
 
 TEST(GroupTextTest, WhatALineGives)
 {
-    EXPECT_THAT(Names("alt.kites 9 1 y\r\nalt.boats 7 1 m"), ElementsAre("alt.kites", "alt.boats"));
-    EXPECT_THAT(Names("\r\nalt.kites 9 1 y\r\n"), ElementsAre("alt.kites")) << "an empty line in front";
-    EXPECT_THAT(Names("ab 9 1 y\r\na.b 9 1 y\r\na 1 1 y"), ElementsAre("a.b")) << "short names";
-    EXPECT_THAT(Names("nothing\r\nalt.kites 9 1 y\r\nalt.last"), ElementsAre("alt.kites")) << "no blank in the line";
-    EXPECT_THAT(Names(" 9 1 y\r\n\r\nalt.kites "), ElementsAre("alt.kites"));
     const std::string longest(504, 'x');
-    EXPECT_THAT(Names(longest + "x 1 1 y\r\n" + longest + " 9 1 y"), ElementsAre(longest));
-    EXPECT_THAT(Names(""), IsEmpty());
+    for (const auto& [text, expected] :
+        std::vector<std::pair<std::string, std::string>>{{"alt.kites 9 1 y\r\nalt.boats 7 1 m", "alt.kites alt.boats "},
+            {"\r\nalt.kites 9 1 y\r\n", "alt.kites "}, {"ab 9 1 y\r\na.b 9 1 y\r\na 1 1 y", "a.b "},
+            {"nothing\r\nalt.kites 9 1 y\r\nalt.last", "alt.kites "}, {" 9 1 y\r\n\r\nalt.kites ", "alt.kites "},
+            {longest + "x 1 1 y\r\n" + longest + " 9 1 y", longest + " "}, {"", ""}}) {
+        std::string names;
+        for (GroupText lines(text); lines.NextLine();)
+            names.append(lines.Name()).append(lines.Name().empty() ? "" : " ");
+        EXPECT_EQ(names, expected) << text;
+    }
 }
 
 TEST_F(GroupStoreTest, FromTheNetworkAndBackFromTheDisk)
@@ -135,17 +124,11 @@ TEST_F(GroupStoreTest, AStopWhileTheListIsFilledLeavesItsStartAndTheWholeFile)
     EXPECT_EQ(ContentOf(GroupFile()), '"' + ListOf(ManyNames(1000)) + "\"\r\n");
     Click("cmdRefreshDisk");
     EXPECT_EQ(RowsOf("lstAllGroups").size(), 1000U);
-}
-
-TEST_F(GroupStoreTest, ALongListEndsAtTheFirstProgressPointPastItsLimit)
-{
-    Start({}, 1);
+    // A long list ends at the first progress point past its limit.
     MakeFile(GroupFile(), '"' + ListOf(ManyNames(33000)) + "\"\r\n");
     Click("cmdRefreshDisk");
-    const std::size_t shown = RowsOf("lstAllGroups").size();
-    EXPECT_GT(shown, 32000U);
-    EXPECT_LE(shown, 32201U);
-    EXPECT_EQ(PanelText("StatusBar2", 1), "Total: " + std::to_string(shown));
+    EXPECT_NEAR(static_cast<double>(RowsOf("lstAllGroups").size()), 32101, 100);
+    EXPECT_EQ(PanelText("StatusBar2", 1), "Total: " + std::to_string(RowsOf("lstAllGroups").size()));
 }
 
 TEST_F(GroupStoreTest, TheStartUpLoadReadsEveryField)

@@ -2,6 +2,7 @@
 
 #include "decoder/AttachmentDecoder.h"
 #include "demo/support/TemporaryFolder.h"
+#include "tests/support/RandomBytes.h"
 
 #include <gtest/gtest.h>
 
@@ -50,12 +51,3 @@ protected:
     TemporaryFolder folder;
     AttachmentDecoder decoder;
 };
-
-inline std::string RandomBytes(std::size_t size, unsigned seed = 1)
-{
-    std::mt19937 random(seed);
-    std::string bytes(size, '\0');
-    for (char& byte : bytes)
-        byte = static_cast<char>(random());
-    return bytes;
-}

@@ -40,6 +40,7 @@ TEST_F(StoredFilesTest, NothingExistingIsTouched)
         MakeFile(folder.File("red (" + std::to_string(number) + ").jpg"), "");
     EXPECT_EQ(Store("red.jpg", "many"), "red (251).jpg");
     EXPECT_EQ(Store("red.jpg", "more"), "red (252).jpg");
+    EXPECT_EQ(Store(bodyName, "one"), "article7 (2).uue");
 }
 
 // As on many shares: no renaming that spares what is there, and no second name for a file. For good, in this process.
@@ -87,8 +88,6 @@ TEST_F(StoredFilesTest, WhatIsInHandIsHeld)
     EXPECT_EQ(Content("red (2).jpg"), "two");
     EXPECT_EQ(Files().size(), 2U);
 }
-
-TEST_F(StoredFilesTest, TheBodyIsNotReplacedByItsAttachment) { EXPECT_EQ(Store(bodyName, "one"), "article7 (2).uue"); }
 
 TEST_F(StoredFilesTest, LinksDirectoriesAndPipesAreTakenNames)
 {

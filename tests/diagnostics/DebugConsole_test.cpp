@@ -161,4 +161,7 @@ TEST_F(DebugConsoleTest, OldTextGoesAndTroubleIsTold)
         EXPECT_LE(Find<QWidget>(name).geometry().bottom(), window.height()) << name;
         EXPECT_GT(Find<QWidget>(name).y(), Find<QWidget>("DebugWindow").geometry().bottom()) << name;
     }
+    window.resize(window.width() + 100, 30); // too low for them to follow
+    DoEvents();
+    EXPECT_EQ(Find<QWidget>("DebugWindow").width(), width + 100);
 }

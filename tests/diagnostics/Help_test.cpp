@@ -1,9 +1,10 @@
 #include "tests/shell/ProgramTest.h"
 
 #include <QImage>
+#include <QLabel>
 #include <QListView>
+#include <QRegularExpression>
 #include <QScrollBar>
-#include <QTabWidget>
 #include <QTest>
 #include <QTextBrowser>
 #include <QTimer>
@@ -18,12 +19,6 @@ protected:
     // Gives a control the focus and presses F1.
     static std::string TopicOf(QWidget& widget)
     {
-        for (QWidget* child = &widget; child->parentWidget(); child = child->parentWidget()) {
-            for (QWidget* above = child->parentWidget(); above; above = above->parentWidget()) {
-                if (auto* tabs = qobject_cast<QTabWidget*>(above); tabs && tabs->indexOf(child) >= 0)
-                    tabs->setCurrentWidget(child);
-            }
-        }
         widget.setEnabled(true);
         widget.setFocus();
         QTest::keyClick(&widget, Qt::Key_F1);
@@ -71,7 +66,8 @@ TEST_F(HelpTest, EachControlAndWindowHasItsTopic)
     for (const auto& [control, topic] : {std::pair{"txtNamed", "Name & Location  140"},
              {"SpinButton1", "Advanced Filtering  500"}, {"MyUpDown(3)", "News Groups  600"},
              // Where a control has no topic of its own.
-             {"lblUserName", "Server Setup  1030"}, {"StatusBar2", "News Groups  1040"},
+             {"chkGroupSubDir", "Name & Location  1010"}, {"lblUserName", "Server Setup  1030"},
+             {"StatusBar2", "News Groups  1040"}, {"lblNewsGroups", "News Groups  1042"},
              {"chkAutoLoad", "News Groups  1043"}, {"cmdClear(1)", "The preview strip  1050"},
              {"cmdStop", "What Tamarack does"}})
         EXPECT_EQ(TopicOf(control), topic) << control;
@@ -161,6 +157,9 @@ TEST_F(HelpTest, F1InModalWindows)
         EXPECT_EQ(IsVisible("frmHelp"), openBefore);
     }
     WhenUp("frmAbout", [] {
+        EXPECT_TRUE(
+            QString(TextOf("frmAbout/Label1(2)").c_str()).contains(QRegularExpression("^Version \\d+\\.\\d+$")));
+        EXPECT_FALSE(Find<QLabel>("frmAbout/Image1").pixmap(Qt::ReturnByValue).isNull());
         EXPECT_EQ(TopicIn("frmAbout"), "What Tamarack does");
         QTest::keyClick(&Find<QWidget>("frmAbout/Command1"), Qt::Key_Escape);
     });

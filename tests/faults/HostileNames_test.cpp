@@ -2,8 +2,7 @@
 
 #include "demo/sample/Encoders.h"
 
-#include <QLabel>
-
+#include <algorithm>
 #include <filesystem>
 #include <random>
 
@@ -67,12 +66,10 @@ TEST_F(HostileNamesTest, OfAttachments)
     Search();
     ExpectNothingOutsideChanged();
     int stored = 0;
-    for (const fs::directory_entry& entry : fs::directory_iterator(destination)) {
-        const std::string name = entry.path().filename().string();
+    for (const std::string& name : FilesBelow(destination)) {
         EXPECT_FALSE(name.starts_with('.')) << name;
-        EXPECT_TRUE(std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }))
-            << name;
-        stored += fs::is_regular_file(fs::symlink_status(entry.path())) && ContentOf(entry.path()) == "hostile";
+        EXPECT_TRUE(std::ranges::none_of(name, [](unsigned char c) { return c < 0x20 || c == 0x7f; })) << name;
+        stored += !fs::is_symlink(destination + name) && ContentOf(destination + name) == "hostile";
     }
     // Equal attachments of one name share one file.
     EXPECT_GT(stored, 30);
@@ -84,10 +81,9 @@ TEST_F(HostileNamesTest, OfGroups)
     SampleGroups groups;
     for (const std::string& name : HostileNames()) {
         // A name is one word on the wire.
-        std::string word;
-        std::copy_if(name.begin(), name.end(), std::back_inserter(word),
-            [](unsigned char c) { return c > ' ' && c != 0x7f && c != ',' && c != '"'; });
-        if (word.empty() || std::find(names.begin(), names.end(), word) != names.end())
+        std::string word = name;
+        std::erase_if(word, [](unsigned char c) { return c <= ' ' || c == 0x7f || c == ',' || c == '"'; });
+        if (word.empty() || std::ranges::count(names, word) > 0)
             continue;
         names.push_back(word);
         groups.push_back(GroupOf(word, 1, {Uuencode("hostile", "kite.jpg")}));
@@ -99,10 +95,9 @@ TEST_F(HostileNamesTest, OfGroups)
     EXPECT_EQ(ContentOf(PointerFile()).size() % 84, 0U);
     EXPECT_GT(ContentOf(PointerFile()).size(), 84U * 30);
     EXPECT_GT(captions.size(), 30U);
-    for (const std::string& row : RowsOf("lstSelectedGroups"))
-        EXPECT_EQ(row.find("\xe2\x80\xae"), std::string::npos);
-    for (const std::string& caption : captions)
-        EXPECT_EQ(caption.find("\xe2\x80\xae"), std::string::npos);
+    const auto turned = testing::HasSubstr("\xe2\x80\xae");
+    EXPECT_THAT(RowsOf("lstSelectedGroups"), testing::Each(testing::Not(turned)));
+    EXPECT_THAT(captions, testing::Each(testing::Not(turned)));
     // What is kept are the bytes.
     Click("Command1");
     EXPECT_THAT(ContentOf(SelectedFile()), testing::HasSubstr("\xe2\x80\xaegpj.exe"));

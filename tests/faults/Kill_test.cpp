@@ -21,7 +21,6 @@ namespace {
 
 const char* const folderVariable = "TAMARACK_KILL_FOLDER";
 const char* const portVariable = "TAMARACK_KILL_PORT";
-
 const char* const captionVariable = "TAMARACK_KILL_CAPTION"; // at which the victim kills itself
 
 constexpr int articles = 400;
@@ -31,19 +30,22 @@ std::string Attachment(int number)
     return std::string(static_cast<std::size_t>(2000 + number), static_cast<char>('a' + number % 26));
 }
 
-void StartVictim(QProcess& victim, const TemporaryFolder& folder, const SampleServer& server, const QString& caption)
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(folderVariable, QString::fromStdString(folder.File("")));
-    environment.insert(portVariable, QString::number(server.Port()));
-    environment.insert(captionVariable, caption);
-    environment.insert("TMPDIR", QString::fromStdString(folder.Path())); // what it cannot clear away goes with this
-    victim.setProcessEnvironment(environment);
-    victim.start(QCoreApplication::applicationFilePath(),
-        {"--gtest_also_run_disabled_tests", "--gtest_filter=Kill.DISABLED_Victim"});
-}
+class KilledProgramTest : public ProgramTest {
+protected:
+    void StartVictim(const SampleServer& server, const QString& caption = {})
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(folderVariable, QString::fromStdString(folder.Path()));
+        environment.insert(portVariable, QString::number(server.Port()));
+        environment.insert(captionVariable, caption);
+        environment.insert("TMPDIR", QString::fromStdString(folder.Path())); // what it cannot clear away goes with this
+        victim.setProcessEnvironment(environment);
+        victim.start(QCoreApplication::applicationFilePath(),
+            {"--gtest_also_run_disabled_tests", "--gtest_filter=Kill.DISABLED_Victim"});
+    }
 
-using KilledProgramTest = ProgramTest;
+    QProcess victim;
+};
 
 }
 
@@ -57,32 +59,22 @@ TEST(Kill, DISABLED_Victim)
     program.MainWindow().Timer2.SetInterval(std::chrono::milliseconds(1));
     program.Start();
     TypeInto("txtPort", std::getenv(portVariable));
-    if (const char* const caption = std::getenv(captionVariable)) {
-        const auto killAtCaption = [caption](const QString& title) {
-            if (title == caption)
-                raise(SIGKILL);
-        };
-        QObject::connect(WindowNamed("frmTamarack"), &QWidget::windowTitleChanged, killAtCaption);
-    }
+    QObject::connect(WindowNamed("frmTamarack"), &QWidget::windowTitleChanged, [](const QString& title) {
+        if (title == std::getenv(captionVariable))
+            raise(SIGKILL);
+    });
     while (true) {
         Click("cmdFindNow");
         Click("cmdRefresh");
         // Keeps what an end of the program keeps.
         Click("Command1");
-        std::puts("round");
-        std::fflush(stdout);
     }
 }
 
-TEST(Kill, AtAnyMomentLeavesWholeFiles)
+TEST_F(KilledProgramTest, AtAnyMomentLeavesWholeFiles)
 {
     const char* const wanted = std::getenv("TAMARACK_KILLS");
     const int kills = wanted != nullptr ? std::atoi(wanted) : 12;
-    const TemporaryFolder folder;
-    const std::string server = "127.0.0.1";
-    const std::string program = folder.File("program/");
-    const std::string destination = folder.File("pictures/");
-    const std::string pointers = program + "@!!#." + server;
     std::vector<std::string> bodies;
     for (int number = 2; number <= articles; ++number)
         bodies.push_back(Uuencode(Attachment(number), "k" + std::to_string(number) + ".jpg"));
@@ -90,39 +82,29 @@ TEST(Kill, AtAnyMomentLeavesWholeFiles)
     SampleGroups groups{GroupOf("alt.kites", 1, bodies)};
     while (groups.size() < 5000)
         groups.push_back({"alt.boats" + std::to_string(groups.size()), {}});
-    SampleServer newsServer(groups);
-    fs::create_directories(destination);
-    MakeFile(program + "!@#!." + server, "\"alt.kites 400 1 y\"\r\n");
-    MakeFile(program + "#!@!." + server, "alt.kites\r\n");
-    {
-        Settings settings(folder.File("settings.ini"));
-        settings.SaveSetting("Servers", server, "1");
-        settings.SaveSetting("Startup", "1", destination);
-        settings.SaveSetting("Startup", "6", "kept");
-    }
+    SampleServer server(groups);
+    MakeFile(SelectedFile(), "alt.kites\r\n");
+    settings.SaveSetting("Startup", "6", "kept");
     std::mt19937 random(static_cast<unsigned>(kills));
     int last = 0;
     int stored = 0;
     for (int kill = 0; kill < kills; ++kill) {
         SCOPED_TRACE(kill);
         if (last >= articles) { // and from the first article again
-            fs::remove(pointers);
-            fs::remove_all(destination);
-            fs::create_directories(destination);
+            Forget();
             last = 0;
         }
-        QProcess victim;
-        StartVictim(victim, folder, newsServer, "");
+        StartVictim(server);
         // This start works, and has come to its search or to its refresh.
         const char* const moment = kill % 2 == 0 ? "group" : "list";
-        const std::size_t before = newsServer.CommandCount(moment);
-        ASSERT_TRUE(Until([&] { return newsServer.CommandCount(moment) > before; }));
+        const std::size_t before = server.CommandCount(moment);
+        ASSERT_TRUE(Until([&] { return server.CommandCount(moment) > before; }));
         QTest::qWait(static_cast<int>(random() % 60));
         victim.kill();
         ASSERT_TRUE(victim.waitForFinished());
         ASSERT_EQ(victim.exitStatus(), QProcess::CrashExit); // it has not come to an end by itself
 
-        const std::string record = ContentOf(pointers);
+        const std::string record = ContentOf(PointerFile());
         ASSERT_EQ(record.size() % 84, 0U);
         int pointer = 0;
         if (!record.empty()) {
@@ -141,8 +123,8 @@ TEST(Kill, AtAnyMomentLeavesWholeFiles)
             EXPECT_EQ(ContentOf(destination + file), Attachment(number)) << name;
             EXPECT_LE(number, pointer);
         }
-        EXPECT_TRUE(ContentOf(program + "!@#!." + server).ends_with("\"\r\n"));
-        EXPECT_EQ(ContentOf(program + "#!@!." + server), "alt.kites\r\n");
+        EXPECT_TRUE(ContentOf(ProgramFile("!@#!." + serverName)).ends_with("\"\r\n"));
+        EXPECT_EQ(ContentOf(SelectedFile()), "alt.kites\r\n");
         EXPECT_EQ(Settings(folder.File("settings.ini")).GetSetting("Startup", "6"), "kept");
     }
     EXPECT_GT(stored, 0);
@@ -152,8 +134,7 @@ TEST_F(KilledProgramTest, WhatItHadInHandGoesAtTheNextSearch)
 {
     SampleServer server({GroupOf("alt.kites", 1, {Uuencode("red", "red.jpg"), Uuencode("blue", "blue.jpg")})});
     MakeFile(SelectedFile(), "alt.kites\r\n");
-    QProcess victim;
-    StartVictim(victim, folder, server, "Finished decoding 2 of 3 -- alt.kites");
+    StartVictim(server, "Finished decoding 2 of 3 -- alt.kites");
     ASSERT_TRUE(victim.waitForStarted());
     const std::string process = std::to_string(victim.processId());
     ASSERT_TRUE(victim.waitForFinished());
@@ -170,7 +151,7 @@ TEST_F(KilledProgramTest, WhatItHadInHandGoesAtTheNextSearch)
     MakeFile(destination + "article7.uue", "kept");
     Start({"alt.kites"}, server.Port());
     const std::string elsewhere = folder.File("elsewhere/");
-    std::filesystem::create_directory(elsewhere);
+    fs::create_directory(elsewhere);
     program->MainWindow().txtSelectDir.SetText(elsewhere);
     Search();
     EXPECT_THAT(FilesBelow(destination), testing::ElementsAre(held, "article7.uue", "red.jpg"));

@@ -15,34 +15,35 @@
 
 namespace {
 
-using File = std::pair<dev_t, ino_t>;
-
-std::set<File> onDisk;
+std::set<std::pair<dev_t, ino_t>> onDisk;
 std::vector<std::string> namedTooEarly;
 int named = 0;
 
-void NoteSync(int descriptor)
+void Note(const struct stat& status, bool isOnDisk)
 {
-    struct stat status { };
-    if (fstat(descriptor, &status) == 0)
+    if (isOnDisk)
         onDisk.insert({status.st_dev, status.st_ino});
-}
-
-void NoteWrite(int descriptor)
-{
-    struct stat status { };
-    if (fstat(descriptor, &status) == 0)
+    else
         onDisk.erase({status.st_dev, status.st_ino});
 }
 
-void NoteName(const char* file, const char* name)
+long NoteAndCall(long call, int descriptor, const void* bytes = nullptr, size_t length = 0)
 {
     struct stat status { };
-    if (lstat(file, &status) != 0 || !S_ISREG(status.st_mode))
-        return;
-    ++named;
-    if (!onDisk.contains({status.st_dev, status.st_ino}))
-        namedTooEarly.emplace_back(name);
+    if (fstat(descriptor, &status) == 0)
+        Note(status, call != SYS_write);
+    return syscall(call, descriptor, bytes, length);
+}
+
+template <class... Arguments> int NameAndCall(const char* file, const char* name, Arguments... call)
+{
+    struct stat status { };
+    if (lstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
+        ++named;
+        if (!onDisk.contains({status.st_dev, status.st_ino}))
+            namedTooEarly.emplace_back(name);
+    }
+    return static_cast<int>(syscall(call...));
 }
 
 }
@@ -50,46 +51,34 @@ void NoteName(const char* file, const char* name)
 extern "C" {
 ssize_t write(int descriptor, const void* bytes, size_t length)
 {
-    NoteWrite(descriptor);
-    return syscall(SYS_write, descriptor, bytes, length);
+    return NoteAndCall(SYS_write, descriptor, bytes, length);
 }
 
-int fsync(int descriptor)
-{
-    NoteSync(descriptor);
-    return static_cast<int>(syscall(SYS_fsync, descriptor));
-}
+int fsync(int descriptor) { return static_cast<int>(NoteAndCall(SYS_fsync, descriptor)); }
 
-int fdatasync(int descriptor)
-{
-    NoteSync(descriptor);
-    return static_cast<int>(syscall(SYS_fdatasync, descriptor));
-}
+int fdatasync(int descriptor) { return static_cast<int>(NoteAndCall(SYS_fdatasync, descriptor)); }
 
 int rename(const char* from, const char* to) noexcept
 {
-    NoteName(from, to);
-    return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+    return NameAndCall(from, to, SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0);
 }
 
 int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned flags) noexcept
 {
-    NoteName(from, to);
-    return static_cast<int>(syscall(SYS_renameat2, fromDirectory, from, toDirectory, to, flags));
+    return NameAndCall(from, to, SYS_renameat2, fromDirectory, from, toDirectory, to, flags);
+}
+
+int linkat(int fromDirectory, const char* from, int toDirectory, const char* to, int flags) noexcept
+{
+    return NameAndCall(from, to, SYS_linkat, fromDirectory, from, toDirectory, to, flags);
 }
 
 int unlink(const char* path) noexcept
 {
     struct stat status { };
     if (lstat(path, &status) == 0)
-        onDisk.erase({status.st_dev, status.st_ino}); // its number may be another file's next
+        Note(status, false); // its number may be another file's next
     return static_cast<int>(syscall(SYS_unlink, path));
-}
-
-int linkat(int fromDirectory, const char* from, int toDirectory, const char* to, int flags) noexcept
-{
-    NoteName(from, to);
-    return static_cast<int>(syscall(SYS_linkat, fromDirectory, from, toDirectory, to, flags));
 }
 }
 

@@ -12,21 +12,36 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QSet>
-#include <QTabWidget>
 #include <QTest>
 
 namespace {
 
 class MainFormTest : public testing::Test {
 protected:
-    void Show()
+    MainFormTest()
     {
-        form.SetHeight(frmTamarack::heightWithoutPreviews);
         form.SetVisible(true);
+        window.activateWindow();
         DoEvents();
     }
 
+    // What a user can see of the page in front.
+    QList<QWidget*> Seen() const
+    {
+        QList<QWidget*> seen;
+        for (QWidget* widget : window.findChildren<QWidget*>()) {
+            const QString name = widget->objectName();
+            // Out of sight by design, or a thin divider.
+            static const QSet<QString> elsewhere{"lblKB", "Picture1", "Image1", "Frame1", "Frame3", ""};
+            if (widget->isVisible() && !name.startsWith("qt_") && !name.contains("Panels(")
+                && !elsewhere.contains(name))
+                seen << widget;
+        }
+        return seen;
+    }
+
     frmTamarack form;
+    QWidget& window = *WindowNamed("frmTamarack");
 };
 
 }
@@ -34,11 +49,6 @@ protected:
 // A number of which the last digit is cut through is another number.
 TEST(MainFormPanels, HaveRoomForTheirLongestTexts)
 {
-    struct Row {
-        const char* bar;
-        int number;
-        std::vector<std::string> texts;
-    };
     const QFont ownFont = QApplication::font();
     QFont thirteenPixels = ownFont, twentyPoints = ownFont;
     thirteenPixels.setPixelSize(13);
@@ -53,26 +63,19 @@ TEST(MainFormPanels, HaveRoomForTheirLongestTexts)
             form.SSTMain.SetTab(3);
             form.StatusBar1.Panels(4).SetStyle(PanelStyle::Time);
             DoEvents();
-            const std::string time = QLocale().toString(QTime(22, 48, 48), QLocale::ShortFormat).toStdString();
-            const std::string date = QLocale().toString(QDate(2026, 12, 28), QLocale::ShortFormat).toStdString();
-            for (const Row& panel :
-                {Row{"StatusBar1", 1,
-                     {"Status: Username Required", "Status: Password Required", "Status: Error Connecting",
-                         "Status: Username Failed", "Status: Password Failed", "Status: Reply Too Long",
-                         "Status: Disconnected", "Status: Resolving Host"}},
-                    Row{"StatusBar1", 2, {"Items: 123456"}}, Row{"StatusBar1", 3, {"Tamarack"}},
-                    Row{"StatusBar1", 4, {time}}, Row{"StatusBar1", 5, {date}}, Row{"StatusBar2", 1, {"Total: 32201"}},
-                    Row{"StatusBar2", 2, {"Filtered: 128324"}}, Row{"StatusBar2", 3, {"Selected: 64318"}},
-                    Row{"StatusBar2", 4, {"Filtering Groups", "Scanning Groups", "Filling List", "Packets: 12345"}}}) {
-                const auto& label
-                    = Find<QLabel>(std::string(panel.bar) + ".Panels(" + std::to_string(panel.number) + ")");
-                const QRect bar = label.parentWidget()->rect();
-                EXPECT_TRUE(bar.contains(label.geometry())) << label.objectName().toStdString();
+            const QString time = QLocale().toString(QTime(22, 48, 48), QLocale::ShortFormat);
+            const QString date = QLocale().toString(QDate(2026, 12, 28), QLocale::ShortFormat);
+            for (const auto& [panel, text] : {std::pair("StatusBar1.Panels(1)", QString("Status: Username Required")),
+                     {"StatusBar1.Panels(1)", "Status: Error Connecting"}, {"StatusBar1.Panels(2)", "Items: 123456"},
+                     {"StatusBar1.Panels(3)", "Tamarack"}, {"StatusBar1.Panels(4)", time},
+                     {"StatusBar1.Panels(5)", date}, {"StatusBar2.Panels(1)", "Total: 32201"},
+                     {"StatusBar2.Panels(2)", "Filtered: 128324"}, {"StatusBar2.Panels(3)", "Selected: 64318"},
+                     {"StatusBar2.Panels(4)", "Filtering Groups"}}) {
+                const auto& label = Find<QLabel>(panel);
+                EXPECT_TRUE(label.parentWidget()->rect().contains(label.geometry())) << panel;
                 EXPECT_GE(4 * QFontInfo(label.font()).pixelSize(), 3 * QFontInfo(font).pixelSize());
-                for (const std::string& text : panel.texts)
-                    EXPECT_LE(label.fontMetrics().horizontalAdvance(QString::fromStdString(text)),
-                        label.contentsRect().width() - label.indent())
-                        << text;
+                EXPECT_LE(label.fontMetrics().horizontalAdvance(text), label.contentsRect().width() - label.indent())
+                    << text.toStdString();
             }
         }
     }
@@ -80,73 +83,60 @@ TEST(MainFormPanels, HaveRoomForTheirLongestTexts)
     QLocale::setDefault(QLocale::system());
 }
 
-TEST_F(MainFormTest, NothingIsCutOffOrOverlaps)
+// Tab goes round everything that takes input, as it lies; each control tells what it is and what it is for.
+TEST_F(MainFormTest, EverythingFitsAndIsReachedByTheKeyboard)
 {
-    Show();
     EXPECT_FALSE(IsVisible("Frame3"));
     form.SetHeight(frmTamarack::heightWithPreviews);
     form.Frame3.SetVisible(true);
-    // Out of sight by design, or a thin divider.
-    const QSet<QString> elsewhere{"lblKB", "Picture1", "Image1", "Frame1", "Frame3"};
-    const QSet<QString> textWanted{"Label3", "lblSizeIs", "lblPerNewsGroup", "lblPort", "lblUserName"};
-    QWidget& window = *WindowNamed("frmTamarack");
-    for (int tab = 0; tab < 4; ++tab) {
-        SelectTab("SSTMain", tab);
-        for (int inner = 0; inner < (tab == 3 ? 3 : 1); ++inner) {
-            if (tab == 3)
-                SelectTab("SSTab1", inner);
-            for (const QWidget* widget : window.findChildren<QWidget*>()) {
-                const QString name = widget->objectName();
-                if (name.isEmpty() || name.startsWith("qt_") || name.contains("Panels(") || !widget->isVisible()
-                    || elsewhere.contains(name))
-                    continue;
-                EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry())) << name.toStdString();
-                if (qobject_cast<const QPushButton*>(widget) || textWanted.contains(name)) {
-                    const QString text = QString::fromStdString(TextOf(name.toStdString()));
-                    EXPECT_LE(widget->fontMetrics().size(0, text).width(), widget->width()) << name.toStdString();
-                }
-                for (const QObject* sibling : widget->parentWidget()->children()) {
-                    const auto* other = qobject_cast<const QWidget*>(sibling);
-                    const bool counts = other != nullptr && other != widget && other->isVisible()
-                        && !other->objectName().isEmpty() && !other->objectName().startsWith("qt_")
-                        && !elsewhere.contains(other->objectName());
-                    EXPECT_FALSE(counts && other->geometry().intersects(widget->geometry()))
-                        << name.toStdString() << " and " << sibling->objectName().toStdString();
-                }
-            }
-        }
-    }
-}
-
-// Tab goes round everything that takes input, and assistive tools have a name for each.
-TEST_F(MainFormTest, TheKeyboardReachesEveryControl)
-{
-    Show();
-    QWidget& window = *WindowNamed("frmTamarack");
-    window.activateWindow();
     Check("chkAllCriteria", true);
-    for (int tab = 0; tab < 6; ++tab) {
-        SelectTab("SSTMain", std::min(tab, 3));
-        if (tab >= 3)
-            SelectTab("SSTab1", tab - 3);
-        QSet<QWidget*> reached;
+    const QSet<QString> textWanted{"Label3", "lblSizeIs", "lblPerNewsGroup", "lblPort", "lblUserName"};
+    // Whose caption, or whose list, says enough.
+    const QSet<QString> withoutTip{"cboSizeIs", "cmdAddNewsServer", "cmdDeleteServer", "Command3", "lstFilteredGroups",
+        "lstAllGroups", "Command2(0)", "Command2(1)", "Command2(2)", "cmdClear(0)", "cmdClear(1)", "cmdClear(2)"};
+    for (int page = 0; page < 6; ++page) {
+        SCOPED_TRACE(page);
+        SelectTab("SSTMain", std::min(page, 3));
+        if (page >= 3)
+            SelectTab("SSTab1", page - 3);
+        QList<QWidget*> reached;
         window.setFocus();
-        for (int press = 0; press < 30; ++press) {
+        for (int press = 0; press < 40; ++press) {
             QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
-            reached.insert(window.focusWidget());
+            QWidget* const now = window.focusWidget();
+            if (reached.contains(now))
+                continue;
+            if (!reached.isEmpty() && now->parentWidget() == reached.back()->parentWidget()) {
+                const QPoint step = now->pos() - reached.back()->pos();
+                EXPECT_TRUE(step.y() > 0 || step.x() > 0) << now->objectName().toStdString();
+            }
+            reached << now;
         }
         // Of a group of options, the selected one; the arrow keys lead to the others.
-        EXPECT_EQ(reached.contains(&Find<QWidget>("chkAllCriteria")), tab == 1);
+        EXPECT_EQ(reached.contains(&Find<QWidget>("chkAllCriteria")), page == 1);
         EXPECT_FALSE(reached.contains(&Find<QWidget>("chkSingleParts")));
-        for (QWidget* widget : window.findChildren<QWidget*>()) {
+        const QList<QWidget*> seen = Seen();
+        EXPECT_GT(seen.size(), 20);
+        for (QWidget* widget : seen) {
             const std::string name = widget->objectName().toStdString();
-            const bool takesInput = (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr
-                && widget->isVisible() && widget->isEnabled() && !name.starts_with("qt_") && !name.empty();
-            if (!takesInput)
+            EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry())) << name;
+            const auto* button = qobject_cast<QAbstractButton*>(widget);
+            if (qobject_cast<const QPushButton*>(widget) || textWanted.contains(widget->objectName())) {
+                const QString text = QString::fromStdString(TextOf(name));
+                EXPECT_LE(widget->fontMetrics().size(0, text).width(), widget->width()) << name;
+            }
+            for (const QWidget* other : seen) {
+                const bool besides = other != widget && other->parentWidget() == widget->parentWidget();
+                EXPECT_FALSE(besides && other->geometry().intersects(widget->geometry()))
+                    << name << " and " << other->objectName().toStdString();
+            }
+            if (!(widget->focusPolicy() & Qt::TabFocus) || widget->focusProxy() != nullptr || !widget->isEnabled())
                 continue;
             EXPECT_TRUE(reached.contains(widget)) << name;
-            const auto* button = qobject_cast<QAbstractButton*>(widget);
             EXPECT_FALSE(widget->accessibleName().isEmpty() && (button == nullptr || button->text().isEmpty())) << name;
+            const bool wantsTip = !withoutTip.contains(widget->objectName());
+            EXPECT_TRUE(widget->toolTip().isEmpty() != wantsTip || qobject_cast<const QPushButton*>(widget) != button)
+                << name;
         }
     }
 }
@@ -154,47 +144,33 @@ TEST_F(MainFormTest, TheKeyboardReachesEveryControl)
 // A volume opens at its top, with the busy pointer up meanwhile, and one that has gone leads back to the first disk.
 TEST_F(MainFormTest, AnotherVolumeOpensAtItsTop)
 {
-    Form window("frmWalk", "", {.clientWidth = 3000, .clientHeight = 3000});
-    DriveList volumes{window, "Drive1", {0, 0, 3000, 300}};
-    DirectoryList directories{window, "Dir1", {0, 300, 3000, 2700}};
+    Form walked("frmWalk", "", {.clientWidth = 3000, .clientHeight = 3000});
+    DriveList volumes{walked, "Drive1", {0, 0, 3000, 300}};
+    DirectoryList directories{walked, "Dir1", {0, 300, 3000, 2700}};
     TestDesktop desktop;
     DirectoryWalk walk(form, desktop, volumes, directories);
     walk.Begin("/usr/share");
     EXPECT_EQ(directories.Path(), "/usr/share");
-    Qt::CursorShape pointer = Qt::ArrowCursor;
-    QMetaObject::invokeMethod(
-        qApp, [&] { pointer = WindowNamed("frmTamarack")->cursor().shape(); }, Qt::QueuedConnection);
     volumes.Click();
     EXPECT_EQ(directories.Path(), volumes.Text());
-    EXPECT_EQ(pointer, Qt::WaitCursor);
-    EXPECT_EQ(WindowNamed("frmTamarack")->cursor().shape(), Qt::ArrowCursor);
-
     walk.Begin("/usr/share");
     volumes.AddItem("/no such volume");
+    desktop.whileBoxIsUp = [this](const TestDesktop::Box& box) {
+        EXPECT_EQ(box.text + "|" + box.title, "You need to put a disk in the drive|Error");
+        EXPECT_EQ(window.cursor().shape(), Qt::WaitCursor);
+    };
     EXPECT_TRUE(volumes.SelectText("/no such volume"));
-    ASSERT_EQ(desktop.boxes.size(), 1U);
-    EXPECT_EQ(desktop.boxes[0].text + "|" + desktop.boxes[0].title, "You need to put a disk in the drive|Error");
-    EXPECT_EQ(directories.Path(), "/");
+    EXPECT_EQ(desktop.boxes.size(), 1U);
+    EXPECT_EQ(window.cursor().shape(), Qt::ArrowCursor);
+    EXPECT_EQ(directories.Path() + volumes.Text(), "//");
 }
 
+// The margin is taken off each side, and once more off the width of what is too high.
 TEST(Placing, FitKeepsTheAspectInsideTheArea)
 {
-    struct Row {
-        const char* what;
-        float aspect;
-        std::int32_t width;
-        std::int32_t height;
-    };
-    for (const Row& row : {Row{"wide", 2, 2070, 1035}, Row{"tall", 0.5F, 848, 1695}, Row{"square", 1, 1695, 1695},
-             Row{"very wide", 10000, 2070, 0}, Row{"one pixel wide, very tall", 0.0001F, 0, 1695}}) {
-        SCOPED_TRACE(row.what);
-        const FittedSize size = Fit(row.aspect, 2070, 1695);
-        EXPECT_EQ(size.width, row.width);
-        EXPECT_EQ(size.height, row.height);
+    for (const auto& [aspect, margin, width, height] : {std::tuple(2.F, 0, 2070, 1035), {0.5F, 0, 848, 1695},
+             {10000, 0, 2070, 0}, {0.0001F, 0, 0, 1695}, {1e-6F, 0, 0, 1695}, {1, 10, 1705, 1685}}) {
+        const FittedSize size = Fit(aspect, 2070, 1695, margin);
+        EXPECT_EQ(std::pair(size.width, size.height), std::pair(width, height)) << aspect;
     }
-    // The margin is taken off each side, and once more off the width of what is too high.
-    const FittedSize size = Fit(1, 1770, 1605, 10);
-    EXPECT_EQ(size.width, 1615);
-    EXPECT_EQ(size.height, 1595);
-    EXPECT_EQ(Fit(1e-6F, 2070, 1695).width, 0);
 }

@@ -21,33 +21,25 @@ protected:
     {
         const QWidget& widget = Find<QWidget>(control);
         const QPoint offCentre = widget.geometry().center() - widget.parentWidget()->rect().center();
-        const QImage seen = Seen(control);
         const QImage drawn = QImage::fromData(QByteArray::fromStdString(picture));
-        const QImage whole = drawn.scaled(seen.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                                 .convertToFormat(QImage::Format_RGB32);
+        const auto small = [](const QImage& image) {
+            return image.scaled(16, 16, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                .convertToFormat(QImage::Format_RGB888);
+        };
+        const QImage seen = small(Seen(control)), wanted = small(drawn);
         const double shape = static_cast<double>(drawn.width()) / drawn.height() * widget.height() / widget.width();
-        double difference = 0;
-        for (int y = 0; y < seen.height(); ++y) {
-            for (int x = 0; x < seen.width(); ++x) {
-                const QColor one = seen.pixelColor(x, y), other = whole.pixelColor(x, y);
-                difference += std::abs(one.red() - other.red()) + std::abs(one.green() - other.green())
-                    + std::abs(one.blue() - other.blue());
-            }
-        }
-        return difference / (seen.width() * seen.height()) < 12 && std::abs(shape - 1) < 0.03
-            && offCentre.manhattanLength() <= 2;
+        int difference = 0;
+        for (int at = 0; at < 16 * 16 * 3; ++at)
+            difference += std::abs(seen.constBits()[at] - wanted.constBits()[at]);
+        return difference < 16 * 16 * 12 && std::abs(shape - 1) < 0.03 && offCentre.manhattanLength() <= 2;
     }
 
     static bool ShowsNothing(const std::string& control)
     {
         const QImage seen = Seen(control);
-        for (int y = 0; y < seen.height(); ++y) {
-            for (int x = 0; x < seen.width(); ++x) {
-                if (seen.pixel(x, y) != seen.pixel(0, 0))
-                    return false;
-            }
-        }
-        return true;
+        QImage blank(seen);
+        blank.fill(seen.pixel(0, 0));
+        return seen == blank;
     }
 
     std::string Stored(const std::string& name) const { return destination + "alt.kites/" + name; }

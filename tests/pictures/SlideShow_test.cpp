@@ -6,6 +6,7 @@
 
 #include <QAbstractButton>
 #include <QLineEdit>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 #include <filesystem>
@@ -86,7 +87,7 @@ TEST_F(SlideShowTest, SixPanesInACircle)
     }
     EXPECT_THAT(names, ElementsAre("p7.jpg", "p8.GIF", "p3.jpg", "p4.GIF", "p5.jpg", "p6.GIF"));
 
-    // Once more from the first file, from the pane where the circle had come to; round and round.
+    // Once more, from the pane where the circle had come to; round and round.
     Check("chkOptions(0)", true);
     ChooseMenu("frmSlideShow/mnuStart");
     ASSERT_TRUE(Until([] { return Image() == "Displaying 10 of 9"; }));
@@ -118,6 +119,8 @@ TEST_F(SlideShowTest, SixPanesInACircle)
     EXPECT_FALSE(IsHighlighted(3));
     QTest::mouseClick(&PaneFrame(0), Qt::LeftButton, {}, {2, 2});
     EXPECT_FALSE(IsHighlighted(0)); // selected from the start, without a highlight
+    DoubleClickRow("lstFiles", 0);
+    EXPECT_EQ(NameIn(0), "p1.jpg");
     ChooseMenu("mnuSlideShow");
     EXPECT_FALSE(IsVisible("frmSlideShow"));
 }
@@ -214,9 +217,27 @@ TEST_F(SlideShowTest, ASlowPictureGivesWay)
     EXPECT_EQ(NameIn(0), "p1.jpg");
 }
 
-TEST_F(SlideShowTest, ThePaneWithTheFocusHasOneEdge)
+TEST_F(SlideShowTest, TheKeyboardGoesRoundAsThingsLie)
 {
     Open(1);
+    QWidget& window = *WindowNamed("frmSlideShow");
+    window.activateWindow();
+    Find<QWidget>("frmSlideShow/Drive1").setFocus();
+    std::string names;
+    for (int press = 0; press < 18; ++press) {
+        QWidget& widget = *window.focusWidget();
+        names += widget.objectName().toStdString() + " ";
+        const auto* button = qobject_cast<const QAbstractButton*>(&widget);
+        EXPECT_TRUE(!widget.accessibleName().isEmpty() || button != nullptr) << names;
+        QTest::keyClick(&widget, Qt::Key_Tab);
+    }
+    EXPECT_EQ(names,
+        "Drive1 Dir1 lstFiles chkOptions(0) Command1(7) txtDelay Command1(0) Command1(5) Command1(1) Command1(2) "
+        "Command1(3) Command1(4) SSPanel1(0) SSPanel1(1) SSPanel1(2) SSPanel1(3) SSPanel1(4) SSPanel1(5) ");
+    EXPECT_FALSE(Find<QWidget>(Button(2)).toolTip().isEmpty());
+    EXPECT_FALSE(IsEnabled(Button(6))); // a backdrop
+
+    // The pane with the focus has an edge, which is not the frame beneath.
     QWidget& frame = PaneFrame(1);
     const auto isMarked = [&](QWidget::RenderFlags parts) {
         QImage image(frame.size(), QImage::Format_RGB32);
@@ -227,47 +248,21 @@ TEST_F(SlideShowTest, ThePaneWithTheFocusHasOneEdge)
     frame.setFocus();
     ASSERT_TRUE(Until([&] { return frame.hasFocus(); }));
     EXPECT_TRUE(isMarked(QWidget::DrawWindowBackground | QWidget::DrawChildren));
-    EXPECT_FALSE(isMarked(QWidget::DrawWindowBackground)); // the frame beneath stays as it is
+    EXPECT_FALSE(isMarked(QWidget::DrawWindowBackground));
+    EXPECT_EQ(frame.childAt(0, 0), nullptr) << "the edge would take the clicks";
 }
 
-TEST_F(SlideShowTest, TheKeyboardGoesRoundAsThingsLie)
+TEST_F(SlideShowTest, APlaceOffTheScreenIsNone)
 {
-    Open(1);
-    QWidget& window = *WindowNamed("frmSlideShow");
-    window.activateWindow();
-    Find<QWidget>("frmSlideShow/Drive1").setFocus();
-    std::vector<std::string> names;
-    for (int press = 0; press < 18; ++press) {
-        const QWidget* widget = window.focusWidget();
-        names.push_back(widget->objectName().toStdString());
-        const auto* button = qobject_cast<const QAbstractButton*>(widget);
-        EXPECT_TRUE(!widget->accessibleName().isEmpty() || button != nullptr) << names.back();
-        QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
-    }
-    EXPECT_THAT(names,
-        ElementsAre("Drive1", "Dir1", "lstFiles", "chkOptions(0)", "Command1(7)", "txtDelay", "Command1(0)",
-            "Command1(5)", "Command1(1)", "Command1(2)", "Command1(3)", "Command1(4)", "SSPanel1(0)", "SSPanel1(1)",
-            "SSPanel1(2)", "SSPanel1(3)", "SSPanel1(4)", "SSPanel1(5)"));
-}
-
-TEST_F(SlideShowTest, ItsPlaceComesBackIfItIsOnTheScreen)
-{
-    Open(1);
-    QWidget& window = *WindowNamed("frmSlideShow");
-    const QPoint place(90, 80);
-    window.move(place);
-    window.showMinimized();
-    window.close();
-    ChooseMenu("mnuSlideShow");
-    EXPECT_FALSE(window.isMinimized());
-    EXPECT_EQ(window.pos(), place);
-    window.close();
-    for (const char* odd : {"0", "-5", "99999", "x"}) {
-        settings.SaveSetting("SlideShow", "1", odd);
-        settings.SaveSetting("SlideShow", "2", odd);
+    Start();
+    const QSize screen = QApplication::primaryScreen()->size();
+    for (const auto& [left, top, shown] : {std::tuple(90, 80, QPoint(90, 80)), {0, 0, {0, 0}}, {-5, 80, {0, 80}},
+             {screen.width() - 100, 80, {0, 80}}, {90, screen.height() - 100, {90, 0}}}) {
+        settings.SaveSetting("SlideShow", "1", std::to_string(Twips::FromPixels(left)));
+        settings.SaveSetting("SlideShow", "2", std::to_string(Twips::FromPixels(top)));
         ChooseMenu("mnuSlideShow");
-        EXPECT_EQ(window.pos(), QPoint()) << odd;
-        window.close();
+        EXPECT_EQ(WindowNamed("frmSlideShow")->pos(), shown) << left << ' ' << top;
+        WindowNamed("frmSlideShow")->close();
     }
 }
 

@@ -45,57 +45,46 @@ TEST_F(SearchCriteriaTest, WarningOfMultiPartMessages)
 TEST_F(SearchCriteriaTest, Heads)
 {
     struct Row {
-        const char* what;
-        const char* mode;
-        std::string fileType; // the check box that is checked
-        const char* named;
-        std::string head;
         bool wanted;
+        std::string head;
+        const char* mode = "chkSingleParts";
+        std::string fileType = "chkJPEGFiles"; // the check box that is checked
+        const char* named = "";
         const char* sizeIs = "";
         const char* limit = "10";
     };
-    const char* const jpeg = "chkJPEGFiles";
-    const char* const parts = "chkSingleParts";
     const char* const criteria = "chkAllCriteria";
-    const auto lines = [](const std::string& count) { return single + "\r\nlInEs:" + count; };
+    const auto lines = [](bool wanted, const std::string& count, const char* sizeIs, const char* limit) {
+        Row row{wanted, single + "\r\nlInEs:" + count};
+        row.sizeIs = sizeIs;
+        row.limit = limit;
+        return row;
+    };
     const std::vector<Row> rows = {
-        {"1/1", parts, jpeg, "", single, true},
-        {"01/01", parts, jpeg, "", "Subject: kite.jpg (01/01)", true},
-        {"11/12 has 1/1", parts, jpeg, "", "Subject: kite.jpg (11/12)", true},
-        {"2/12", parts, jpeg, "", "Subject: kite.jpg (2/12)", false},
-        {"parts do not matter", criteria, jpeg, "", "Subject: kite.jpg (2/12)", true},
-        {"case of a name, in any line", criteria, jpeg, "", "From: a.JpGer", true},
-        {"another file type", criteria, jpeg, "", "Subject: a.gif, a.bmp, a.mpg, a.jpeg", false},
-        {"GIF", criteria, "chkGIFFiles", "", "Subject: a.gif", true},
-        {"BMP", criteria, "chkBitMapFiles", "", "Subject: a.bmp", true},
-        {"MPEG", criteria, "chkMPEGFiles", "", "Subject: a.mpg", true},
-        {"no patterns", criteria, "", "", single, false},
-        {"no patterns, everything", "chkAllArticles", "", "", "Subject: no", true},
-        {"named alone", criteria, "", "cat; Dog ", "Subject: hotDOGs", true},
-        {"named besides", criteria, jpeg, "cat;dog", "Subject: cat", true},
-        {"an empty entry in the middle", criteria, "", "cat; ;dog", "Subject: no", true},
-        {"a semicolon at the end", criteria, jpeg, "cat;", "Subject: no", false},
-        {"at most, equal", parts, jpeg, "", lines(" 3000"), true, "At Most", "3000"},
-        {"at most, more", parts, jpeg, "", lines(" 3000"), false, "At Most", "2999"},
-        {"at least, equal", parts, jpeg, "", lines("3000 or so"), true, "At Least", "3000"},
-        {"at least, less", parts, jpeg, "", lines("3000"), false, "At Least", "3001"},
-        {"beyond 32 bits", parts, jpeg, "", lines("9999999999"), true, "At Most", "2147483647"},
-        {"a whole number", parts, jpeg, "", lines("29.7"), true, "At Least", "30"},
-        {"ten characters", parts, jpeg, "", lines("      300000"), true, "At Most", "3000"},
-        {"nothing wanted", parts, jpeg, "", lines("3000"), true, "", "1"},
-        {"no count", parts, jpeg, "", single, true, "At Least", "10"},
-        {"X-Lines", parts, jpeg, "", single + "\r\nX-Lines: 5", true, "At Least", "10"},
+        {true, single}, {true, "Subject: kite.jpg (01/01)"}, {true, "Subject: kite.jpg (11/12)"}, // which has 1/1
+        {false, "Subject: kite.jpg (2/12)"}, {true, "Subject: kite.jpg (2/12)", criteria},
+        {true, "From: a.JpGer", criteria}, {false, "Subject: a.gif, a.bmp, a.mpg, a.jpeg", criteria},
+        {true, "Subject: a.gif", criteria, "chkGIFFiles"}, {true, "Subject: a.bmp", criteria, "chkBitMapFiles"},
+        {true, "Subject: a.mpg", criteria, "chkMPEGFiles"}, {false, single, criteria, ""},
+        {true, "Subject: no", "chkAllArticles", ""}, {true, "Subject: hotDOGs", criteria, "", "cat; Dog "},
+        {true, "Subject: cat", criteria, "chkJPEGFiles", "cat;dog"}, {true, "Subject: no", criteria, "", "cat; ;dog"},
+        {false, "Subject: no", criteria, "chkJPEGFiles", "cat;"}, lines(true, " 3000", "At Most", "3000"),
+        lines(false, " 3000", "At Most", "2999"), lines(true, "3000 or so", "At Least", "3000"),
+        lines(false, "3000", "At Least", "3001"), lines(true, "9999999999", "At Most", "2147483647"), // beyond 32 bits
+        lines(true, "29.7", "At Least", "30"), lines(true, "      300000", "At Most", "3000"), // ten characters
+        lines(true, "3000", "", "1"),
+        {true, single + "\r\nX-Lines: 5", "chkSingleParts", "chkJPEGFiles", "", "At Least"}, // no count
     };
     SampleServer server({});
     Start({"alt.kites"}, server.Port());
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
+        SCOPED_TRACE(row.head + row.named + row.sizeIs + row.limit);
         // A search loses the first header line of its first head.
         server.SetGroups(
             {{"alt.kites", {{1, "", ""}, {2, "Path: lost 1/1 .jpg\r\n" + row.head + "\r\n", "text\r\n"}}}});
         server.ClearLog();
         Forget();
-        for (const char* box : {jpeg, "chkGIFFiles", "chkBitMapFiles", "chkMPEGFiles"})
+        for (const char* box : {"chkJPEGFiles", "chkGIFFiles", "chkBitMapFiles", "chkMPEGFiles"})
             Check(box, box == row.fileType);
         Check(row.mode, true);
         TypeInto("txtNamed", row.named);

@@ -68,16 +68,12 @@ protected:
 
 TEST_F(ServersTest, TheDefaultOrTheFirstIsSelected)
 {
-    struct Row {
-        const char* preselected;
-        const char* selected;
-    };
-    for (const Row& row : {Row{"", "127.0.0.1"}, Row{" localhost ", "localhost"}, Row{"elsewhere", "127.0.0.1"}}) {
-        SCOPED_TRACE(row.preselected);
-        settings.SaveSetting("Servers", "Default", row.preselected);
+    for (const auto& [preselected, selected] :
+        {std::pair("", "127.0.0.1"), {" localhost ", "localhost"}, {"elsewhere", "127.0.0.1"}}) {
+        settings.SaveSetting("Servers", "Default", preselected);
         Start();
         EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("127.0.0.1", "localhost"));
-        EXPECT_EQ(TextOf("cboNewsServer"), row.selected);
+        EXPECT_EQ(TextOf("cboNewsServer"), selected) << preselected;
     }
     ChooseEntry("cboNewsServer", "localhost");
     Click("Command1");
@@ -133,6 +129,16 @@ TEST_F(ServersTest, AnotherServerEndsTheSessionAndBringsItsGroups)
     EXPECT_EQ(server.ConnectionCount(), 2U);
     ASSERT_EQ(server.CommandCount("group"), 1U);
     EXPECT_EQ(server.Log().front().argument, "alt.cats");
+
+    // So does the end of the last one.
+    Click("cmdDeleteServer");
+    Click("cmdDeleteServer");
+    TypeInto("txtManual", "alt.kites");
+    Click("Command3");
+    Click("cmdFindNow");
+    EXPECT_EQ(desktop.boxes.back().title, "No ISP Selected");
+    EXPECT_EQ(server.CommandCount("group"), 1U);
+    EXPECT_THAT(FilesBelow(ProgramFile("")), Not(Contains("@!!#.")));
 }
 
 TEST_F(ServersTest, AddingAServer)
@@ -229,23 +235,6 @@ TEST_F(ServersTest, DeletingAServer)
     EXPECT_THAT(settings.GetAllSettings("Servers2"), IsEmpty());
     Click("cmdDeleteServer");
     EXPECT_EQ(desktop.boxes.size(), 3U) << "there is none to delete";
-}
-
-TEST_F(ServersTest, TheSessionOfADeletedServerIsOver)
-{
-    settings.DeleteSetting("Servers", "localhost");
-    SampleServer server({GroupOf("alt.kites", 1, {})});
-    Start({"alt.kites"}, server.Port());
-    Check("chkUserName", false);
-    Search();
-    EXPECT_EQ(server.CommandCount("group"), 1U);
-    Click("cmdDeleteServer");
-    TypeInto("txtManual", "alt.kites");
-    Click("Command3");
-    Click("cmdFindNow");
-    EXPECT_EQ(desktop.boxes.back().title, "No ISP Selected");
-    EXPECT_EQ(server.CommandCount("group"), 1U);
-    EXPECT_THAT(FilesBelow(ProgramFile("")), Not(Contains("@!!#.")));
 }
 
 TEST_F(ServersTest, TheFirstStartAsksForAServer)

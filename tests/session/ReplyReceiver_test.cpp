@@ -5,78 +5,81 @@
 #include <malloc.h>
 #include <random>
 
-namespace {
-
-using Kinds = std::vector<Command>;
 using enum Command;
 
-const Kinds all = {List, Group, Body, Head, Greeting, AuthUser, AuthPass, Next, Stat, Manual};
-
-}
-
-TEST(ReplyReceiverTest, StatusRowsAndNumbers)
+TEST(ReplyReceiverTest, StatusLines)
 {
+    using Kinds = std::vector<Command>;
+    const Kinds all = {List, Group, Body, Head, Greeting, AuthUser, AuthPass, Next, Stat, Manual};
     struct Row {
-        std::string packets; // one of a status line and a text without end, or some as in a script
+        std::string status;
         Kinds kinds;
-        Reply state = Reply::Finished;
-        bool userName = false;
+        Reply state;
         const char* outcome = "connected";
-        const char* status = "Status: Connected";
-        std::int32_t first = 1, last = 12, current = 5;
-        const char* buffer = "text";
+        bool userName = false;
     };
     for (const Row& row : {
-             Row{"502 no", all, Reply::Refused, false, "connected stop"},
+             Row{"502 no", all, Reply::Refused, "connected stop"},
              Row{"423 gone", all, Reply::Taken},
              Row{"430 gone", all, Reply::Taken},
-             Row{"480 who", all, Reply::Finished, true},
-             Row{"480 who", all, Reply::Finished, false, "closed", "Status: Username Required"},
+             Row{"480 who", all, Reply::Finished, "connected", true},
+             Row{"480 who", all, Reply::Finished, "closed"},
              Row{"411 no group", {Group}, Reply::NoSuchGroup},
-             Row{"411 no group", {Head}},
              Row{"412 no group", {Group}, Reply::NoGroupSelected},
-             Row{"412 no group", {Head}},
              Row{"481 no", {Next}, Reply::Taken},
-             Row{"481 no", {Head}},
              Row{"421 no next", {Next}, Reply::Taken},
-             Row{"421 no next", {Head}},
-             Row{"400 later", all},
-             Row{"381 more", all, Reply::Finished, true},
-             Row{"381 more", all, Reply::Taken, false, "closed", "Status: Password Required"},
-             Row{.packets = "211 9 2 10 x", .kinds = {Group}, .first = 2, .last = 10},
-             Row{.packets = "223 7 <a@b>", .kinds = {Next}, .current = 7},
-             Row{"223 7 <a@b>", {Greeting, AuthUser, AuthPass, Stat}, Reply::Finished, true},
+             Row{"411 no", {Head}, Reply::Finished},
+             Row{"412 no", {Head}, Reply::Finished},
+             Row{"481 no", {Head}, Reply::Finished},
+             Row{"400 later", all, Reply::Finished},
+             Row{"381 more", all, Reply::Finished, "connected", true},
+             Row{"381 more", all, Reply::Taken, "closed"},
+             Row{"223 7 <a@b>", {Greeting, AuthUser, AuthPass, Stat}, Reply::Finished, "connected", true},
              Row{"nonsense", {List, Body, Head, Manual}, Reply::Taken},
-             Row{.packets = "211 3 2147483647 2147483648 x", .kinds = {Group}, .first = 2147483647},
-             Row{.packets = "211 3 12ab -7 x", .kinds = {Group}, .first = 12, .last = 0},
-             Row{.packets = "211 3 7 9", .kinds = {Group}, .first = 7, .last = 0},
-             Row{.packets = "211 3  7 9 x", .kinds = {Group}, .first = 0, .last = 7},
-             Row{.packets = "211", .kinds = {Group}, .first = 0, .last = 0},
-             Row{.packets = "223 x8 <a@b>", .kinds = {Next}, .current = 0},
-             // Of a status line in pieces the first alone is judged, and all of them pass for text.
-             Row{.packets = "S~ 211 3 7 9\nS: 1 x",
-             .kinds = {Group},
-             .first = 7,
-             .last = 0,
-             .buffer = "211 3 7 91 x\r\n"},
-             Row{.packets = "S~ 41\nS: 1 no", .kinds = {Group}, .buffer = "411 no\r\n"},
          }) {
         for (const Command kind : row.kinds) {
-            SCOPED_TRACE(row.packets + " to " + std::to_string(static_cast<int>(kind)));
-            const bool logsIn = row.userName && row.packets.starts_with("480");
-            ScriptedSession client("C: command\n"
-                + (row.packets.starts_with("S~") ? row.packets + "\n" : "S~ " + row.packets + "\\r\\ntext\n")
+            SCOPED_TRACE(row.status + " to " + std::to_string(static_cast<int>(kind)));
+            const bool logsIn = row.userName && row.status.starts_with("480");
+            ScriptedSession client("C: command\nS~ " + row.status + "\\r\\ntext\n"
                 + (logsIn ? "C: authinfo user me\nS: 381\nC: authinfo pass secret\nS: 281\n" : "") + "X: pause in");
             client.Judge(kind, row.userName);
             EXPECT_EQ(client.Session.ReplyState, row.state);
             EXPECT_EQ(client.Outcome(), row.outcome);
-            EXPECT_EQ(client.Status(), row.status);
-            EXPECT_EQ(client.Session.FirstArticle, row.first);
-            EXPECT_EQ(client.Session.LastArticle, row.last);
-            EXPECT_EQ(client.Session.CurrentArticle, row.current);
-            EXPECT_EQ(client.Session.RecvBuffer.Text(), row.buffer);
+            EXPECT_EQ(client.Session.RecvBuffer.Text(), "text");
             EXPECT_EQ(client.Session.CommandKind, logsIn ? AuthPass : kind);
         }
+    }
+}
+
+TEST(ReplyReceiverTest, Numbers)
+{
+    struct Row {
+        Command kind;
+        const char* reply;
+        std::int32_t first, last, current;
+        const char* buffer = "";
+    };
+    for (const Row& row : {
+             Row{Group, "S: 211 9 2 10 x", 2, 10, 5},
+             Row{Group, "S: 211 3 2147483647 2147483648 x", 2147483647, 12, 5},
+             Row{Group, "S: 211 3 12ab -7 x", 12, 0, 5},
+             Row{Group, "S: 211 3 7 9", 7, 0, 5},
+             Row{Group, "S: 211 3  7 9 x", 0, 7, 5},
+             Row{Group, "S: 211", 0, 0, 5},
+             Row{Next, "S: 223 7 <a@b>", 1, 12, 7},
+             Row{Next, "S: 223 x8 <a@b>", 1, 12, 0},
+             // Of a status line in pieces the first alone is judged, and all of them pass for text.
+             Row{Group, "S~ 211 3 7 9\nS: 1 x", 7, 0, 5, "211 3 7 91 x\r\n"},
+             Row{Group, "S~ 41\nS: 1 no", 1, 12, 5, "411 no\r\n"},
+         }) {
+        SCOPED_TRACE(row.reply);
+        ScriptedSession client(std::string("C: command\n") + row.reply + "\nX: pause in");
+        client.Judge(row.kind);
+        EXPECT_EQ(client.Session.ReplyState, Reply::Finished);
+        EXPECT_EQ(client.Session.FirstArticle, row.first);
+        EXPECT_EQ(client.Session.LastArticle, row.last);
+        EXPECT_EQ(client.Session.CurrentArticle, row.current);
+        EXPECT_EQ(client.Session.RecvBuffer.Text(), row.buffer);
     }
 }
 
@@ -117,25 +120,9 @@ TEST(ReplyReceiverTest, TerminatorsWhereverTheyLie)
 
 TEST(ReplyReceiverTest, NothingOvertakesWhatIsBeingLoggedOrHandedOver)
 {
-    ScriptedSession client(R"(
-        C: body 7
-        S: 222
-        S: one
-        X: packet
-        S: two
-        S: .
-        C: list
-        S: 215
-        S: a 1 1 y
-        S: .
-        X: packet
-        S: b 1 1 y
-        S: .
-        C: body 8
-        S: 502 no
-    )");
-    const auto letEventsThrough = [] { QTest::qWait(20); };
-    client.Session.DebugLog = [&](const std::string&) { letEventsThrough(); };
+    ScriptedSession client("C: body 7\nS: 222\nS: one\nX: packet\nS: two\nS: .\nC: list\nS: 215\nS: a 1 1 y\nS: .\n"
+                           "X: packet\nS: b 1 1 y\nS: .\nC: body 8\nS: 502 no\n");
+    client.Session.DebugLog = [](const std::string&) { QTest::qWait(20); };
     client.Session.DebugOn = true;
     std::vector<std::string> lists;
     client.Session.GroupListArrived = [&](const std::string& text) {
@@ -169,27 +156,21 @@ TEST(ReplyReceiverTest, AReplyThatIsTooLongEndsTheSession)
 TEST(ReplyReceiverTest, NoTextKeepsTheMemoryOfALargeOne)
 {
     constexpr std::size_t large = 8 << 20;
-    constexpr std::size_t small = 1 << 20;
     const std::string script = "C: body 7\nS: 222\nS: " + std::string(large, 'x') + "\nS: .\n";
-    for (const char* next : {"C: head 8\nS: 221\nS: a\nS: .", "C: head 8\nS: 221\nS: a header that needs room\nS: .",
-             "C: head 8\nX: pause stop"}) {
+    for (const char* next : {"C: head 8\nS: 221\nS: a header that needs room\nS: .", "C: head 8\nX: pause stop"}) {
         SCOPED_TRACE(next);
         ScriptedSession client(script + next);
         NewsSession& session = client.Session;
         ASSERT_TRUE(session.TcpConnect());
         EXPECT_EQ(session.CmdBody(7).size(), large);
         (void)session.CmdHead(8);
-        EXPECT_LT(session.LastBody.capacity() + session.ReplyText.capacity(), small);
-        EXPECT_EQ(client.Server.FirstProblem(), "");
+        EXPECT_LT(session.LastBody.capacity() + session.ReplyText.capacity(), large / 8);
     }
 }
 
 TEST(ReceiveBufferTest, GivesItsMemoryBack)
 {
-    const auto inUse = [] {
-        const auto memory = mallinfo2();
-        return memory.uordblks + memory.hblkhd;
-    };
+    const auto inUse = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
     const std::string text(10 << 20, 'x');
     for (const std::vector<std::size_t>& sizes :
         {std::vector<std::size_t>{text.size()}, {10, text.size()}, std::vector<std::size_t>(10, text.size() / 10)}) {
@@ -211,8 +192,7 @@ TEST(ReceiveBufferTest, GivesItsMemoryBack)
 TEST(ReceiveBufferTest, KeepsWhatHasNotBeenTaken)
 {
     std::mt19937 random(1);
-    const auto upTo
-        = [&random](std::size_t most) { return std::uniform_int_distribution<std::size_t>(0, most)(random); };
+    const auto upTo = [&random](std::size_t most) { return random() % (most + 1); };
     ReceiveBuffer buffer;
     std::string model;
     for (int step = 0; step < 5000; ++step) {

@@ -9,8 +9,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-// The real session behind the real main form, and a server that greets it and then plays a script. The script's pauses
-// act on the client just there:
+// The real session behind the real main form, and a server that greets it and then plays a script, to whose end it must
+// come. The script's pauses act on the client just there:
 //
 //   stop              cmdStop is pressed
 //   stop when gone    the same, once the client knows that the connection is no more
@@ -18,10 +18,17 @@
 //   time is up        the watchdog of the head command strikes
 struct ScriptedSession {
     explicit ScriptedSession(const std::string& script, const std::string& welcome = "S: 200 hello\n")
+        : hasScript(!(welcome + script).empty())
     {
         Server.OnPause = [this](const std::string& name) { Pause(name); };
-        QObject::connect(&stopTimer, &QTimer::timeout, &stopTimer, [this] { Stop(); });
-        MainForm.cmdStop.Click = [this] { Session.StopFlag = true; };
+        QObject::connect(&stopTimer, &QTimer::timeout, &stopTimer, [this] {
+            if (!onlyWhenGone || MainForm.TCP1.State() != SocketState::Connected)
+                MainForm.cmdStop.Click();
+        });
+        MainForm.cmdStop.Click = [this] {
+            stopTimer.stop();
+            Session.StopFlag = true;
+        };
         MainForm.cboNewsServer.AddItem("127.0.0.1");
         MainForm.cboNewsServer.SetListIndex(0);
         MainForm.txtPort.SetText(std::to_string(Server.Port()));
@@ -35,18 +42,19 @@ struct ScriptedSession {
         Server.Play(welcome + script);
     }
 
+    ~ScriptedSession()
+    {
+        EXPECT_EQ(hasScript ? Server.FirstProblem() : "", "");
+        EXPECT_FALSE(MainForm.Timer1.Enabled());
+    }
+
     // Runs the command of a script line ("stat 7"). Gives its text, or "true" or "false", with the number that stat has
     // found.
     std::string Run(const std::string& line)
     {
-        const auto flag = [](bool value) { return value ? "true" : "false"; };
         const std::string argument = line.substr(std::min(line.find(' ') + 1, line.size()));
         std::int32_t number = std::atoi(argument.c_str());
         Session.LastBody = "old\r\ntext";
-        if (line.starts_with("group"))
-            return flag(Session.CmdGroup(argument));
-        if (line.starts_with("next"))
-            return flag(Session.CmdNext());
         if (line.starts_with("head"))
             return Session.CmdHead(number);
         if (line.starts_with("body"))
@@ -55,8 +63,11 @@ struct ScriptedSession {
             Session.CmdList();
             return Session.LastBody;
         }
-        const std::string found = flag(Session.CmdStat(number));
-        return found + " " + std::to_string(number);
+        const bool isStat = line.starts_with("stat");
+        const bool result = isStat      ? Session.CmdStat(number)
+            : line.starts_with("group") ? Session.CmdGroup(argument)
+                                        : Session.CmdNext();
+        return (result ? "true" : "false") + (isStat ? " " + std::to_string(number) : "");
     }
 
     // Connects, sends a line as a command of that kind, and takes all that the server has for it.
@@ -77,11 +88,15 @@ struct ScriptedSession {
     std::string Outcome()
     {
         const SocketState state = MainForm.TCP1.State();
-        const bool open = state == SocketState::Connected;
-        return std::string(open                       ? "connected"
-                       : state == SocketState::Closed ? "closed"
-                                                      : "gone")
-            + (Session.StopFlag ? " stop" : "");
+        const std::string outcome = state == SocketState::Connected ? "connected"
+            : state == SocketState::Closed                          ? "closed"
+                                                                    : "gone";
+        return outcome + (Session.StopFlag ? " stop" : "");
+    }
+
+    void ExpectGone()
+    {
+        EXPECT_TRUE(Until([] { return Status() == "Status: Disconnected"; }));
     }
 
     TestDesktop Desktop;
@@ -98,19 +113,11 @@ private:
         else if (name == "pieces" || name == "whole")
             Server.SetPieceSize(name == "pieces" ? PieceSize : 0);
         else if (name.starts_with("stop"))
-            // Some passes later, so that a wait that ends by itself is found out.
-            stopTimer.start(5);
+            stopTimer.start(5); // some passes later, so that a wait that ends by itself is found out
         onlyWhenGone = name == "stop when gone";
     }
 
-    void Stop()
-    {
-        if (onlyWhenGone && MainForm.TCP1.State() == SocketState::Connected)
-            return;
-        stopTimer.stop();
-        MainForm.cmdStop.Click();
-    }
-
+    const bool hasScript;
     bool onlyWhenGone = false;
     QTimer stopTimer;
 };

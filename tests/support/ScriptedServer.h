@@ -3,14 +3,12 @@
 #include <QTcpServer>
 #include <QTimer>
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 class QTcpSocket;
 
@@ -21,16 +19,14 @@ class QTcpSocket;
 //   S: 211 42 7001 7055 alt.kites         the server sends this line; CR LF is added
 //   S~ 211 42 70                          the server sends this text with nothing added, in a packet of its own
 //   X: packet                             what is sent next does not share a packet with what was sent before
-//   X: pause NAME                         the test is told, and does something just here
+//   X: pause NAME                         OnPause is called with that name, and may do something just here
 //   X: close                              the server hangs up
-//   X: reset                              the server breaks the connection off
-//   X: stall                              nothing more is said, and whatever comes is taken, until the client closes
 //   X: wait-close                         the client is to close the connection, without another line
 //   X: connect                            the client is to connect once more
 //
-// "C~" and "S~" read \r \n \\ \s (a blank) and \xHH. Blanks before a step, empty lines and lines that begin with "#"
-// are skipped. `S:` lines that follow each other are one packet. A client that leaves the script gets a 503 reply with
-// the reason and is cut off, so that it does not wait for ever; the test finds the reason in FirstProblem().
+// "C~" and "S~" read \r \n \s (a blank) and \xHH. Blanks before a step and empty lines are skipped. `S:` lines that
+// follow each other are one packet. A client that leaves the script gets a 503 reply with the reason and is cut off, so
+// that it does not wait for ever; the test finds the reason in FirstProblem().
 class ScriptedServer {
 public:
     explicit ScriptedServer(std::string_view script = {});
@@ -49,14 +45,8 @@ public:
     // before and has come back to its event loop, so that the client sees each by itself.
     void SetPieceSize(std::size_t bytes) { pieceSize = bytes; }
 
-    // How long a connection may do nothing at all before the client is taken for hung.
-    void SetPatience(std::chrono::milliseconds duration) { patience.setInterval(duration); }
-
-    // Called at "X: pause NAME", when the client has taken everything that was sent before. The script goes on when the
-    // call returns. Without a handler it goes on at Continue().
-    std::function<void(const std::string& name)> OnPause;
-    bool IsPaused() const { return paused; }
-    void Continue();
+    // Called when the client has taken everything that was sent before. The script goes on when the call returns.
+    std::function<void(const std::string& name)> OnPause = [](const std::string&) {};
 
     // Connecting is refused from now on; the connection that is open stays.
     void StopListening() { listener.close(); }
@@ -64,29 +54,25 @@ public:
     // True when the whole script has been played and nothing else has happened.
     bool Finished() const { return FirstProblem().empty(); }
 
-    // What went against the script first, with the script's line, or what it still waits for; empty when Finished().
+    // What went against the script first, with the step, or what it still waits for; empty when Finished().
     std::string FirstProblem() const;
-
-    // The lines that the client has sent, without their ends.
-    const std::vector<std::string>& Received() const { return received; }
 
 private:
     struct Step {
         std::string mark; // "C:", "S:", "S~", or what "X:" does
-        std::string text; // the client's line, the bytes to send, or a pause's name
-        std::string source; // "script line 7 (C: next)", for reports
+        std::string text; // the client's line, the bytes that are still to be sent, or a pause's name
     };
 
     void Advance();
-    bool PlayStep(const Step& step);
+    bool PlayStep(Step& step);
     bool TakeConnection();
-    bool TakeLine(const Step& step);
-    void SendNextPiece();
-    void HangUp(bool reset);
-    void ReadInput();
-    bool ClientHasRead() const;
+    bool TakeLine(const std::string& expected);
+    bool SendPiece(std::string& text);
     bool ClientIsAtRest();
+    void HangUp();
+    void ReadInput();
     void Fail(const std::string& what);
+    std::string StepInHand() const;
 
     QTcpServer listener;
     QTcpSocket* connection = nullptr;
@@ -95,14 +81,10 @@ private:
 
     std::deque<Step> steps; // a pause's handler may put more behind while one is in hand
     std::size_t next = 0; // the step in hand
-    std::deque<std::string> packets; // still to be sent
     std::size_t pieceSize = 0;
-    std::uint64_t sent = 0; // bytes, on this connection
-    int client = -1; // the other end of the connection, in this process
     int passesAtRest = 0;
     bool paused = false;
     std::string input;
-    std::vector<std::string> received;
     std::string problem;
 };
 

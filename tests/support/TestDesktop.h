@@ -34,11 +34,45 @@ public:
     std::function<void()> atEndProgram;
 
     MessageAnswer MsgBox(
-        std::string_view text, std::string_view title, MessageButtons buttons = MessageButtons::Ok) override;
-    void Sleep(std::chrono::milliseconds duration) override;
-    bool ShellOpen(const std::string& address) override;
-    void EndProgram() override;
+        std::string_view text, std::string_view title, MessageButtons buttons = MessageButtons::Ok) override
+    {
+        boxes.push_back({std::string(text), std::string(title), buttons});
+        if (whileBoxIsUp)
+            whileBoxIsUp(Box(boxes.back()));
+        MessageAnswer answer = buttons == MessageButtons::YesNo ? MessageAnswer::Yes : MessageAnswer::Ok;
+        if (!answers.empty()) {
+            answer = answers.front();
+            answers.pop_front();
+        }
+        return answer;
+    }
+
+    void Sleep(std::chrono::milliseconds duration) override
+    {
+        sleeps.push_back(duration);
+        if (whileAsleep)
+            whileAsleep(duration);
+    }
+
+    bool ShellOpen(const std::string& address) override
+    {
+        opened.push_back(address);
+        return hasOpener;
+    }
+
+    void EndProgram() override
+    {
+        ++programEnds;
+        if (atEndProgram)
+            atEndProgram();
+    }
 
     // The titles of the boxes so far, for a comparison in one line.
-    std::vector<std::string> BoxTitles() const;
+    std::vector<std::string> BoxTitles() const
+    {
+        std::vector<std::string> titles;
+        for (const Box& box : boxes)
+            titles.push_back(box.title);
+        return titles;
+    }
 };

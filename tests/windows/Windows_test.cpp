@@ -18,9 +18,9 @@ namespace {
 
 std::string Text(const QRect& place)
 {
-    std::ostringstream text;
-    text << place.width() << 'x' << place.height() << " at " << place.x() << ',' << place.y();
-    return text.str();
+    QString text;
+    QDebug(&text) << place;
+    return text.toStdString();
 }
 
 // The four numbers behind these labels, in their order.
@@ -144,10 +144,8 @@ public:
     void ExpectAt(const std::string& window, const QRect& place) const
     {
         const auto isThere = [&](const QRect& now) {
-            const QMargins off(now.left() - place.left(), now.top() - place.top(), now.right() - place.right(),
-                now.bottom() - place.bottom());
-            return std::max({std::abs(off.left()), std::abs(off.top()), std::abs(off.right()), std::abs(off.bottom())})
-                <= 2;
+            return (now.topLeft() - place.topLeft()).manhattanLength() <= 2
+                && (now.bottomRight() - place.bottomRight()).manhattanLength() <= 2;
         };
         EXPECT_TRUE(Until([&] { return isThere(Place(window)); }, std::chrono::seconds(3)) && isThere(Settled(window)))
             << Text(Place(window)) << " and not " << Text(place);
@@ -162,22 +160,15 @@ public:
 
     QRect Move(const std::string& window, const QRect& to) const
     {
-        std::ostringstream place;
-        place << "0," << to.x() << ',' << to.y() << ',' << to.width() << ',' << to.height();
-        Run("wmctrl -ir " + window + " -e " + place.str());
+        const auto place = QStringLiteral("0,%1,%2,%3,%4").arg(to.x()).arg(to.y()).arg(to.width()).arg(to.height());
+        Run("wmctrl -ir " + window + " -e " + place.toStdString());
         return Settled(window);
     }
 
-    void Maximise(const std::string& window) const
+    void SetMaximised(const std::string& window, bool maximised) const
     {
-        Run("wmctrl -ir " + window + " -b add,maximized_vert,maximized_horz");
-        EXPECT_TRUE(Until([&] { return Place(window).width() == room.width(); }));
-    }
-
-    void Restore(const std::string& window) const
-    {
-        Run("wmctrl -ir " + window + " -b remove,maximized_vert,maximized_horz");
-        EXPECT_TRUE(Until([&] { return Place(window).width() < room.width(); }));
+        Run("wmctrl -ir " + window + (maximised ? " -b add" : " -b remove") + ",maximized_vert,maximized_horz");
+        EXPECT_TRUE(Until([&] { return (Place(window).width() == room.width()) == maximised; }));
     }
 
     void Minimise(const std::string& window) const { Run("xdotool windowminimize --sync " + window); }
@@ -198,10 +189,9 @@ public:
     // So far from the corner of what is within the frame, as parts of the window's width.
     void Click(const std::string& window, QPointF place, const std::string& how = "click 1") const
     {
-        const QPoint pixels = (place * Client(window).width()).toPoint();
+        const QPoint at = (place * Client(window).width()).toPoint();
         Do(window,
-            "mousemove --window " + window + ' ' + std::to_string(pixels.x()) + ' ' + std::to_string(pixels.y()) + ' '
-                + how);
+            "mousemove --window " + window + ' ' + std::to_string(at.x()) + ' ' + std::to_string(at.y()) + ' ' + how);
     }
 
     // Where it lies on the main window, another one in this process tells.
@@ -295,11 +285,11 @@ TEST(Windows, ComeBackWhereTheyWere)
             screen.ExpectAt(window, place);
             if (to.width() > 0) {
                 for (int time = 0; time < 3; ++time) {
-                    screen.Maximise(window);
-                    screen.Restore(window);
+                    screen.SetMaximised(window, true);
+                    screen.SetMaximised(window, false);
                     screen.ExpectAt(window, place);
                 }
-                screen.Maximise(window);
+                screen.SetMaximised(window, true);
                 screen.Close(window);
                 window = open(screen);
                 screen.ExpectAt(window, place);
@@ -323,12 +313,8 @@ TEST(Windows, ComeBackWhereTheyWere)
         screen.Do(screen.Opened("The Tamarack"), "key Return");
         const std::string main = screen.Opened("Tamarack -- ");
         for (const auto& [what, open, to, isKept] : windows) {
-            if (!isKept)
-                continue;
-            SCOPED_TRACE(what);
-            const std::string window = open(screen);
-            screen.ExpectAt(window, places[what]);
-            screen.Close(window);
+            if (isKept)
+                screen.ExpectAt(open(screen), places[what]);
         }
 
         // Dialogs over the main window, and as near to it as the screen lets them.
