@@ -5,80 +5,18 @@
 #include <libdeflate.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <fcntl.h>
-#include <limits>
+#include <iterator>
 #include <memory>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <thread>
 #include <utility>
 
-// The folder, its lock, and in it two files for each set: "0123456789abcdef-0.data" and "0123456789abcdef-0.journal".
-// The digits are made from name and size of the attachment, so that a part finds its sets by opening few files, however
-// many there are. The data come before the record that tells of them, and the journal before the name is given: a kill
-// at any moment leaves a set that has the part, or has not. Whether the disk has kept all of it when the power went
-// shows when the whole is read once more, at the end.
+// The data come before the record that tells of them, and the journal stays until the name is given: a kill at any
+// moment leaves a set that has the part, or has not. Whether the disk has kept all of it when the power went shows when
+// the whole is read once more, at the end.
 
 namespace {
 
-constexpr std::string_view folderName = ".tamarack-parts";
-constexpr std::string_view lockName = "lock";
-constexpr std::string_view scratchName = "scratch";
-constexpr std::string_view journalEnding = ".journal";
-constexpr std::string_view dataEnding = ".data";
-constexpr std::size_t keyDigits = 16;
-constexpr std::size_t setNameSize = keyDigits + 2;
-
 constexpr std::size_t blockSize = 256 * 1024;
-
-// Another program has the folder while a part is decoded, or a whole attachment is read. One that has stopped there
-// must not stop this one.
-constexpr auto longestWaitForLock = std::chrono::seconds(10);
-constexpr auto pauseBetweenTries = std::chrono::milliseconds(5);
-
-constexpr std::time_t countingLasts = 24 * 60 * 60; // in seconds
-
-// By 64-bit FNV-1a. Two attachments of one number are told apart by what stands in the journal.
-std::string KeyOf(std::string_view name, std::uint64_t size)
-{
-    std::uint64_t hash = 0xcbf29ce484222325;
-    const auto take = [&hash](unsigned char byte) { hash = (hash ^ byte) * 0x100000001b3; };
-    for (const char byte : name)
-        take(static_cast<unsigned char>(byte));
-    for (int byte = 0; byte < 8; ++byte)
-        take(static_cast<unsigned char>(size >> 8 * byte));
-    char digits[keyDigits + 1];
-    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
-    return std::string(digits) + "-";
-}
-
-bool IsSetName(std::string_view name)
-{
-    return name.size() == setNameSize && name.find_first_not_of("0123456789abcdef") == keyDigits
-        && name[keyDigits] == '-' && name.back() >= '0' && name.back() < '0' + mostSetsOfOneName;
-}
-
-std::string FileOf(std::string_view path, std::string_view ending) { return std::string(path).append(ending); }
-
-// None for a link, a directory or a pipe, and for a file that has another name too: what is done to it would be done
-// outside of the folder.
-Descriptor OpenPlain(const std::string& path, int access)
-{
-    Descriptor file(open(path.c_str(), access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    struct stat status = {};
-    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_nlink > 1)
-        return {};
-    return file;
-}
-
-// In place of what may be there. None if that is a directory.
-Descriptor MakeAnew(const std::string& path)
-{
-    (void)DeleteFile(path);
-    return Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-}
 
 [[nodiscard]] bool WriteAt(const Descriptor& file, std::string_view bytes, std::uint64_t offset)
 {
@@ -124,172 +62,7 @@ std::uint32_t Checksum(std::uint32_t before, std::string_view bytes)
     return static_cast<std::uint32_t>(libdeflate_crc32(before, bytes.data(), bytes.size()));
 }
 
-// Nothing for what is no set.
-std::optional<SetJournal> ReadJournal(const std::string& path)
-{
-    const Descriptor file = OpenPlain(FileOf(path, journalEnding), O_RDONLY);
-    struct stat status = {};
-    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !OpenPlain(FileOf(path, dataEnding), O_RDONLY).IsOpen())
-        return std::nullopt;
-    std::string bytes(std::min(static_cast<std::size_t>(status.st_size), SetJournal::longest), '\0');
-    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(file.Read(bytes.data(), bytes.size()), 0)));
-    return SetJournal::Read(bytes);
 }
-
-// 0 if there is no journal.
-std::time_t LastAddition(const std::string& path)
-{
-    struct stat status = {};
-    return lstat(FileOf(path, journalEnding).c_str(), &status) == 0 ? status.st_mtime : 0;
-}
-
-}
-
-// The folder.
-
-bool AttachmentSets::Enter(const std::string& destination, Missing missing)
-{
-    const std::string directory = FileOf(destination, folderName);
-    const auto deadline = std::chrono::steady_clock::now() + longestWaitForLock;
-    for (; std::chrono::steady_clock::now() < deadline; std::this_thread::sleep_for(pauseBetweenTries)) {
-        const bool isNew = missing == Missing::Make && !MakeDirectory(directory);
-        struct stat status = {};
-        // A link would lead out of the destination.
-        if (lstat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
-            return false;
-        if (isNew || folder != directory + "/")
-            ForgetCounted(directory + "/");
-        const std::string lockPath = FileOf(folder, lockName);
-        lock = Descriptor(open(lockPath.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
-        if (!lock.IsOpen()) {
-            // The folder may have gone with its last set; or something else stands there.
-            if (errno != ENOENT && DeleteFile(lockPath))
-                return false;
-            continue;
-        }
-        mayRemove = flock(lock.Number(), LOCK_EX | LOCK_NB) == 0;
-        // On a disk that knows no locks nobody gets one, and nobody removes what another one may have in hand.
-        if ((!mayRemove && errno != EWOULDBLOCK) || (mayRemove && HasName(lock, lockPath))) {
-            if (countedAt == 0 || std::time(nullptr) - countedAt > countingLasts)
-                Count();
-            return true;
-        }
-    }
-    lock = Descriptor();
-    return false;
-}
-
-// The folder goes with its last set.
-void AttachmentSets::Leave()
-{
-    if (lock.IsOpen() && counted.empty()) {
-        (void)DeleteFile(FileOf(folder, lockName));
-        (void)rmdir(folder.c_str()); // unless somebody else has put something there
-    }
-    lock = Descriptor();
-}
-
-void AttachmentSets::ForgetCounted(const std::string& newFolder)
-{
-    folder = newFolder;
-    countedAt = 0;
-    counted.clear();
-    whole.clear();
-    waiting = {};
-    bytesOnDisk = 0;
-}
-
-void AttachmentSets::Count()
-{
-    ForgetCounted(folder);
-    countedAt = std::time(nullptr);
-    if (mayRemove)
-        (void)DeleteFile(FileOf(folder, ".replacement.new")); // of a journal
-    for (const std::string& file : NamesIn(folder, EntryKind::File).value_or(std::vector<std::string>())) {
-        if (!IsSetName(std::string_view(file).substr(0, setNameSize)))
-            continue;
-        const std::string path = folder + file.substr(0, setNameSize);
-        if (counted.contains(path))
-            continue;
-        const auto journal = ReadJournal(path);
-        if (journal && countedAt - LastAddition(path) <= longestWaitOfSets) {
-            NoteSet({path, *journal});
-            if (journal->IsWhole())
-                whole.push_back(path);
-        } else if (mayRemove) {
-            Remove(path);
-        }
-    }
-}
-
-void AttachmentSets::NoteSet(const Set& set)
-{
-    struct stat data = {};
-    if (lstat(FileOf(set.path, dataEnding).c_str(), &data) != 0)
-        return;
-    Uncount(set.path);
-    const Counted now{set.journal.Parts().size(), set.journal.Articles(),
-        static_cast<std::uint64_t>(data.st_blocks) * 512, LastAddition(set.path)};
-    counted[set.path] = now;
-    ++waiting.attachments;
-    waiting.missing += now.articles - now.parts;
-    waiting.articles += now.articles;
-    bytesOnDisk += now.bytes;
-}
-
-void AttachmentSets::Uncount(const std::string& path)
-{
-    const auto found = counted.find(path);
-    if (found == counted.end())
-        return;
-    const Counted& old = found->second;
-    --waiting.attachments;
-    waiting.missing -= old.articles - old.parts;
-    waiting.articles -= old.articles;
-    bytesOnDisk -= old.bytes;
-    counted.erase(found);
-}
-
-void AttachmentSets::Remove(const std::string& path)
-{
-    (void)DeleteFile(FileOf(path, dataEnding));
-    (void)DeleteFile(FileOf(path, journalEnding));
-    Uncount(path);
-}
-
-// Removes the oldest sets, but none of the name in hand, until there is room for so many bytes. False if there is none.
-bool AttachmentSets::MakeRoom(std::uint64_t size)
-{
-    std::size_t most = mostSets;
-    const auto hasRoom = [&] { return counted.size() < most && bytesOnDisk + size <= mostBytesOfSets; };
-    if (hasRoom())
-        return true;
-    Count();
-    if (hasRoom() || !mayRemove)
-        return hasRoom();
-    most -= most / 16; // so that the next ones find room
-    std::vector<std::pair<std::time_t, std::string>> oldest;
-    for (const auto& [path, set] : counted) {
-        if (!path.starts_with(key))
-            oldest.emplace_back(set.added, path);
-    }
-    std::sort(oldest.begin(), oldest.end());
-    for (auto next = oldest.begin(); next != oldest.end() && !hasRoom(); ++next)
-        Remove(next->second);
-    return hasRoom();
-}
-
-WaitingSets AttachmentSets::Waiting(const std::string& destination)
-{
-    const std::string directory = FileOf(destination, folderName);
-    if (folder != directory + "/" || !DirExists(directory))
-        ForgetCounted(directory + "/");
-    if (countedAt == 0 && DirExists(directory) && Enter(destination, Missing::Leave))
-        Leave();
-    return waiting;
-}
-
-// The part.
 
 void AttachmentSets::Open(const std::string& destination, std::string_view newName, const PartPlace& newPlace)
 {
@@ -300,11 +73,11 @@ void AttachmentSets::Open(const std::string& destination, std::string_view newNa
     if (place.wholeSize > largestSpreadAttachment || place.total > mostParts || name.size() > longestSpreadName)
         return;
     refusal = Outcome::NotWritten;
-    if (!Enter(destination, Missing::Make))
+    if (!folder.Enter(destination, SetFolder::Missing::Make))
         return;
-    key = folder + KeyOf(name, place.wholeSize);
-    sets = SetsOfKey();
-    if (!MakeRoom(place.size)) {
+    key = folder.KeyOf(name, place.wholeSize);
+    sets = folder.SetsOf(name, place.wholeSize);
+    if (!folder.MakeRoom(place.size, key)) {
         refusal = Outcome::Damaged;
         return;
     }
@@ -312,7 +85,7 @@ void AttachmentSets::Open(const std::string& destination, std::string_view newNa
     const ReceivedPart part = PartInHand();
     targetIsNew = sets.empty();
     if (targetIsNew)
-        targetPath = NewPath();
+        targetPath = folder.NewPath(key);
     else if (sets.size() == 1 && sets.front().journal.Admits(part) && sets.front().journal.IsFree(part))
         targetPath = sets.front().path;
     if (!targetIsNew || !targetPath.empty())
@@ -325,51 +98,14 @@ ReceivedPart AttachmentSets::PartInHand(const PartEnd& end) const
         end.isProven};
 }
 
-std::vector<AttachmentSets::Set> AttachmentSets::SetsOfKey() const
-{
-    std::vector<Set> found;
-    for (int number = 0; number < mostSetsOfOneName; ++number) {
-        const std::string path = key + std::to_string(number);
-        auto journal = ReadJournal(path);
-        if (journal && journal->Name() == name && journal->Size() == place.wholeSize)
-            found.push_back({path, std::move(*journal)});
-    }
-    return found;
-}
-
-// Where a new set of the key can lie: in place of what is none, or of the oldest. "" if directories stand everywhere.
-std::string AttachmentSets::NewPath()
-{
-    std::string oldest;
-    std::time_t oldestAddition = std::numeric_limits<std::time_t>::max();
-    for (int number = 0; number < mostSetsOfOneName; ++number) {
-        std::string path = key + std::to_string(number);
-        if (!ReadJournal(path)) {
-            Remove(path);
-            struct stat status = {};
-            if (lstat(FileOf(path, dataEnding).c_str(), &status) != 0
-                && lstat(FileOf(path, journalEnding).c_str(), &status) != 0)
-                return path;
-        } else if (LastAddition(path) < oldestAddition) {
-            oldestAddition = LastAddition(path);
-            oldest = std::move(path);
-        }
-    }
-    if (!oldest.empty())
-        Remove(oldest);
-    return oldest;
-}
-
 // The file is made with the first bytes and not before, so that a body full of broken parts costs nothing.
 bool AttachmentSets::OpenTarget()
 {
     if (targetPath.empty()) {
-        const std::string path = FileOf(folder, scratchName);
-        target = MakeAnew(path);
-        (void)DeleteFile(path); // it goes when it is closed
+        target = folder.MakeScratch();
     } else {
-        const std::string path = FileOf(targetPath, dataEnding);
-        target = targetIsNew ? MakeAnew(path) : OpenPlain(path, O_RDWR);
+        const std::string path = SetFolder::DataOf(targetPath);
+        target = targetIsNew ? SetFolder::MakeAnew(path) : SetFolder::Open(path, O_RDWR);
     }
     return target.IsOpen();
 }
@@ -388,17 +124,17 @@ void AttachmentSets::Write(std::string_view bytes)
 void AttachmentSets::Drop()
 {
     if (target.IsOpen() && targetIsNew) {
-        (void)DeleteFile(FileOf(targetPath, dataEnding));
+        (void)DeleteFile(SetFolder::DataOf(targetPath));
     } else if (target.IsOpen() && !targetPath.empty()) {
         Punch(target, place.begin, place.size);
-        NoteSet(sets.front());
+        folder.Note(sets.front());
     }
     target = Descriptor();
     targetPath.clear();
     targetIsNew = false;
     sets.clear();
     written = 0;
-    Leave();
+    folder.Leave();
 }
 
 Outcome AttachmentSets::Keep(const PartEnd& end, const GiveName& giveName)
@@ -418,10 +154,10 @@ Outcome AttachmentSets::Keep(const PartEnd& end, const GiveName& giveName)
 // Finds the set of a sound part and adds it there. `path` becomes that of the set which now has it.
 Outcome AttachmentSets::Take(const ReceivedPart& part, std::string& path)
 {
-    Set* certain = nullptr; // the attachment's check sum will tell
-    Set* there = nullptr;
-    std::vector<Set*> possible;
-    for (Set& set : sets) {
+    KeptSet* certain = nullptr; // the attachment's check sum will tell
+    KeptSet* there = nullptr;
+    std::vector<KeptSet*> possible;
+    for (KeptSet& set : sets) {
         if (!set.journal.Admits(part))
             continue;
         if (set.journal.Holds(part))
@@ -438,12 +174,12 @@ Outcome AttachmentSets::Take(const ReceivedPart& part, std::string& path)
     }
     if (possible.size() > 1 && !part.wholeChecksum)
         return Outcome::Part; // to put it into the wrong one would make a wrong file
-    Set* set = possible.size() == 1 ? possible.front() : certain;
+    KeptSet* set = possible.size() == 1 ? possible.front() : certain;
     if (set != nullptr && set->journal.Parts().size() >= mostParts)
         return Outcome::Damaged;
 
     const bool isNew = set == nullptr;
-    Set made{isNew && !targetIsNew ? NewPath() : targetPath, SetJournal(name, place.wholeSize)};
+    KeptSet made{isNew && !targetIsNew ? folder.NewPath(key) : targetPath, SetJournal(name, place.wholeSize)};
     if (isNew)
         set = &made;
     const bool liesThere = set->path == targetPath;
@@ -451,15 +187,15 @@ Outcome AttachmentSets::Take(const ReceivedPart& part, std::string& path)
         return Outcome::NotWritten;
     if (liesThere)
         target = Descriptor();
-    NoteSet(*set);
+    folder.Note(*set);
     path = set->path;
     return Outcome::Part;
 }
 
 bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
 {
-    const std::string file = FileOf(path, dataEnding);
-    const Descriptor data = isNew ? MakeAnew(file) : OpenPlain(file, O_RDWR);
+    const std::string file = SetFolder::DataOf(path);
+    const Descriptor data = isNew ? SetFolder::MakeAnew(file) : SetFolder::Open(file, O_RDWR);
     std::uint64_t at = place.begin;
     const bool copied = data.IsOpen() && ReadFrom(target, TargetBegin(), place.size, [&](std::string_view bytes) {
         const bool wrote = WriteAt(data, bytes, at);
@@ -473,20 +209,20 @@ bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
     return copied;
 }
 
-bool AttachmentSets::AddToJournal(Set& set, const ReceivedPart& part, bool isNew) const
+bool AttachmentSets::AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew) const
 {
-    const std::string path = FileOf(set.path, journalEnding);
+    const std::string path = SetFolder::JournalOf(set.path);
     const std::size_t end = set.journal.Length();
     set.journal.Add(part);
     if (isNew) {
-        Descriptor file = MakeAnew(path);
+        Descriptor file = SetFolder::MakeAnew(path);
         if (file.IsOpen() && !file.Write(set.journal.Bytes()) && !file.Close())
             return true;
         (void)DeleteFile(path);
-        (void)DeleteFile(FileOf(set.path, dataEnding));
+        (void)DeleteFile(SetFolder::DataOf(set.path));
         return false;
     }
-    Descriptor file = OpenPlain(path, O_WRONLY);
+    Descriptor file = SetFolder::Open(path, O_WRONLY);
     // Behind the last whole record there may be one whose writing broke off.
     if (!file.IsOpen() || ftruncate(file.Number(), static_cast<off_t>(end)) != 0)
         return false;
@@ -501,9 +237,9 @@ bool AttachmentSets::AddToJournal(Set& set, const ReceivedPart& part, bool isNew
 // Reads the attachment once more and gives it its name. Part if it is not whole.
 Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName)
 {
-    auto journal = ReadJournal(path);
-    const std::string dataPath = FileOf(path, dataEnding);
-    Descriptor data = OpenPlain(dataPath, O_RDWR);
+    auto journal = SetFolder::Read(path);
+    const std::string dataPath = SetFolder::DataOf(path);
+    Descriptor data = SetFolder::Open(dataPath, O_RDWR);
     if (!journal || !journal->IsWhole() || !data.IsOpen())
         return Outcome::Part;
     std::uint32_t wholeChecksum = 0;
@@ -534,27 +270,27 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
     UnnamedFile file(dataPath, std::move(data));
     if (!giveName(journal->Name(), file))
         return Outcome::NotWritten;
-    Remove(path);
+    folder.Remove(path);
     return Outcome::Stored;
 }
 
-void AttachmentSets::ForgetParts(Set set, const Descriptor& data, const std::vector<ReceivedPart>& parts)
+void AttachmentSets::ForgetParts(KeptSet set, const Descriptor& data, const std::vector<ReceivedPart>& parts)
 {
     for (const ReceivedPart& part : parts) {
         set.journal.Forget(part);
         Punch(data, part.begin, part.size);
     }
-    if (set.journal.Parts().empty() || ReplaceFile(FileOf(set.path, journalEnding), {set.journal.Bytes()}))
-        Remove(set.path); // without its journal it is of no use
+    if (set.journal.Parts().empty() || ReplaceFile(SetFolder::JournalOf(set.path), {set.journal.Bytes()}))
+        folder.Remove(set.path); // without its journal it is of no use
     else
-        NoteSet(set);
+        folder.Note(set);
 }
 
 void AttachmentSets::FinishWhole(const std::string& destination, const GiveName& giveName)
 {
-    if (whole.empty() || !Enter(destination, Missing::Leave))
+    if (!folder.HasWhole(destination) || !folder.Enter(destination, SetFolder::Missing::Leave))
         return;
-    for (const std::string& path : std::exchange(whole, {}))
+    for (const std::string& path : folder.TakeWhole())
         (void)Finish(path, giveName); // what is not finished now is met again
-    Leave();
+    folder.Leave();
 }

@@ -351,8 +351,6 @@ TEST_F(AttachmentSetsTest, SetsAreBounded)
             std::string(1, byte), "t" + std::to_string(number), {.part = 2, .total = 2, .partFirst = 1, .whole = "ab"});
     };
     // Of one name: the oldest goes first.
-    for (char byte = 'b'; byte < 'm'; ++byte)
-        EXPECT_EQ(Decode(With(tiny(1, byte), " crc32=", std::string(" crc32=") + byte)), byte > 'f' ? -2 : -1);
     for (char byte = 'A'; byte < 'M'; ++byte) {
         std::string body = tiny(1, byte);
         EXPECT_EQ(Decode(body.substr(0, body.find(" crc32=")) + "\r\n"), -1);
