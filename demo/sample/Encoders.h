@@ -33,6 +33,10 @@ struct YencDialect {
 };
 std::string Yencode(std::string_view bytes, std::string_view name, const YencDialect& dialect = {});
 
+// An attachment that goes over so many articles, in their order. With `total` 0 none of them tells how many there are.
+std::vector<std::string> YencodeParts(
+    std::string_view bytes, std::string_view name, std::size_t count, YencDialect dialect = {.total = 1});
+
 // The characters alone, in lines of `lineLength`, each with its end.
 std::string Base64Lines(std::string_view bytes, std::size_t lineLength = 76);
 

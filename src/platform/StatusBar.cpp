@@ -17,10 +17,11 @@ public:
     Field(QWidget* row, const StatusPanelDesign& design)
         : QLabel(row)
         , takesRest(design.takesRest)
+        , designedToolTip(ToDisplay(design.toolTip))
         , longest{ToDisplay(design.longest)}
     {
         setText(ToDisplay(design.text));
-        setToolTip(ToDisplay(design.toolTip));
+        setToolTip(designedToolTip);
         setTextFormat(Qt::PlainText);
         setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
         setIndent(2);
@@ -67,6 +68,7 @@ public:
     }
 
     const bool takesRest;
+    const QString designedToolTip;
 
 private:
     QString Clock(const QDateTime& when) const
@@ -147,6 +149,11 @@ StatusPanel::StatusPanel(Field* newField)
 }
 
 void StatusPanel::SetText(std::string_view text) { field->Show(ToShow(text)); }
+
+void StatusPanel::SetToolTip(std::string_view text)
+{
+    field->setToolTip(text.empty() ? field->designedToolTip : ToShow(text));
+}
 
 void StatusPanel::SetStyle(PanelStyle style)
 {

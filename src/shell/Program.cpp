@@ -40,7 +40,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& newPlaces)
     slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
     MainForm.mnuAbout.Click = [this] { mnuAbout_Click(MainForm); };
-    MainForm.cmdSelectDir.Click = [this] { cmdSelectDir_Click(MainForm, desktop); };
+    MainForm.cmdSelectDir.Click = [this] { cmdSelectDir_Click(); };
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
 }
 
@@ -82,6 +82,7 @@ void Program::Form_Load()
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
     mainSettings.Restore();
+    saving.ShowWaiting();
     isUp = true;
     MainForm.SetVisible(true);
 }
@@ -136,4 +137,10 @@ void Program::GiveUp()
 {
     help.HelpQuit();
     desktop.EndProgram();
+}
+
+void Program::cmdSelectDir_Click()
+{
+    ::cmdSelectDir_Click(MainForm, desktop);
+    saving.ShowWaiting();
 }

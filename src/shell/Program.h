@@ -33,6 +33,7 @@ private:
     void Form_Unload();
     void GiveUp();
     void Timer2_Timer();
+    void cmdSelectDir_Click();
 
     Desktop& desktop;
     const ProgramPlaces places;

@@ -19,22 +19,14 @@ namespace fs = std::filesystem;
 
 const std::string setFolder = ".tamarack-parts/";
 
-// The bodies that bring an attachment in so many parts.
-std::vector<std::string> Spread(
-    std::string_view bytes, std::size_t count, const std::string& name = "a.bin", YencDialect dialect = {})
+std::vector<std::string> Spread(std::string_view bytes, std::size_t count, const std::string& name = "a.bin",
+    const YencDialect& dialect = {.total = 1})
 {
-    std::vector<std::string> bodies;
-    const std::size_t size = (bytes.size() + count - 1) / count;
-    dialect.whole = bytes;
-    dialect.total = dialect.total == 0 ? count : dialect.total % 1000;
-    for (dialect.part = 1; dialect.part <= count; ++dialect.part) {
-        dialect.partFirst = (dialect.part - 1) * size;
-        bodies.push_back(DotStuff(Yencode(bytes.substr(dialect.partFirst, size), name, dialect)));
-    }
+    std::vector<std::string> bodies = YencodeParts(bytes, name, count, dialect);
+    for (std::string& body : bodies)
+        body = DotStuff(body);
     return bodies;
 }
-
-constexpr std::size_t untoldTotal = 1000;
 
 std::string With(std::string text, std::string_view old, std::string_view now)
 {
@@ -77,13 +69,13 @@ TEST_F(AttachmentSetsTest, ThePartThatComesLastCompletesIt)
     struct Row {
         const char* what;
         std::vector<std::size_t> order;
-        YencDialect dialect = {};
+        YencDialect dialect = {.total = 1};
     };
     for (const Row& row :
         {Row{"in their order", {0, 1, 2, 3}}, Row{"backwards", {3, 2, 1, 0}}, Row{"the last one first", {3, 0, 2, 1}},
-            Row{"doubled", {0, 0, 2, 2, 0, 1, 2, 3}}, Row{"no total", {2, 0, 3, 1}, {.total = untoldTotal}},
-            Row{"no check sums", {1, 0, 2, 3}, {.checksums = false}},
-            Row{"neither", {1, 2, 0, 3}, {.checksums = false, .total = untoldTotal}}}) {
+            Row{"doubled", {0, 0, 2, 2, 0, 1, 2, 3}}, Row{"no total", {2, 0, 3, 1}, {.total = 0}},
+            Row{"no check sums", {1, 0, 2, 3}, {.checksums = false, .total = 1}},
+            Row{"neither", {1, 2, 0, 3}, {.checksums = false, .total = 0}}}) {
         for (const bool restarts : {false, true}) {
             SCOPED_TRACE(row.what);
             const std::vector<std::string> bodies = Spread(bytes, 4, "../a.bin", row.dialect);
@@ -127,10 +119,10 @@ TEST_F(AttachmentSetsTest, PostingsOfOneNameAreNotMixed)
 {
     const auto a = Spread(bytes, 3);
     const auto b = Spread(others, 3);
-    const auto aBare = Spread(bytes, 3, "a.bin", {.checksums = false});
-    const auto bBare = Spread(others, 3, "a.bin", {.checksums = false});
-    const auto aOfSix = Spread(bytes, 6, "a.bin", {.checksums = false});
-    std::string bOfFour = Spread(others, 3, "a.bin", {.checksums = false, .total = 4})[1];
+    const auto aBare = Spread(bytes, 3, "a.bin", {.checksums = false, .total = 1});
+    const auto bBare = Spread(others, 3, "a.bin", {.checksums = false, .total = 1});
+    const auto aOfSix = Spread(bytes, 6, "a.bin", {.checksums = false, .total = 1});
+    const std::string bOfFour = With(bBare[1], "total=3", "total=4");
     struct Row {
         const char* what;
         std::vector<std::string> bodies;
@@ -269,7 +261,7 @@ TEST_F(AttachmentSetsTest, TheWholeIsCheckedToo)
     const auto sound = Spread(bytes, 3);
     std::string wrong = bytes;
     wrong[5000] ^= 1;
-    std::string unproven = Spread(wrong, 3, "a.bin", {.checksums = false})[1];
+    std::string unproven = Spread(wrong, 3, "a.bin", {.checksums = false, .total = 1})[1];
     unproven.insert(unproven.size() - 2, " crc32=" + sound[1].substr(sound[1].find(" crc32=") + 7, 8));
     EXPECT_EQ(Decode(unproven), -1);
     EXPECT_EQ(Decode(sound[0]), -1);
