@@ -18,6 +18,9 @@ namespace {
 
 constexpr std::size_t blockSize = 256 * 1024;
 
+// Of a part that has to be looked at as a whole first. Most parts are smaller.
+constexpr std::size_t mostBytesInMemory = 1024 * 1024;
+
 [[nodiscard]] bool WriteAt(const Descriptor& file, std::string_view bytes, std::uint64_t offset)
 {
     while (!bytes.empty()) {
@@ -103,6 +106,7 @@ bool AttachmentSets::OpenTarget()
 {
     if (targetPath.empty()) {
         target = folder.MakeScratch();
+        return target.IsOpen() && WriteAt(target, std::exchange(inMemory, {}), 0);
     } else {
         const std::string path = SetFolder::DataOf(targetPath);
         target = targetIsNew ? SetFolder::MakeAnew(path) : SetFolder::Open(path, O_RDWR);
@@ -116,6 +120,8 @@ void AttachmentSets::Write(std::string_view bytes)
         return;
     if (bytes.size() > place.size - written)
         refusal = Outcome::Damaged; // and nothing is written beyond its place
+    else if (targetPath.empty() && written + bytes.size() <= mostBytesInMemory)
+        inMemory += bytes;
     else if ((!target.IsOpen() && !OpenTarget()) || !WriteAt(target, bytes, TargetBegin() + written))
         refusal = Outcome::NotWritten;
     written += bytes.size();
@@ -132,6 +138,7 @@ void AttachmentSets::Drop()
     target = Descriptor();
     targetPath.clear();
     targetIsNew = false;
+    inMemory = {};
     sets.clear();
     written = 0;
     folder.Leave();
@@ -185,8 +192,12 @@ Outcome AttachmentSets::Take(const ReceivedPart& part, std::string& path)
     const bool liesThere = set->path == targetPath;
     if (set->path.empty() || (!liesThere && !CopyTarget(set->path, isNew)) || !AddToJournal(*set, part, isNew))
         return Outcome::NotWritten;
-    if (liesThere)
+    if (liesThere) {
+        // The disk has time for it while the next parts come, and the wait at the end is short.
+        (void)sync_file_range(
+            target.Number(), static_cast<off_t>(place.begin), static_cast<off_t>(place.size), SYNC_FILE_RANGE_WRITE);
         target = Descriptor();
+    }
     folder.Note(*set);
     path = set->path;
     return Outcome::Part;
@@ -197,11 +208,13 @@ bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
     const std::string file = SetFolder::DataOf(path);
     const Descriptor data = isNew ? SetFolder::MakeAnew(file) : SetFolder::Open(file, O_RDWR);
     std::uint64_t at = place.begin;
-    const bool copied = data.IsOpen() && ReadFrom(target, TargetBegin(), place.size, [&](std::string_view bytes) {
+    const auto write = [&](std::string_view bytes) {
         const bool wrote = WriteAt(data, bytes, at);
         at += bytes.size();
         return wrote;
-    });
+    };
+    const bool copied
+        = data.IsOpen() && (target.IsOpen() ? ReadFrom(target, TargetBegin(), place.size, write) : write(inMemory));
     if (!copied && isNew)
         (void)DeleteFile(file);
     else if (!copied && data.IsOpen())
@@ -242,12 +255,14 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
     Descriptor data = SetFolder::Open(dataPath, O_RDWR);
     if (!journal || !journal->IsWhole() || !data.IsOpen())
         return Outcome::Part;
+    const auto toldChecksum = journal->WholeChecksum();
     std::uint32_t wholeChecksum = 0;
     const auto isRight = [&](const ReceivedPart& part) {
         std::uint32_t checksum = 0;
         return ReadFrom(data, part.begin, part.size, [&](std::string_view bytes) {
             checksum = Checksum(checksum, bytes);
-            wholeChecksum = Checksum(wholeChecksum, bytes);
+            if (toldChecksum)
+                wholeChecksum = Checksum(wholeChecksum, bytes);
             return true;
         }) && checksum == part.checksum;
     };
@@ -258,7 +273,7 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
         ForgetParts({path, *journal}, data, wrong);
         return Outcome::Part;
     }
-    if (journal->WholeChecksum().value_or(wholeChecksum) != wholeChecksum) {
+    if (toldChecksum.value_or(wholeChecksum) != wholeChecksum) {
         // Those that proved themselves stay; if all of them did, what they are said to make is not true.
         std::copy_if(journal->Parts().begin(), journal->Parts().end(), std::back_inserter(wrong),
             [](const ReceivedPart& part) { return !part.isProven; });

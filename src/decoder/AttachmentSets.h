@@ -58,8 +58,9 @@ private:
     std::string name;
     PartPlace place;
     std::vector<KeptSet> sets; // of its name and size
-    std::string targetPath; // the set whose data file takes the bytes, "" for the scratch file
+    std::string targetPath; // the set whose data file takes the bytes, "" if that is not settled yet
     bool targetIsNew = false;
-    Descriptor target; // opened with the first bytes
+    Descriptor target; // opened with the first bytes that do not stay in memory
+    std::string inMemory;
     std::uint64_t written = 0;
 };

@@ -151,6 +151,22 @@ TEST_F(AttachmentSetsTest, PostingsOfOneNameAreNotMixed)
     }
 }
 
+// Too large to be kept in memory until it is known to which of two sets they belong.
+TEST_F(AttachmentSetsTest, LargePartsOfTwoPostings)
+{
+    const std::string large = RandomBytes(4'500'000, 3);
+    const std::string largeOthers = RandomBytes(4'500'000, 4);
+    const auto a = Spread(large, 3);
+    const auto b = Spread(largeOthers, 3);
+    for (const std::string& body : {a[0], b[0], b[1], a[1], a[1]})
+        EXPECT_EQ(Decode(body), -1);
+    EXPECT_EQ(Decode(a[2]), 1);
+    ExpectWhole(large);
+    EXPECT_EQ(Decode(b[2]), 1);
+    ExpectWhole(largeOthers);
+    EXPECT_FALSE(FolderIsThere());
+}
+
 TEST_F(AttachmentSetsTest, DamagedPartsAreNotTaken)
 {
     const auto bodies = Spread(bytes, 3);
