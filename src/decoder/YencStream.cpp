@@ -117,50 +117,56 @@ const std::vector<PlacesOfSixteen>& KeptOfSixteen()
 
 #define AVX2 __attribute__((target("avx2,popcnt")))
 
+// The characters one place on, behind this one.
+AVX2 inline __m256i Behind(char character, __m256i characters)
+{
+    const __m256i before = _mm256_permute2x128_si256(_mm256_set1_epi8(character), characters, 0x21);
+    return _mm256_alignr_epi8(characters, before, 15);
+}
+
 AVX2 void DecodeBlocksOf32(const char*& inPlace, const char* end, char*& outPlace, bool& atLineStart)
 {
-    const auto* const kept = reinterpret_cast<const __m128i*>(KeptOfSixteen().data());
-    const char* in = inPlace;
+    const char* const kept = reinterpret_cast<const char*>(KeptOfSixteen().data());
+    const char* const start = inPlace;
+    const char* in = start;
     char* out = outPlace;
-    __m256i escapesBefore = _mm256_setzero_si256();
-    std::uint32_t escapeBefore = 0;
-    std::uint32_t lineStart = atLineStart ? 1 : 0;
-    for (; end - in >= 32; in += 32) {
+    for (auto blocks = (end - in) / 32; blocks != 0; --blocks, in += 32) {
         __builtin_prefetch(in + prefetchDistance);
         const __m256i characters = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in));
+        // The one before the first block has been decoded, whatever it is.
+        const __m256i before = in == start ? Behind(atLineStart ? '\n' : '\0', characters)
+                                           : _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in - 1));
         const __m256i isEscape = _mm256_cmpeq_epi8(characters, _mm256_set1_epi8('='));
         const __m256i isLineFeed = _mm256_cmpeq_epi8(characters, _mm256_set1_epi8('\n'));
         const __m256i isReturn = _mm256_cmpeq_epi8(characters, _mm256_set1_epi8('\r'));
         const __m256i isDot = _mm256_cmpeq_epi8(characters, _mm256_set1_epi8('.'));
+        const __m256i isEscaped = _mm256_cmpeq_epi8(before, _mm256_set1_epi8('='));
+        const __m256i isAtStart = _mm256_cmpeq_epi8(before, _mm256_set1_epi8('\n'));
         const __m256i isDropped = _mm256_or_si256(isEscape, _mm256_or_si256(isLineFeed, isReturn));
-        const auto escapes = static_cast<std::uint32_t>(_mm256_movemask_epi8(isEscape));
-        const auto lineFeeds = static_cast<std::uint32_t>(_mm256_movemask_epi8(isLineFeed));
-        const auto dropped = static_cast<std::uint32_t>(_mm256_movemask_epi8(isDropped));
-        const auto notAtStart = static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_or_si256(isEscape, isDot)));
-        const std::uint32_t lineStarts = lineFeeds << 1 | lineStart;
-        if ((((escapes << 1 | escapeBefore) & dropped) | (lineStarts & notAtStart)) != 0)
+        const __m256i isUnusual = _mm256_or_si256(
+            _mm256_and_si256(isEscaped, isDropped), _mm256_and_si256(isAtStart, _mm256_or_si256(isEscape, isDot)));
+        if (!_mm256_testz_si256(isUnusual, isUnusual))
             break;
 
-        // The sixteen before each half: the upper half of the block before, and the lower half of this one.
-        const __m256i before = _mm256_permute2x128_si256(escapesBefore, isEscape, 0x21);
-        const __m256i isEscaped = _mm256_alignr_epi8(isEscape, before, 15);
         const __m256i bytes = _mm256_sub_epi8(
             _mm256_sub_epi8(characters, _mm256_set1_epi8(42)), _mm256_and_si256(isEscaped, _mm256_set1_epi8(64)));
+        const auto dropped = static_cast<std::uint32_t>(_mm256_movemask_epi8(isDropped));
+        const auto* lower = reinterpret_cast<const __m128i*>(kept + (dropped << 4 & 0x7fff0));
+        const auto* upper = reinterpret_cast<const __m128i*>(kept + (dropped >> 12 & 0x7fff0));
         const __m256i places
-            = _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(kept + (dropped & 0x7fff))),
-                _mm_loadu_si128(kept + (dropped >> 16 & 0x7fff)), 1);
+            = _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(lower)), _mm_loadu_si128(upper), 1);
         const __m256i squeezed = _mm256_shuffle_epi8(bytes, places);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(squeezed));
-        out += 16 - std::popcount(dropped & 0xffff);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_extracti128_si256(squeezed, 1));
-        out += 16 - std::popcount(dropped >> 16);
-        escapesBefore = isEscape;
-        escapeBefore = escapes >> 31;
-        lineStart = lineFeeds >> 31;
+        out -= std::popcount(dropped & 0xffff);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), _mm256_extracti128_si256(squeezed, 1));
+        out += 32 - std::popcount(dropped >> 16);
     }
-    inPlace = in - escapeBefore;
+    if (in != start) {
+        atLineStart = in[-1] == '\n';
+        in -= in[-1] == '=' ? 1 : 0; // it is not decoded yet
+    }
+    inPlace = in;
     outPlace = out;
-    atLineStart = lineStart != 0;
 }
 
 #define AVX512 __attribute__((target("avx512bw,avx512vbmi2,popcnt")))
