@@ -117,9 +117,24 @@ std::string Yencode(std::string_view bytes, std::string_view name, const YencDia
     if (dialect.part != 0 && dialect.checksums)
         text += " pcrc32=" + Hex(Crc32(bytes));
     if (dialect.checksums)
-        text += " crc32=" + Hex(Crc32(whole));
+        text += " crc32=" + Hex(dialect.wholeChecksum ? *dialect.wholeChecksum : Crc32(whole));
     text += crlf;
     return text;
+}
+
+std::vector<std::string> YencodeParts(
+    std::string_view bytes, std::string_view name, std::size_t count, YencDialect dialect)
+{
+    std::vector<std::string> parts;
+    const std::size_t size = (bytes.size() + count - 1) / count;
+    dialect.whole = bytes;
+    dialect.wholeChecksum = Crc32(bytes);
+    dialect.total = dialect.total == 0 ? 0 : count;
+    for (dialect.part = 1; dialect.part <= count; ++dialect.part) {
+        dialect.partFirst = (dialect.part - 1) * size;
+        parts.push_back(Yencode(bytes.substr(dialect.partFirst, size), name, dialect));
+    }
+    return parts;
 }
 
 std::string Base64Lines(std::string_view bytes, std::size_t lineLength)

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,8 +31,13 @@ struct YencDialect {
     std::size_t total = 0; // 0: not told
     std::size_t partFirst = 0; // offset of `bytes` in the whole
     std::string_view whole = {}; // what `bytes` is a part of; empty: `bytes` is all there is
+    std::optional<std::uint32_t> wholeChecksum = {}; // its CRC-32, where that has been computed
 };
 std::string Yencode(std::string_view bytes, std::string_view name, const YencDialect& dialect = {});
+
+// An attachment that goes over so many articles, in their order. With `total` 0 none of them tells how many there are.
+std::vector<std::string> YencodeParts(
+    std::string_view bytes, std::string_view name, std::size_t count, YencDialect dialect = {.total = 1});
 
 // The characters alone, in lines of `lineLength`, each with its end.
 std::string Base64Lines(std::string_view bytes, std::size_t lineLength = 76);

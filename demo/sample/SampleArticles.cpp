@@ -146,6 +146,14 @@ void PostKites(Poster& poster)
     poster.Expect("quilt.bmp", quilt);
 }
 
+// Of a picture in five parts. The one that comes last completes it.
+void PostParts(Poster& poster, const std::string& panorama, const std::vector<std::size_t>& parts)
+{
+    const std::vector<std::string> bodies = YencodeParts(panorama, "panorama.jpg", 5);
+    for (const std::size_t part : parts)
+        poster.Post(ada, "\"panorama.jpg\" yEnc (" + std::to_string(part) + "/5)", bodies[part - 1]);
+}
+
 void PostHarbours(Poster& poster)
 {
     poster.OpenGroup("alt.pictures.harbours", 118);
@@ -162,15 +170,9 @@ void PostHarbours(Poster& poster)
     horn[sum] = horn[sum] == '0' ? '1' : '0';
     poster.Post(ada, "\"fog-horn.jpg\" yEnc (1/1)", horn);
 
-    // Parts of a posting that goes over several articles. Nothing joins them.
     const std::string panorama = DrawPicture(Scene::Harbour, 900, 200, 13, "JPEG");
-    YencDialect secondPart;
-    secondPart.part = 2;
-    secondPart.total = 5;
-    secondPart.partFirst = 6000;
-    secondPart.whole = panorama;
-    poster.Post(ada, "\"panorama.jpg\" yEnc (2/5)",
-        Yencode(std::string_view(panorama).substr(6000, 6000), "panorama.jpg", secondPart));
+    PostParts(poster, panorama, {4, 2, 5});
+    // Nothing joins parts of this kind, which do not say to what they belong.
     poster.Post(ada, "panorama-two.jpg (1/3)", CutBefore(Uuencode(panorama, "panorama-two.jpg"), "\r\nM") + "\r\n");
     poster.LeaveGap(12);
 
@@ -263,6 +265,10 @@ void PostOddsAndEnds(Poster& poster)
     const std::string number = std::to_string(poster.NextNumber());
     poster.Post(tomas, "wallpaper for the winter (1/1)", Uuencode(aurora, "article" + number + ".uue"));
     poster.Expect("article" + number + " (2).uue", aurora);
+
+    const std::string panorama = DrawPicture(Scene::Harbour, 900, 200, 13, "JPEG");
+    PostParts(poster, panorama, {2, 3, 1});
+    poster.Expect("panorama.jpg", panorama);
 
     std::string noise = "begin 644 noise.jpg\r\n";
     for (int line = 0; line < 40; ++line) {

@@ -30,15 +30,6 @@ bool IsHiddenName(std::string_view name)
     return error == std::errc() && *end == '-' && process > 0;
 }
 
-// Is this open file still the one of that name?
-bool HasName(const Descriptor& file, const std::string& path)
-{
-    struct stat ours = {};
-    struct stat named = {};
-    return fstat(file.Number(), &ours) == 0 && lstat(path.c_str(), &named) == 0 && ours.st_dev == named.st_dev
-        && ours.st_ino == named.st_ino;
-}
-
 // A number of a process would not tell who has the file: it may be one of another machine.
 void RemoveUnlessHeld(const std::string& path)
 {
@@ -69,6 +60,12 @@ UnnamedFile::UnnamedFile(const std::string& directory)
             return;
     }
     path.clear();
+}
+
+UnnamedFile::UnnamedFile(std::string existing, Descriptor opened)
+    : path(std::move(existing))
+    , file(std::move(opened))
+{
 }
 
 UnnamedFile::~UnnamedFile()
@@ -115,6 +112,14 @@ std::error_code UnnamedFile::ReplaceName(const std::string& name)
     if (!error)
         path.clear();
     return error;
+}
+
+bool HasName(const Descriptor& file, const std::string& path)
+{
+    struct stat ours = {};
+    struct stat named = {};
+    return fstat(file.Number(), &ours) == 0 && lstat(path.c_str(), &named) == 0 && ours.st_dev == named.st_dev
+        && ours.st_ino == named.st_ino;
 }
 
 void RemoveRemains(const std::string& directory)

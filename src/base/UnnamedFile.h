@@ -13,6 +13,9 @@ public:
 
     // `directory` is empty or ends in a "/".
     explicit UnnamedFile(const std::string& directory);
+
+    // One that is there already, on the same disk, open for reading and writing.
+    UnnamedFile(std::string existing, Descriptor opened);
     ~UnnamedFile();
     UnnamedFile& operator=(UnnamedFile&& other) noexcept;
 
@@ -34,11 +37,17 @@ public:
     [[nodiscard]] std::error_code TakeName(const std::string& name);
     [[nodiscard]] std::error_code ReplaceName(const std::string& name);
 
+    // Goes with the object no longer.
+    void Leave() { path.clear(); }
+
 private:
     std::string path;
     Descriptor file; // closed by Finish
     Descriptor holder; // has the lock when that is closed
 };
+
+// Is this open file still the one of that name? Whoever waited for its lock may have one that was removed meanwhile.
+bool HasName(const Descriptor& file, const std::string& path);
 
 // Removes from a directory the files that programs had in hand when they died: those that nobody holds a lock on. Where
 // the disk knows no locks they all stay.

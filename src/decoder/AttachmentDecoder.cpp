@@ -19,8 +19,9 @@ void AttachmentDecoder::SetDecodeFilename(const std::string& path)
     LineReader lines([&input](char* to, std::size_t size) {
         return static_cast<std::size_t>(std::max<ssize_t>(input.Read(to, size), 0));
     });
-    AttachmentStore store(path, ReservedNames);
+    AttachmentStore store(path, ReservedNames, sets);
     const Outcome worst = DecodeBody(lines, store);
+    store.FinishWholeSets();
 
     storedNames = store.Names();
     foundNames = store.FoundNames();

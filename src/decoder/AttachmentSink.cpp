@@ -6,6 +6,12 @@ AttachmentWriter::AttachmentWriter(AttachmentSink& attachmentSink, std::string_v
     sink.Open(name);
 }
 
+AttachmentWriter::AttachmentWriter(AttachmentSink& attachmentSink, std::string_view name, const PartPlace& place)
+    : sink(attachmentSink)
+{
+    sink.OpenPart(name, place);
+}
+
 AttachmentWriter::~AttachmentWriter() { Abandon(); }
 
 void AttachmentWriter::Abandon()
@@ -28,4 +34,11 @@ Outcome AttachmentWriter::Keep()
     Flush();
     isOpen = false;
     return sink.Keep() ? Outcome::Stored : Outcome::NotWritten;
+}
+
+Outcome AttachmentWriter::KeepPart(const PartEnd& end)
+{
+    Flush();
+    isOpen = false;
+    return sink.KeepPart(end);
 }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 // How the reading of something that looked like an attachment ended. The smaller the number, the worse, and the worst
@@ -10,12 +11,28 @@
 enum class Outcome : int {
     NotWritten = -3, // whole, but the file could not be written
     Damaged = -2, // an impossible line, a wrong size or a wrong check sum
-    Part = -1, // the body holds only part of it
+    Part = -1, // only part of it is there, in this body or in all that came so far
     None = 0, // no attachment after all
     Stored = 1
 };
 
-// Takes the attachments of a body one after the other: Open, any number of Writes, then Keep or Drop.
+// Where a part belongs in an attachment that is spread over several articles, as its article tells before its bytes.
+struct PartPlace {
+    std::uint64_t wholeSize = 0; // of the attachment, in bytes
+    std::uint64_t total = 0; // the number of all parts, 0 if it is not told
+    std::uint64_t begin = 0; // the offset of the part's first byte
+    std::uint64_t size = 0; // of the part, in bytes, at least 1; it ends inside the attachment
+};
+
+// What is known behind the last byte of a part.
+struct PartEnd {
+    std::uint32_t checksum = 0; // the CRC-32 of the bytes that were written
+    bool isProven = false; // the article told the same
+    std::optional<std::uint32_t> wholeChecksum; // the CRC-32 of the attachment, if it was told
+};
+
+// Takes the attachments of a body one after the other: Open, any number of Writes, then Keep or Drop. A part of an
+// attachment takes the same way, from OpenPart to KeepPart.
 class AttachmentSink {
 public:
     virtual ~AttachmentSink() = default;
@@ -27,8 +44,18 @@ public:
     // The attachment is whole. False if it could not be kept, by this call or by a Write before it.
     [[nodiscard]] virtual bool Keep() = 0;
 
-    // The attachment is not whole: nothing of it may stay.
+    // The attachment, or the part, is not whole: nothing of it may stay.
     virtual void Drop() = 0;
+
+    // Parts are only for a sink that lasts longer than a body. Any other drops them.
+    virtual void OpenPart(std::string_view name, const PartPlace&) { Open(name); }
+
+    // Stored if the attachment is whole with this part. Otherwise Part if that is kept, Damaged or NotWritten if not.
+    [[nodiscard]] virtual Outcome KeepPart(const PartEnd&)
+    {
+        Drop();
+        return Outcome::Part;
+    }
 };
 
 // One attachment on its way to the sink, gathered into large writes. Whatever is not kept is dropped.
@@ -40,6 +67,7 @@ public:
     static constexpr std::size_t slack = 64;
 
     AttachmentWriter(AttachmentSink& attachmentSink, std::string_view name);
+    AttachmentWriter(AttachmentSink& attachmentSink, std::string_view name, const PartPlace& place);
     ~AttachmentWriter();
     AttachmentWriter(const AttachmentWriter&) = delete;
     AttachmentWriter& operator=(const AttachmentWriter&) = delete;
@@ -63,6 +91,9 @@ public:
 
     // Stored or NotWritten.
     [[nodiscard]] Outcome Keep();
+
+    // Of a part. See the sink's.
+    [[nodiscard]] Outcome KeepPart(const PartEnd& end);
 
 private:
     static constexpr std::size_t capacity = 256 * 1024; // the larger the writes, the less a file costs its system

@@ -17,6 +17,8 @@ namespace {
 constexpr std::size_t fewFilesOfOneName = 100;
 constexpr std::size_t mostFilesOfOneName = 1 << 24;
 
+constexpr std::size_t mostPartsOfOneBody = 100;
+
 bool SameBytes(const Descriptor& one, const Descriptor& other)
 {
     constexpr std::size_t blockSize = 64 * 1024;
@@ -38,27 +40,37 @@ bool SameBytes(const Descriptor& one, const Descriptor& other)
 
 }
 
-AttachmentStore::AttachmentStore(std::string bodyFile, const std::vector<std::string>& newReservedNames)
+AttachmentStore::AttachmentStore(
+    std::string bodyFile, const std::vector<std::string>& newReservedNames, AttachmentSets& attachmentSets)
     : directory(DirectoryOf(bodyFile))
     , bodyPath(std::move(bodyFile))
     , reservedNames(newReservedNames)
+    , sets(attachmentSets)
 {
+}
+
+std::string AttachmentStore::NameFor(std::string_view name) const
+{
+    std::string safeName = SafeFileName(name);
+    const auto beginsAlike
+        = [&safeName](const std::string& reserved) { return SameText(safeName.substr(0, reserved.size()), reserved); };
+    if (std::any_of(reservedNames.begin(), reservedNames.end(), beginsAlike))
+        safeName = NumberedFileName("_" + safeName, 1);
+    return safeName;
 }
 
 void AttachmentStore::Open(std::string_view name)
 {
     Drop();
-    wantedName = SafeFileName(name);
-    const auto beginsAlike
-        = [this](const std::string& reserved) { return SameText(wantedName.substr(0, reserved.size()), reserved); };
-    if (std::any_of(reservedNames.begin(), reservedNames.end(), beginsAlike))
-        wantedName = NumberedFileName("_" + wantedName, 1);
+    wantedName = NameFor(name);
 }
 
 // The file is made with the first bytes and not before, so that a body full of broken attachments costs nothing.
 void AttachmentStore::Write(std::string_view bytes)
 {
-    if (failed)
+    if (isPart)
+        sets.Write(bytes);
+    if (isPart || failed)
         return;
     if (!file.IsOpen())
         file = UnnamedFile(directory);
@@ -71,9 +83,46 @@ void AttachmentStore::Write(std::string_view bytes)
 bool AttachmentStore::Keep()
 {
     Write({}); // an attachment of no bytes is a file too
-    const bool kept = !failed && !file.Finish() && (TakeName(wantedName) || TakeName(PortableFileName(wantedName)));
+    const bool kept = !failed && KeepAs(wantedName);
     Drop();
     return kept;
+}
+
+bool AttachmentStore::KeepAs(const std::string& name)
+{
+    return !file.Finish() && (TakeName(name) || TakeName(PortableFileName(name)));
+}
+
+// Each part is for a set that has to be looked for, and a body can be made of nothing but tiny ones.
+void AttachmentStore::OpenPart(std::string_view name, const PartPlace& place)
+{
+    Drop();
+    isPart = ++parts <= mostPartsOfOneBody;
+    failed = !isPart;
+    if (isPart)
+        sets.Open(directory, name, place);
+}
+
+Outcome AttachmentStore::KeepPart(const PartEnd& end)
+{
+    const Outcome outcome = isPart ? sets.Keep(end, NameGiver()) : Outcome::Damaged;
+    Drop();
+    return outcome;
+}
+
+void AttachmentStore::FinishWholeSets() { sets.FinishWhole(directory, NameGiver()); }
+
+// A file that can have no name now stays with its set.
+AttachmentSets::GiveName AttachmentStore::NameGiver()
+{
+    return [this](const std::string& name, UnnamedFile& whole) {
+        file = std::move(whole);
+        const bool kept = KeepAs(NameFor(name));
+        if (!kept)
+            file.Leave();
+        file = UnnamedFile();
+        return kept;
+    };
 }
 
 // False if the file system does not take such a name.
@@ -134,6 +183,9 @@ bool AttachmentStore::IsStoredAs(const std::string& path) const
 
 void AttachmentStore::Drop()
 {
+    if (isPart)
+        sets.Drop();
+    isPart = false;
     file = UnnamedFile();
     failed = false;
 }

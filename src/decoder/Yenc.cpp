@@ -18,8 +18,9 @@
 //
 //   =ypart begin=1 end=384000
 //
-// There, the crc32 of the =yend line is that of the whole attachment, and pcrc32 that of the part. An attachment in
-// one article may be written in the same way, as part 1 that goes from 1 to its size. All other parts are not decoded.
+// There, the crc32 of the =yend line is that of the whole attachment, and pcrc32 that of the part. (Some encoders have
+// no pcrc32 and write the part's as crc32.) An attachment in one article may be written in the same way, as part 1 that
+// goes from 1 to its size. A part whose place is not told, without =ypart line, is not decoded.
 //
 // The check sum is voluntary, and an =yend line without it proves nothing but the size. Values that cannot be read are
 // taken for wrong ones. The "line" of =ybegin is of no use to a decoder, and a line may well be a little longer.
@@ -55,22 +56,57 @@ std::optional<std::uint64_t> Count(std::string_view line, std::string_view field
     return text ? ReadNumber<std::uint64_t>(*text, 10) : std::nullopt;
 }
 
-// Some encoders take the check sum for a signed number of 64 bits and write "ffffffffabcdef12".
-bool IsChecksumWrong(std::string_view line, std::string_view field, std::uint32_t checksum)
+// Nothing if it is not there, or no number. Some encoders take the check sum for a signed number of 64 bits and write
+// "ffffffffabcdef12".
+std::optional<std::uint32_t> Checksum(std::string_view line, std::string_view field)
 {
     const auto text = Field(line, field);
-    if (!text)
-        return false;
-    const auto number = ReadNumber<std::uint64_t>(*text, 16);
-    return !number || static_cast<std::uint32_t>(*number) != checksum
-        || (*number >> 32 != 0 && *number >> 32 != 0xffffffff);
+    const auto number = text ? ReadNumber<std::uint64_t>(*text, 16) : std::nullopt;
+    if (!number || (*number >> 32 != 0 && *number >> 32 != 0xffffffff))
+        return std::nullopt;
+    return static_cast<std::uint32_t>(*number);
+}
+
+bool IsChecksumWrong(std::string_view line, std::string_view field, std::uint32_t checksum)
+{
+    return Field(line, field) && Checksum(line, field) != checksum;
 }
 
 // Is the line "=yend size=123456 crc32=abcdef12" right about what was decoded?
-bool IsConfirmed(std::string_view line, const YencBegin& begin, std::uint64_t size, std::uint32_t checksum)
+bool IsConfirmed(std::string_view line, std::uint64_t size, std::uint32_t checksum)
 {
-    return size == begin.size && Count(line, "size") == size && !IsChecksumWrong(line, "crc32", checksum)
+    return Count(line, "size") == size && !IsChecksumWrong(line, "crc32", checksum)
         && !IsChecksumWrong(line, "pcrc32", checksum);
+}
+
+// What the line "=yend size=384000 part=1 pcrc32=12345678 crc32=abcdef12" adds to a part; nothing if it is not right.
+std::optional<PartEnd> ConfirmPart(
+    std::string_view line, const YencBegin& begin, std::uint64_t size, std::uint32_t checksum)
+{
+    if (Count(line, "size") != size || IsChecksumWrong(line, "pcrc32", checksum)
+        || (Field(line, "part") && begin.part && Count(line, "part") != begin.part))
+        return std::nullopt;
+    PartEnd end{checksum, Field(line, "pcrc32").has_value(), Checksum(line, "crc32")};
+    if (Field(line, "crc32") && !end.wholeChecksum)
+        return std::nullopt;
+    if (end.wholeChecksum == checksum) {
+        end.isProven = true;
+        end.wholeChecksum.reset();
+    }
+    return end;
+}
+
+// The part that the line "=ypart begin=1 end=384000" tells of; nothing if there is none such.
+std::optional<PartPlace> ReadPlace(std::string_view line, const YencBegin& begin)
+{
+    const auto first = Count(line, "begin");
+    const auto last = Count(line, "end");
+    // The only part of nothing goes from 1 to 0.
+    if (!first || !last || *last > begin.size || *first == 0 || (*last < *first && begin.size != 0))
+        return std::nullopt;
+    if (begin.part == 0U || (begin.total != 0 && begin.part > begin.total))
+        return std::nullopt;
+    return PartPlace{begin.size, begin.total, *first - 1, *last + 1 - *first};
 }
 
 }
@@ -88,30 +124,31 @@ std::optional<YencBegin> ReadYencBegin(std::string_view line)
         return std::nullopt;
     const auto isMoreThanOne
         = [fields](std::string_view field) { return Field(fields, field).has_value() && Count(fields, field) != 1U; };
-    return YencBegin{
-        *size, isMoreThanOne("part") || isMoreThanOne("total"), std::string(line.substr(nameAt + nameField.size()))};
+    return YencBegin{*size, isMoreThanOne("part") || isMoreThanOne("total"), Count(fields, "part"),
+        Count(fields, "total").value_or(0), std::string(line.substr(nameAt + nameField.size()))};
 }
 
 Outcome DecodeYenc(LineReader& lines, const YencBegin& begin, AttachmentSink& sink)
 {
-    if (begin.isOneOfSeveral)
-        return Outcome::Part;
+    std::optional<PartPlace> place;
     if (lines.HasLine() && lines.Line().starts_with("=ypart ")) {
-        const auto first = Count(lines.Line(), "begin");
-        const auto last = Count(lines.Line(), "end");
-        if (!first || !last || *last > begin.size)
+        place = ReadPlace(lines.Line(), begin);
+        if (!place)
             return Outcome::Damaged;
-        if (*first != 1 || *last != begin.size)
-            return Outcome::Part;
         lines.Advance();
+        if (place->size == begin.size)
+            place.reset();
+    } else if (begin.isOneOfSeveral) {
+        return Outcome::Part;
     }
 
-    AttachmentWriter writer(sink, begin.name);
+    const std::uint64_t size = place ? place->size : begin.size;
+    AttachmentWriter writer = place ? AttachmentWriter(sink, begin.name, *place) : AttachmentWriter(sink, begin.name);
     YencStream stream(writer);
     while (!stream.IsAtOwnLine()) {
         lines.Skip(stream.Take(lines.Ahead()));
         // More than was announced may be without end, and is not to fill the disk.
-        const bool isDamaged = stream.IsDamaged() || writer.Size() > begin.size;
+        const bool isDamaged = stream.IsDamaged() || writer.Size() > size;
         if (isDamaged)
             writer.Abandon();
         if (!stream.IsAtOwnLine() && !lines.ReadMore())
@@ -119,8 +156,13 @@ Outcome DecodeYenc(LineReader& lines, const YencBegin& begin, AttachmentSink& si
     }
     if (!lines.HasLine() || !lines.Line().starts_with("=yend"))
         return Outcome::Part; // the next attachment begins before this one has ended
-    const bool isConfirmed
-        = lines.IsWhole() && !stream.IsDamaged() && IsConfirmed(lines.Line(), begin, writer.Size(), stream.Checksum());
+    const std::string_view line = lines.Line();
+    const bool isSound = lines.IsWhole() && !stream.IsDamaged() && writer.Size() == size;
+    const bool isConfirmed = isSound && !place && IsConfirmed(line, size, stream.Checksum());
+    const auto partEnd
+        = isSound && place ? ConfirmPart(line, begin, size, stream.Checksum()) : std::optional<PartEnd>();
     lines.Advance();
+    if (partEnd)
+        return writer.KeepPart(*partEnd);
     return isConfirmed ? writer.Keep() : Outcome::Damaged;
 }

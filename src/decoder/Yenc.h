@@ -12,6 +12,8 @@
 struct YencBegin {
     std::uint64_t size = 0; // of the whole attachment, in bytes
     bool isOneOfSeveral = false; // the article holds only one part of it
+    std::optional<std::uint64_t> part; // its number, if it can be read
+    std::uint64_t total = 0; // the number of all parts, 0 if it is not told
     std::string name;
 };
 

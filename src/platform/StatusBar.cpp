@@ -19,10 +19,11 @@ public:
     Field(QWidget* row, const StatusPanelDesign& design)
         : QLabel(row)
         , takesRest(design.takesRest)
+        , designedToolTip(ToDisplay(design.toolTip))
         , longest{ToDisplay(design.longest)}
     {
         setText(ToDisplay(design.text));
-        setToolTip(ToDisplay(design.toolTip));
+        setToolTip(designedToolTip);
         setTextFormat(Qt::PlainText);
         setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
         setIndent(2);
@@ -69,6 +70,7 @@ public:
     }
 
     const bool takesRest;
+    const QString designedToolTip;
     std::function<std::string()> liveToolTip;
 
 protected:
@@ -171,6 +173,11 @@ StatusPanel::StatusPanel(Field* newField)
 void StatusPanel::SetText(std::string_view text) { field->Show(ToShow(text)); }
 
 void StatusPanel::SetLiveToolTip(std::function<std::string()> text) { field->liveToolTip = std::move(text); }
+
+void StatusPanel::SetToolTip(std::string_view text)
+{
+    field->setToolTip(text.empty() ? field->designedToolTip : ToShow(text));
+}
 
 void StatusPanel::SetStyle(PanelStyle style)
 {

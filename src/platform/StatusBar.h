@@ -16,6 +16,9 @@ class StatusPanel {
 public:
     void SetText(std::string_view text);
 
+    // An empty text gives back the designed one.
+    void SetToolTip(std::string_view text);
+
     void SetStyle(PanelStyle style);
 
     // Where the tool tip's text comes from while the mouse rests there: asked when it comes up, and each second then.

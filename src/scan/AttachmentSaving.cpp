@@ -68,6 +68,7 @@ void AttachmentSaving::Begin()
         lock.SetNote("");
     }
     ShowTotal();
+    ShowWaiting();
 }
 
 void AttachmentSaving::End()
@@ -114,6 +115,7 @@ void AttachmentSaving::Decode(const ArticleInHand& article, const std::string& b
     (void)WriteFile(temporaryFile, body, "\r\n");
     MainForm.UU.SetDecodeFilename(temporaryFile);
     hasItsPlace = MainForm.UU.DecodeStatus() <= 0;
+    ShowWaiting();
     Screen::SetMousePointer(MousePointer::Default);
     MainForm.SetCaption(article.Caption("Finished decoding "));
     DoEvents();
@@ -193,3 +195,15 @@ void AttachmentSaving::Show()
 }
 
 void AttachmentSaving::ShowTotal() { MainForm.StatusBar1.Panels(2).SetText("Items: " + std::to_string(TotalCount)); }
+
+// As in "2 attachments are waiting for 37 more of 140 articles".
+void AttachmentSaving::ShowWaiting()
+{
+    const WaitingSets waiting = MainForm.UU.Waiting(MainForm.txtSelectDir.Text());
+    std::string toolTip;
+    if (waiting.attachments != 0)
+        toolTip = std::to_string(waiting.attachments)
+            + (waiting.attachments == 1 ? " attachment is" : " attachments are") + " waiting for "
+            + std::to_string(waiting.missing) + " more of " + std::to_string(waiting.articles) + " articles";
+    MainForm.StatusBar1.Panels(2).SetToolTip(toolTip);
+}

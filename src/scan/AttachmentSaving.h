@@ -41,6 +41,9 @@ public:
     // The program ends, perhaps in the middle of Save: what is decoded goes to its place, and the body goes.
     void End();
 
+    // Tells in a tool tip what waits in the destination for parts. To be called when that becomes another one.
+    void ShowWaiting();
+
     // Where the program's own files lie. They are no group's directories, since what is saved there replaces files.
     std::vector<std::string> OwnDirectories;
 

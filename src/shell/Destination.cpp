@@ -24,7 +24,7 @@ struct frmSelectDrive : Form {
     DirectoryList Dir1{*this, "Dir1", {15, 405, 4440, 2340}}; // the directories of the volume
 };
 
-void cmdSelectDir_Click(frmTamarack& MainForm, Desktop& desktop)
+void cmdSelectDir_Click(frmTamarack& MainForm, Desktop& desktop, const std::function<void()>& changed)
 {
     frmSelectDrive form;
     DirectoryWalk walk(MainForm, desktop, form.Drive1, form.Dir1);
@@ -32,6 +32,7 @@ void cmdSelectDir_Click(frmTamarack& MainForm, Desktop& desktop)
     walk.Begin(MainForm.txtSelectDir.Text());
     form.CmdExit.Click = [&] {
         MainForm.txtSelectDir.SetText(WithSeparator(form.Dir1.List(form.Dir1.ListIndex())));
+        changed();
         form.SetVisible(false);
     };
     form.cmdCancel.Click = [&] { form.SetVisible(false); };
@@ -45,10 +46,10 @@ bool IsDirectory(const Dragged& dragged)
 
 }
 
-void BindDestination(frmTamarack& MainForm, Desktop& desktop)
+void BindDestination(frmTamarack& MainForm, Desktop& desktop, const std::function<void()>& changed)
 {
-    MainForm.cmdSelectDir.Click = [&] { cmdSelectDir_Click(MainForm, desktop); };
-    MainForm.txtSelectDir.SetContextMenu([&]() -> std::vector<ContextEntry> {
+    MainForm.cmdSelectDir.Click = [&MainForm, &desktop, changed] { cmdSelectDir_Click(MainForm, desktop, changed); };
+    MainForm.txtSelectDir.SetContextMenu([&MainForm, &desktop]() -> std::vector<ContextEntry> {
         const std::string path = MainForm.txtSelectDir.Text();
         return {{"Open the directory", [&desktop, path] { (void)desktop.ShellOpen(AddressOfFile(path)); }},
             {"Copy the path", [path] { Clipboard::SetText(path); }}};

@@ -40,7 +40,7 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& newPlaces)
     slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
     MainForm.mnuAbout.Click = [this] { mnuAbout_Click(MainForm); };
-    BindDestination(MainForm, desktop);
+    BindDestination(MainForm, desktop, [this] { saving.ShowWaiting(); });
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
 }
 
@@ -84,6 +84,7 @@ void Program::Form_Load()
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
     mainSettings.Restore();
+    saving.ShowWaiting();
     isUp = true;
     MainForm.SetVisible(true);
     activation.emplace([this](const std::string& action) { Activated(action); });

@@ -30,11 +30,12 @@ protected:
         return decoder.DecodeStatus();
     }
 
-    // What lies in the directory besides the body, hidden files too.
+    // What lies in the directory besides the body and the parts that wait, hidden files too.
     std::vector<std::string> Files() const
     {
         std::vector<std::string> files = FilesBelow(folder.Path());
-        std::erase(files, bodyName);
+        std::erase_if(
+            files, [](const std::string& name) { return name == bodyName || name.starts_with(".tamarack-parts/"); });
         return files;
     }
 

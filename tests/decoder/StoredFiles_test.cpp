@@ -78,7 +78,8 @@ TEST_F(StoredFilesTest, DisksThatKnowNoLinks)
 TEST_F(StoredFilesTest, WhatIsInHandIsHeld)
 {
     const std::vector<std::string> noNames;
-    AttachmentStore store(folder.File(bodyName), noNames);
+    AttachmentSets sets;
+    AttachmentStore store(folder.File(bodyName), noNames, sets);
     for (const char* const content : {"one", "two"}) {
         store.Open("red.jpg");
         store.Write(content);

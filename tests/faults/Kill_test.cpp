@@ -1,15 +1,19 @@
 #include "tests/shell/ProgramTest.h"
 
+#include "decoder/SetJournal.h"
 #include "demo/sample/Encoders.h"
 
 #include <QCoreApplication>
 #include <QProcess>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <random>
+#include <set>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -29,6 +33,53 @@ std::string Attachment(int number)
 {
     return std::string(static_cast<std::size_t>(2000 + number), static_cast<char>('a' + number % 26));
 }
+
+std::string SpreadName(int number) { return "p" + std::to_string(number) + ".jpg"; }
+
+// What the articles bring: every second one a part of an attachment that is spread over five, in no order, the others a
+// whole one.
+struct KillPostings {
+    KillPostings()
+    {
+        std::vector<std::pair<int, std::string>> parts;
+        for (; (spread + 1) * 5 < articles / 2; ++spread) {
+            for (std::string& body : YencodeParts(Attachment(spread), SpreadName(spread), 5))
+                parts.emplace_back(spread, std::move(body));
+        }
+        std::shuffle(parts.begin(), parts.end(), std::mt19937(5));
+        for (int number = 2; number <= articles; ++number) {
+            if (number % 2 == 0 || parts.empty()) {
+                bodies.push_back(Uuencode(Attachment(number), "k" + std::to_string(number) + ".jpg"));
+            } else {
+                bodies.push_back(parts.back().second);
+                partIn[number] = parts.back().first;
+                parts.pop_back();
+            }
+        }
+    }
+
+    // Are the parts of these articles there, or the files that they make? Those of the lost ones may not be.
+    void ExpectPartsBelow(int pointer, const std::set<int>& lost, const std::string& destination) const
+    {
+        std::map<std::string, std::size_t> expected;
+        for (const auto& [article, attachment] : partIn)
+            expected[SpreadName(attachment)] += article < pointer && !lost.contains(article) ? 1 : 0;
+        std::map<std::string, std::size_t> kept;
+        for (const std::string& file : FilesBelow(destination + ".tamarack-parts")) {
+            const auto journal = SetJournal::Read(ContentOf(destination + ".tamarack-parts/" + file));
+            if (journal)
+                kept[journal->Name()] = journal->Parts().size();
+        }
+        for (const auto& [name, count] : expected) {
+            const bool isWhole = fs::exists(destination + name) || fs::exists(destination + "alt.kites/" + name);
+            EXPECT_TRUE(isWhole || kept[name] >= count) << name << ": " << kept[name] << " of " << count << " parts";
+        }
+    }
+
+    std::vector<std::string> bodies; // from article 2 on
+    std::map<int, int> partIn; // article: attachment
+    int spread = 0; // attachments in parts
+};
 
 class KilledProgramTest : public ProgramTest {
 protected:
@@ -75,11 +126,9 @@ TEST_F(KilledProgramTest, AtAnyMomentLeavesWholeFiles)
 {
     const char* const wanted = std::getenv("TAMARACK_KILLS");
     const int kills = wanted != nullptr ? std::atoi(wanted) : 12;
-    std::vector<std::string> bodies;
-    for (int number = 2; number <= articles; ++number)
-        bodies.push_back(Uuencode(Attachment(number), "k" + std::to_string(number) + ".jpg"));
+    const KillPostings postings;
     // Many groups, so that a kill meets the writing of their file at times.
-    SampleGroups groups{GroupOf("alt.kites", 1, bodies)};
+    SampleGroups groups{GroupOf("alt.kites", 1, postings.bodies)};
     while (groups.size() < 5000)
         groups.push_back({"alt.boats" + std::to_string(groups.size()), {}});
     SampleServer server(groups);
@@ -88,11 +137,13 @@ TEST_F(KilledProgramTest, AtAnyMomentLeavesWholeFiles)
     std::mt19937 random(static_cast<unsigned>(kills));
     int last = 0;
     int stored = 0;
+    std::set<int> lost; // articles that were in hand
     for (int kill = 0; kill < kills; ++kill) {
         SCOPED_TRACE(kill);
         if (last >= articles) { // and from the first article again
             Forget();
             last = 0;
+            lost.clear();
         }
         StartVictim(server);
         // This start works, and has come to its search or to its refresh.
@@ -116,18 +167,30 @@ TEST_F(KilledProgramTest, AtAnyMomentLeavesWholeFiles)
         last = pointer;
         for (const std::string& file : FilesBelow(destination)) {
             const std::string name = file.substr(file.find('/') + 1);
-            if (name.starts_with('.') || name.starts_with("article"))
-                continue; // one that was being written, or a body
+            if (file.starts_with('.') || name.starts_with('.') || name.starts_with("article"))
+                continue; // parts, one that was being written, or a body
             ++stored;
             const int number = std::atoi(name.c_str() + 1);
             EXPECT_EQ(ContentOf(destination + file), Attachment(number)) << name;
-            EXPECT_LE(number, pointer);
+            EXPECT_TRUE(number <= pointer || name[0] == 'p');
         }
+        postings.ExpectPartsBelow(pointer, lost, destination);
+        lost.insert(pointer);
         EXPECT_TRUE(ContentOf(ProgramFile("!@#!." + serverName)).ends_with("\"\r\n"));
         EXPECT_EQ(ContentOf(SelectedFile()), "alt.kites\r\n");
         EXPECT_EQ(Settings(folder.File("settings.ini")).GetSetting("Startup", "6"), "kept");
     }
     EXPECT_GT(stored, 0);
+
+    // With each part coming once more, all attachments become whole.
+    fs::remove(PointerFile());
+    const std::size_t before = server.CommandCount("list");
+    StartVictim(server);
+    ASSERT_TRUE(Until([&] { return server.CommandCount("list") > before; }));
+    victim.kill();
+    ASSERT_TRUE(victim.waitForFinished());
+    for (int number = 0; number < postings.spread; ++number)
+        EXPECT_EQ(ContentOf(destination + "alt.kites/" + SpreadName(number)), Attachment(number)) << number;
 }
 
 TEST_F(KilledProgramTest, WhatItHadInHandGoesAtTheNextSearch)

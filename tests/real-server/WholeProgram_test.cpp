@@ -348,3 +348,24 @@ TEST_F(SoakTest, MemoryStaysFlatAndFilesAreRight)
         EXPECT_TRUE(fs::exists(destination + file) || brokenOff.contains(file)) << file << " is missing";
     EXPECT_TRUE(desktop.boxes.empty());
 }
+
+TEST_F(WholeProgramTest, AttachmentInPartsInAnyOrder)
+{
+    const std::string group = "alt.kites";
+    Serve({group}, 1, {});
+    if (HasFatalFailure())
+        return;
+    std::mt19937 random(9);
+    std::string bytes(4'000'000, '\0');
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+    std::vector<std::string> parts = YencodeParts(bytes, "gale.jpg", 16);
+    std::shuffle(parts.begin(), parts.end(), random);
+    for (const std::string& part : parts)
+        ASSERT_THAT(server.Post(group, "gale.jpg (1/1)", "See below.\r\n\r\n" + part), testing::StartsWith("240"));
+
+    StartProgram();
+    SearchPatiently();
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 1");
+    EXPECT_TRUE(ContentOf(destination + group + "/gale.jpg") == bytes);
+    EXPECT_TRUE(desktop.boxes.empty());
+}

@@ -1,6 +1,8 @@
 #include "demo/sample/Encoders.h"
 #include "tests/shell/ProgramTest.h"
 
+#include <QLabel>
+
 #include <filesystem>
 
 using testing::Contains;
@@ -171,4 +173,42 @@ TEST_F(AttachmentSavingTest, Limits)
         Search();
         EXPECT_EQ(server.ConnectionCount() - connections, row.connectionStays ? 0U : 1U);
     }
+}
+
+// Over two groups, two searches and two starts of the program. The attachment counts when it is whole, and once.
+TEST_F(AttachmentSavingTest, PartsWaitForTheOthers)
+{
+    const std::string kite(5000, 'k');
+    const std::vector<std::string> parts = YencodeParts(kite, "kite.jpg", 4);
+    const std::vector<std::string> boat = YencodeParts("boat", "boat.jpg", 2);
+    const auto toolTip = [] { return Find<QLabel>("StatusBar1.Panels(2)").toolTip().toStdString(); };
+    const auto expect = [&](const std::string& caption, const char* items, const char* waiting) {
+        atCaption[caption] = [=] {
+            EXPECT_EQ(PanelText("StatusBar1", 2), items) << caption;
+            EXPECT_EQ(toolTip(), waiting) << caption;
+        };
+    };
+    SampleServer server({GroupOf("alt.boats", 1, {parts[3], boat[0] + parts[0], parts[3], Kite("red")})});
+    Start({"alt.boats", "alt.kites"}, server.Port());
+    EXPECT_EQ(toolTip(), "Total items found");
+    expect("Finished decoding 2 of 5 -- alt.boats", "Items: 0", "1 attachment is waiting for 3 more of 4 articles");
+    expect("Finished decoding 4 of 5 -- alt.boats", "Items: 0", "2 attachments are waiting for 3 more of 6 articles");
+    Search();
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 1");
+
+    server.SetGroups({GroupOf("alt.kites", 1, {parts[1], parts[2] + boat[1], parts[2]})});
+    MakeFile(PointerFile(), "");
+    Start({"alt.kites"}, server.Port());
+    EXPECT_EQ(toolTip(), "2 attachments are waiting for 3 more of 6 articles");
+    Search();
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 1");
+    EXPECT_EQ(toolTip(), "1 attachment is waiting for 3 more of 4 articles")
+        << "a part behind the last one begins anew";
+    program->MainWindow().txtSelectDir.SetText(destination + "alt.kites/");
+    Search();
+    EXPECT_EQ(toolTip(), "Total items found");
+    std::filesystem::remove_all(destination + ".tamarack-parts");
+    EXPECT_THAT(Stored(),
+        testing::UnorderedElementsAre(
+            "alt.boats/kite.jpg: red", "alt.kites/boat.jpg: boat", "alt.kites/kite.jpg: " + kite));
 }

@@ -1,0 +1,311 @@
+#include "decoder/AttachmentSets.h"
+
+#include "base/Files.h"
+
+#include <libdeflate.h>
+
+#include <algorithm>
+#include <fcntl.h>
+#include <iterator>
+#include <memory>
+#include <utility>
+
+// The data come before the record that tells of them, and the journal stays until the name is given: a kill at any
+// moment leaves a set that has the part, or has not. Whether the disk has kept all of it when the power went shows when
+// the whole is read once more, at the end.
+
+namespace {
+
+constexpr std::size_t blockSize = 256 * 1024;
+
+// Of a part that has to be looked at as a whole first. Most parts are smaller.
+constexpr std::size_t mostBytesInMemory = 1024 * 1024;
+
+[[nodiscard]] bool WriteAt(const Descriptor& file, std::string_view bytes, std::uint64_t offset)
+{
+    while (!bytes.empty()) {
+        const ssize_t count = pwrite(file.Number(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+        offset += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+// Hands out so many bytes of a file, block by block, until `take` has enough. False if there are less.
+template <class Take>
+[[nodiscard]] bool ReadFrom(const Descriptor& file, std::uint64_t offset, std::uint64_t size, const Take& take)
+{
+    const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
+    while (size != 0) {
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(size, blockSize));
+        const ssize_t count = pread(file.Number(), block.get(), wanted, static_cast<off_t>(offset));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0 || !take(std::string_view(block.get(), static_cast<std::size_t>(count))))
+            return false;
+        offset += static_cast<std::size_t>(count);
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+// Gives back what bytes that do not count take on the disk, where it can do that.
+void Punch(const Descriptor& file, std::uint64_t begin, std::uint64_t size)
+{
+    (void)fallocate(
+        file.Number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(begin), static_cast<off_t>(size));
+}
+
+std::uint32_t Checksum(std::uint32_t before, std::string_view bytes)
+{
+    return static_cast<std::uint32_t>(libdeflate_crc32(before, bytes.data(), bytes.size()));
+}
+
+}
+
+void AttachmentSets::Open(const std::string& destination, std::string_view newName, const PartPlace& newPlace)
+{
+    Drop();
+    name = newName;
+    place = newPlace;
+    refusal = Outcome::Damaged;
+    if (place.wholeSize > largestSpreadAttachment || place.total > mostParts || name.size() > longestSpreadName)
+        return;
+    refusal = Outcome::NotWritten;
+    if (!folder.Enter(destination, SetFolder::Missing::Make))
+        return;
+    key = folder.KeyOf(name, place.wholeSize);
+    sets = folder.SetsOf(name, place.wholeSize);
+    if (!folder.MakeRoom(place.size, key)) {
+        refusal = Outcome::Damaged;
+        return;
+    }
+    // Nearly always it is clear where the bytes belong before the first one is there.
+    const ReceivedPart part = PartInHand();
+    targetIsNew = sets.empty();
+    if (targetIsNew)
+        targetPath = folder.NewPath(key);
+    else if (sets.size() == 1 && sets.front().journal.Admits(part) && sets.front().journal.IsFree(part))
+        targetPath = sets.front().path;
+    if (!targetIsNew || !targetPath.empty())
+        refusal = Outcome::None;
+}
+
+ReceivedPart AttachmentSets::PartInHand(const PartEnd& end) const
+{
+    return {place.begin, place.size, end.checksum, static_cast<std::uint32_t>(place.total), end.wholeChecksum,
+        end.isProven};
+}
+
+// The file is made with the first bytes and not before, so that a body full of broken parts costs nothing.
+bool AttachmentSets::OpenTarget()
+{
+    if (targetPath.empty()) {
+        target = folder.MakeScratch();
+        return target.IsOpen() && WriteAt(target, std::exchange(inMemory, {}), 0);
+    } else {
+        const std::string path = SetFolder::DataOf(targetPath);
+        target = targetIsNew ? SetFolder::MakeAnew(path) : SetFolder::Open(path, O_RDWR);
+    }
+    return target.IsOpen();
+}
+
+void AttachmentSets::Write(std::string_view bytes)
+{
+    if (refusal != Outcome::None)
+        return;
+    if (bytes.size() > place.size - written)
+        refusal = Outcome::Damaged; // and nothing is written beyond its place
+    else if (targetPath.empty() && written + bytes.size() <= mostBytesInMemory)
+        inMemory += bytes;
+    else if ((!target.IsOpen() && !OpenTarget()) || !WriteAt(target, bytes, TargetBegin() + written))
+        refusal = Outcome::NotWritten;
+    written += bytes.size();
+}
+
+void AttachmentSets::Drop()
+{
+    if (target.IsOpen() && targetIsNew) {
+        (void)DeleteFile(SetFolder::DataOf(targetPath));
+    } else if (target.IsOpen() && !targetPath.empty()) {
+        Punch(target, place.begin, place.size);
+        folder.Note(sets.front());
+    }
+    target = Descriptor();
+    targetPath.clear();
+    targetIsNew = false;
+    inMemory = {};
+    sets.clear();
+    written = 0;
+    folder.Leave();
+}
+
+Outcome AttachmentSets::Keep(const PartEnd& end, const GiveName& giveName)
+{
+    Outcome outcome = refusal;
+    if (outcome == Outcome::None && written != place.size)
+        outcome = Outcome::Damaged;
+    std::string path;
+    if (outcome == Outcome::None)
+        outcome = Take(PartInHand(end), path);
+    if (outcome == Outcome::Part && !path.empty())
+        outcome = Finish(path, giveName);
+    Drop();
+    return outcome;
+}
+
+// Finds the set of a sound part and adds it there. `path` becomes that of the set which now has it.
+Outcome AttachmentSets::Take(const ReceivedPart& part, std::string& path)
+{
+    KeptSet* certain = nullptr; // the attachment's check sum will tell
+    KeptSet* there = nullptr;
+    std::vector<KeptSet*> possible;
+    for (KeptSet& set : sets) {
+        if (!set.journal.Admits(part))
+            continue;
+        if (set.journal.Holds(part))
+            there = &set;
+        if (!set.journal.IsFree(part))
+            continue;
+        possible.push_back(&set);
+        if (part.wholeChecksum && set.journal.WholeChecksum() == part.wholeChecksum)
+            certain = &set;
+    }
+    if (there != nullptr && certain == nullptr) {
+        path = there->path;
+        return Outcome::Part;
+    }
+    if (possible.size() > 1 && !part.wholeChecksum)
+        return Outcome::Part; // to put it into the wrong one would make a wrong file
+    KeptSet* set = possible.size() == 1 ? possible.front() : certain;
+    if (set != nullptr && set->journal.Parts().size() >= mostParts)
+        return Outcome::Damaged;
+
+    const bool isNew = set == nullptr;
+    KeptSet made{isNew && !targetIsNew ? folder.NewPath(key) : targetPath, SetJournal(name, place.wholeSize)};
+    if (isNew)
+        set = &made;
+    const bool liesThere = set->path == targetPath;
+    if (set->path.empty() || (!liesThere && !CopyTarget(set->path, isNew)) || !AddToJournal(*set, part, isNew))
+        return Outcome::NotWritten;
+    if (liesThere) {
+        // The disk has time for it while the next parts come, and the wait at the end is short.
+        (void)sync_file_range(
+            target.Number(), static_cast<off_t>(place.begin), static_cast<off_t>(place.size), SYNC_FILE_RANGE_WRITE);
+        target = Descriptor();
+    }
+    folder.Note(*set);
+    path = set->path;
+    return Outcome::Part;
+}
+
+bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
+{
+    const std::string file = SetFolder::DataOf(path);
+    const Descriptor data = isNew ? SetFolder::MakeAnew(file) : SetFolder::Open(file, O_RDWR);
+    std::uint64_t at = place.begin;
+    const auto write = [&](std::string_view bytes) {
+        const bool wrote = WriteAt(data, bytes, at);
+        at += bytes.size();
+        return wrote;
+    };
+    const bool copied
+        = data.IsOpen() && (target.IsOpen() ? ReadFrom(target, TargetBegin(), place.size, write) : write(inMemory));
+    if (!copied && isNew)
+        (void)DeleteFile(file);
+    else if (!copied && data.IsOpen())
+        Punch(data, place.begin, place.size);
+    return copied;
+}
+
+bool AttachmentSets::AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew) const
+{
+    const std::string path = SetFolder::JournalOf(set.path);
+    const std::size_t end = set.journal.Length();
+    set.journal.Add(part);
+    if (isNew) {
+        Descriptor file = SetFolder::MakeAnew(path);
+        if (file.IsOpen() && !file.Write(set.journal.Bytes()) && !file.Close())
+            return true;
+        (void)DeleteFile(path);
+        (void)DeleteFile(SetFolder::DataOf(set.path));
+        return false;
+    }
+    Descriptor file = SetFolder::Open(path, O_WRONLY);
+    // Behind the last whole record there may be one whose writing broke off.
+    if (!file.IsOpen() || ftruncate(file.Number(), static_cast<off_t>(end)) != 0)
+        return false;
+    if (WriteAt(file, SetJournal::Record(part), end) && !file.Close())
+        return true;
+    (void)!truncate(path.c_str(), static_cast<off_t>(end)); // half a record would not be read either
+    return false;
+}
+
+// The whole.
+
+// Reads the attachment once more and gives it its name. Part if it is not whole.
+Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName)
+{
+    auto journal = SetFolder::Read(path);
+    const std::string dataPath = SetFolder::DataOf(path);
+    Descriptor data = SetFolder::Open(dataPath, O_RDWR);
+    if (!journal || !journal->IsWhole() || !data.IsOpen())
+        return Outcome::Part;
+    const auto toldChecksum = journal->WholeChecksum();
+    std::uint32_t wholeChecksum = 0;
+    const auto isRight = [&](const ReceivedPart& part) {
+        std::uint32_t checksum = 0;
+        return ReadFrom(data, part.begin, part.size, [&](std::string_view bytes) {
+            checksum = Checksum(checksum, bytes);
+            if (toldChecksum)
+                wholeChecksum = Checksum(wholeChecksum, bytes);
+            return true;
+        }) && checksum == part.checksum;
+    };
+    std::vector<ReceivedPart> wrong;
+    std::copy_if(journal->Parts().begin(), journal->Parts().end(), std::back_inserter(wrong),
+        [&](const ReceivedPart& part) { return !isRight(part); });
+    if (!wrong.empty()) {
+        ForgetParts({path, *journal}, data, wrong);
+        return Outcome::Part;
+    }
+    if (toldChecksum.value_or(wholeChecksum) != wholeChecksum) {
+        // Those that proved themselves stay; if all of them did, what they are said to make is not true.
+        std::copy_if(journal->Parts().begin(), journal->Parts().end(), std::back_inserter(wrong),
+            [](const ReceivedPart& part) { return !part.isProven; });
+        ForgetParts({path, *journal}, data, wrong.empty() ? journal->Parts() : wrong);
+        return Outcome::Damaged;
+    }
+    if (ftruncate(data.Number(), static_cast<off_t>(journal->Size())) != 0)
+        return Outcome::NotWritten;
+    UnnamedFile file(dataPath, std::move(data));
+    if (!giveName(journal->Name(), file))
+        return Outcome::NotWritten;
+    folder.Remove(path);
+    return Outcome::Stored;
+}
+
+void AttachmentSets::ForgetParts(KeptSet set, const Descriptor& data, const std::vector<ReceivedPart>& parts)
+{
+    for (const ReceivedPart& part : parts) {
+        set.journal.Forget(part);
+        Punch(data, part.begin, part.size);
+    }
+    if (set.journal.Parts().empty() || ReplaceFile(SetFolder::JournalOf(set.path), {set.journal.Bytes()}))
+        folder.Remove(set.path); // without its journal it is of no use
+    else
+        folder.Note(set);
+}
+
+void AttachmentSets::FinishWhole(const std::string& destination, const GiveName& giveName)
+{
+    if (!folder.HasWhole(destination) || !folder.Enter(destination, SetFolder::Missing::Leave))
+        return;
+    for (const std::string& path : folder.TakeWhole())
+        (void)Finish(path, giveName); // what is not finished now is met again
+    folder.Leave();
+}

@@ -1,0 +1,288 @@
+#include "decoder/SetFolder.h"
+
+#include "base/Files.h"
+#include "base/UnnamedFile.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <thread>
+#include <utility>
+
+namespace {
+
+constexpr std::string_view folderName = ".tamarack-parts";
+constexpr std::string_view lockName = "lock";
+constexpr std::string_view scratchName = "scratch";
+constexpr std::string_view journalEnding = ".journal";
+constexpr std::string_view dataEnding = ".data";
+constexpr std::size_t keyDigits = 16;
+constexpr std::size_t setNameSize = keyDigits + 2;
+
+// Another program has the folder while a part is decoded, or a whole attachment is read. One that has stopped there
+// must not stop this one.
+constexpr auto longestWaitForLock = std::chrono::seconds(10);
+constexpr auto pauseBetweenTries = std::chrono::milliseconds(5);
+
+constexpr auto countingLasts = std::chrono::hours(24);
+
+// By 64-bit FNV-1a. Two attachments of one number are told apart by what stands in the journal.
+std::string DigitsOf(std::string_view name, std::uint64_t size)
+{
+    std::uint64_t hash = 0xcbf29ce484222325;
+    const auto take = [&hash](unsigned char byte) { hash = (hash ^ byte) * 0x100000001b3; };
+    for (const char byte : name)
+        take(static_cast<unsigned char>(byte));
+    for (int byte = 0; byte < 8; ++byte)
+        take(static_cast<unsigned char>(size >> 8 * byte));
+    char digits[keyDigits + 1];
+    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
+    return digits;
+}
+
+bool IsSetName(std::string_view name)
+{
+    return name.size() == setNameSize && name.find_first_not_of("0123456789abcdef") == keyDigits
+        && name[keyDigits] == '-' && name.back() >= '0' && name.back() < '0' + mostSetsOfOneName;
+}
+
+std::string FileOf(std::string_view path, std::string_view ending) { return std::string(path).append(ending); }
+
+// When the last part came, by the system's clock; 0 if there is no journal.
+SetFolder::Moment LastAddition(const std::string& path)
+{
+    struct stat status = {};
+    if (lstat(SetFolder::JournalOf(path).c_str(), &status) != 0)
+        return {};
+    return std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+}
+
+SetFolder::Moment Now() { return std::chrono::system_clock::now().time_since_epoch(); }
+
+}
+
+bool SetFolder::Enter(const std::string& destination, Missing missing)
+{
+    const std::string directory = FileOf(destination, folderName);
+    const auto deadline = std::chrono::steady_clock::now() + longestWaitForLock;
+    for (; std::chrono::steady_clock::now() < deadline; std::this_thread::sleep_for(pauseBetweenTries)) {
+        const bool isNew = missing == Missing::Make && !MakeDirectory(directory);
+        struct stat status = {};
+        // A link would lead out of the destination.
+        if (lstat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+            return false;
+        if (isNew || folder != directory + "/")
+            Forget(directory + "/");
+        const std::string lockPath = FileOf(folder, lockName);
+        lock = Descriptor(open(lockPath.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+        if (!lock.IsOpen()) {
+            // The folder may have gone with its last set; or something else stands there.
+            if (errno != ENOENT && DeleteFile(lockPath))
+                return false;
+            continue;
+        }
+        mayRemove = flock(lock.Number(), LOCK_EX | LOCK_NB) == 0;
+        // On a disk that knows no locks nobody gets one, and nobody removes what another one may have in hand.
+        if ((!mayRemove && errno != EWOULDBLOCK) || (mayRemove && HasName(lock, lockPath))) {
+            if (countedAt == Moment() || Now() - countedAt > countingLasts)
+                Count();
+            return true;
+        }
+    }
+    lock = Descriptor();
+    return false;
+}
+
+void SetFolder::Leave()
+{
+    if (lock.IsOpen() && counted.empty()) {
+        (void)DeleteFile(FileOf(folder, lockName));
+        (void)rmdir(folder.c_str()); // unless somebody else has put something there
+    }
+    lock = Descriptor();
+}
+
+void SetFolder::Forget(const std::string& newFolder)
+{
+    folder = newFolder;
+    countedAt = {};
+    counted.clear();
+    whole.clear();
+    waiting = {};
+    bytesOnDisk = 0;
+}
+
+void SetFolder::Count()
+{
+    Forget(folder);
+    countedAt = Now();
+    if (mayRemove)
+        (void)DeleteFile(FileOf(folder, ".replacement.new")); // of a journal
+    for (const std::string& file : NamesIn(folder, EntryKind::File).value_or(std::vector<std::string>())) {
+        if (!IsSetName(std::string_view(file).substr(0, setNameSize)))
+            continue;
+        const std::string path = folder + file.substr(0, setNameSize);
+        if (counted.contains(path))
+            continue;
+        auto journal = Read(path);
+        if (journal && countedAt - LastAddition(path) <= longestWaitOfSets) {
+            if (journal->IsWhole())
+                whole.push_back(path);
+            Note({path, std::move(*journal)});
+        } else if (mayRemove) {
+            Remove(path);
+        }
+    }
+}
+
+void SetFolder::Note(const KeptSet& set)
+{
+    struct stat data = {};
+    if (lstat(DataOf(set.path).c_str(), &data) != 0)
+        return;
+    Uncount(set.path);
+    const Counted now{set.journal.Parts().size(), set.journal.Articles(),
+        static_cast<std::uint64_t>(data.st_blocks) * 512, LastAddition(set.path)};
+    counted[set.path] = now;
+    ++waiting.attachments;
+    waiting.missing += now.articles - now.parts;
+    waiting.articles += now.articles;
+    bytesOnDisk += now.bytes;
+}
+
+void SetFolder::Uncount(const std::string& path)
+{
+    const auto found = counted.find(path);
+    if (found == counted.end())
+        return;
+    const Counted& old = found->second;
+    --waiting.attachments;
+    waiting.missing -= old.articles - old.parts;
+    waiting.articles -= old.articles;
+    bytesOnDisk -= old.bytes;
+    counted.erase(found);
+}
+
+void SetFolder::Remove(const std::string& path)
+{
+    (void)DeleteFile(DataOf(path));
+    (void)DeleteFile(JournalOf(path));
+    Uncount(path);
+}
+
+bool SetFolder::MakeRoom(std::uint64_t size, const std::string& key)
+{
+    std::size_t most = mostSets;
+    const auto hasRoom = [&] { return counted.size() < most && bytesOnDisk + size <= mostBytesOfSets; };
+    if (hasRoom())
+        return true;
+    Count();
+    if (hasRoom() || !mayRemove)
+        return hasRoom();
+    most -= most / 16; // so that the next ones find room
+    std::vector<std::pair<Moment, std::string>> oldest;
+    for (const auto& [path, set] : counted) {
+        if (!path.starts_with(key))
+            oldest.emplace_back(set.added, path);
+    }
+    std::sort(oldest.begin(), oldest.end());
+    for (auto next = oldest.begin(); next != oldest.end() && !hasRoom(); ++next)
+        Remove(next->second);
+    return hasRoom();
+}
+
+WaitingSets SetFolder::Waiting(const std::string& destination)
+{
+    const std::string directory = FileOf(destination, folderName);
+    if (folder != directory + "/" || !DirExists(directory))
+        Forget(directory + "/");
+    if (countedAt == Moment() && DirExists(directory) && Enter(destination, Missing::Leave))
+        Leave();
+    return waiting;
+}
+
+std::string SetFolder::KeyOf(std::string_view name, std::uint64_t size) const
+{
+    return folder + DigitsOf(name, size) + "-";
+}
+
+std::vector<KeptSet> SetFolder::SetsOf(std::string_view name, std::uint64_t size) const
+{
+    std::vector<KeptSet> found;
+    const std::string key = KeyOf(name, size);
+    for (int number = 0; number < mostSetsOfOneName; ++number) {
+        const std::string path = key + std::to_string(number);
+        auto journal = Read(path);
+        if (journal && journal->Name() == name && journal->Size() == size)
+            found.push_back({path, std::move(*journal)});
+    }
+    return found;
+}
+
+std::string SetFolder::NewPath(const std::string& key)
+{
+    std::string oldest;
+    Moment oldestAddition = Moment::max();
+    for (int number = 0; number < mostSetsOfOneName; ++number) {
+        std::string path = key + std::to_string(number);
+        if (!Read(path)) {
+            Remove(path);
+            struct stat status = {};
+            if (lstat(DataOf(path).c_str(), &status) != 0 && lstat(JournalOf(path).c_str(), &status) != 0)
+                return path;
+        } else if (LastAddition(path) < oldestAddition) {
+            oldestAddition = LastAddition(path);
+            oldest = std::move(path);
+        }
+    }
+    if (!oldest.empty())
+        Remove(oldest);
+    return oldest;
+}
+
+bool SetFolder::HasWhole(const std::string& destination) const
+{
+    return !whole.empty() && folder == FileOf(destination, folderName) + "/";
+}
+
+std::vector<std::string> SetFolder::TakeWhole() { return std::exchange(whole, {}); }
+
+Descriptor SetFolder::MakeScratch() const
+{
+    const std::string path = FileOf(folder, scratchName);
+    Descriptor file = MakeAnew(path);
+    (void)DeleteFile(path);
+    return file;
+}
+
+std::string SetFolder::JournalOf(std::string_view path) { return FileOf(path, journalEnding); }
+
+std::string SetFolder::DataOf(std::string_view path) { return FileOf(path, dataEnding); }
+
+std::optional<SetJournal> SetFolder::Read(const std::string& path)
+{
+    const Descriptor file = Open(JournalOf(path), O_RDONLY);
+    struct stat status = {};
+    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !Open(DataOf(path), O_RDONLY).IsOpen())
+        return std::nullopt;
+    std::string bytes(std::min(static_cast<std::size_t>(status.st_size), SetJournal::longest), '\0');
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(file.Read(bytes.data(), bytes.size()), 0)));
+    return SetJournal::Read(bytes);
+}
+
+Descriptor SetFolder::Open(const std::string& file, int access)
+{
+    Descriptor opened(open(file.c_str(), access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status = {};
+    if (!opened.IsOpen() || fstat(opened.Number(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_nlink > 1)
+        return {};
+    return opened;
+}
+
+Descriptor SetFolder::MakeAnew(const std::string& file)
+{
+    (void)DeleteFile(file);
+    return Descriptor(open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+}
