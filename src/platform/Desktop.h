@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,11 @@ public:
     // clicks; timers, the socket and a request to end the program go on, and their handlers run inside this call.
     virtual MessageAnswer MsgBox(
         std::string_view text, std::string_view title, MessageButtons buttons = MessageButtons::Ok);
+
+    // Asks a question of safety, with Yes and No, in a message box that blocks no window: whatever can be pressed while
+    // nobody asks can be pressed now. Its default is No, and so are Escape and the box's close button. Lets events
+    // through; as soon as `isWanted` is false, the box goes, and the answer is false.
+    virtual bool Ask(std::string_view text, std::string_view title, const std::function<bool()>& isWanted);
 
     // Blocks the thread; no event is delivered. The windows are painted before, so that a text set just now can be
     // read. A timer that is due meanwhile ticks once, afterwards; what the server sends waits.

@@ -8,6 +8,7 @@
 #include <QFontInfo>
 #include <QLabel>
 #include <QLocale>
+#include <QPainter>
 #include <QTimer>
 #include <algorithm>
 #include <numeric>
@@ -23,7 +24,7 @@ public:
         setToolTip(ToDisplay(design.toolTip));
         setTextFormat(Qt::PlainText);
         setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
-        setIndent(2);
+        setIndent(margin);
         paintTimer.setSingleShot(true);
         paintTimer.setInterval(50);
         connect(&paintTimer, &QTimer::timeout, this, [this] { update(); });
@@ -41,6 +42,21 @@ public:
         setAttribute(Qt::WA_UpdatesDisabled, false);
         if (!paintedJustNow)
             paintTimer.start();
+    }
+
+    // The text makes room for it. False if nothing changes.
+    bool SetPadlock(bool shown)
+    {
+        if (shown == hasPadlock)
+            return false;
+        hasPadlock = shown;
+        return true;
+    }
+
+    void SetLetters(const QFont& letters)
+    {
+        setFont(letters);
+        setIndent(IndentIn(letters));
     }
 
     void SetStyle(PanelStyle newStyle)
@@ -63,12 +79,40 @@ public:
         int width = 0;
         for (const QString& text : longest)
             width = std::max(width, metrics.horizontalAdvance(text));
-        return width + indent() + 2 * frameWidth() + 1;
+        return width + IndentIn(letters) + 2 * frameWidth() + 1;
     }
 
     const bool takesRest;
 
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        QLabel::paintEvent(event);
+        if (!hasPadlock)
+            return;
+        // The body takes the lower half; the shackle stands on it.
+        const double side = PadlockSide(font());
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.translate(frameWidth() + margin, (height() - side) / 2);
+        const QColor colour = palette().color(foregroundRole());
+        painter.setPen(QPen(colour, side / 8));
+        const QRectF shackle(side * 0.28, side * 0.06, side * 0.44, side * 0.6);
+        painter.drawArc(shackle, 0, 180 * 16);
+        painter.drawLine(QLineF(shackle.left(), shackle.center().y(), shackle.left(), side * 0.5));
+        painter.drawLine(QLineF(shackle.right(), shackle.center().y(), shackle.right(), side * 0.5));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(colour);
+        painter.drawRoundedRect(QRectF(side * 0.1, side * 0.48, side * 0.8, side * 0.52), side / 12, side / 12);
+    }
+
 private:
+    static constexpr int margin = 2;
+
+    static int PadlockSide(const QFont& letters) { return QFontInfo(letters).pixelSize(); }
+
+    int IndentIn(const QFont& letters) const { return hasPadlock ? 2 * margin + PadlockSide(letters) : margin; }
+
     QString Clock(const QDateTime& when) const
     {
         const QLocale locale;
@@ -78,6 +122,7 @@ private:
 
     QStringList longest;
     PanelStyle style = PanelStyle::Text;
+    bool hasPadlock = false;
     QTimer paintTimer;
 };
 
@@ -108,7 +153,7 @@ public:
         for (int smaller = size - 1; WidthIn(letters) > width() && smaller >= size * 3 / 4; --smaller)
             letters.setPixelSize(smaller);
         for (Field* field : fields) {
-            field->setFont(letters);
+            field->SetLetters(letters);
             if (field->takesRest)
                 field->setMinimumWidth(1);
             else
@@ -147,6 +192,14 @@ StatusPanel::StatusPanel(Field* newField)
 }
 
 void StatusPanel::SetText(std::string_view text) { field->Show(ToShow(text)); }
+
+void StatusPanel::SetToolTip(std::string_view text) { field->setToolTip(ToToolTip(ToShow(text))); }
+
+void StatusPanel::SetPadlock(bool shown)
+{
+    if (field->SetPadlock(shown))
+        static_cast<Row*>(field->parentWidget())->Fit();
+}
 
 void StatusPanel::SetStyle(PanelStyle style)
 {

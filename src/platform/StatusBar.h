@@ -16,6 +16,12 @@ class StatusPanel {
 public:
     void SetText(std::string_view text);
 
+    // Never taken for rich text.
+    void SetToolTip(std::string_view text);
+
+    // A padlock before the text.
+    void SetPadlock(bool shown);
+
     void SetStyle(PanelStyle style);
 
 private:

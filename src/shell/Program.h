@@ -8,6 +8,7 @@
 #include "pictures/SlideShow.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
+#include "shell/CertificateQuestion.h"
 #include "shell/MainSettings.h"
 #include "shell/ProgramPlaces.h"
 
@@ -49,6 +50,7 @@ private:
     GroupFilters groupFilters{MainForm, Session};
     ServerList serverList{MainForm, Session, settings, desktop, selectedGroups, groupStore,
         AddressOfFile(places.resources + "help/find-a-server.html")};
+    CertificateQuestion certificateQuestion{MainForm, Session, settings, desktop};
     Viewer viewer{MainForm, settings};
     PreviewStrip previewStrip{MainForm, viewer};
     SlideShow slideShow{MainForm, settings, desktop, viewer};
