@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-ProgramInFolder::ProgramInFolder(int port, const std::string& groupName)
+ProgramInFolder::ProgramInFolder(int port, const std::string& groupName, Wire wire)
     : group(groupName)
 {
     const std::string host = "127.0.0.1";
@@ -20,6 +20,10 @@ ProgramInFolder::ProgramInFolder(int port, const std::string& groupName)
     settings.SaveSetting("Startup", "1", destination);
 
     program = std::make_unique<Program>(desktop, places);
+    Socket& TCP1 = program->MainWindow().TCP1;
+    if (wire == Wire::Encrypted)
+        TCP1.SecurePorts = {port};
+    TCP1.AcceptCertificate = [](const Certificate&, const std::function<bool()>&) { return true; };
     program->Start();
     (void)Until([] { return IsVisible("frmTamarack"); });
     TypeInto("txtPort", std::to_string(port));

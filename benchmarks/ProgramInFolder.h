@@ -1,5 +1,6 @@
 #pragma once
 
+#include "demo/sample/Channel.h"
 #include "demo/support/TemporaryFolder.h"
 #include "demo/support/UnattendedDesktop.h"
 #include "shell/Program.h"
@@ -10,7 +11,7 @@
 // server, on 127.0.0.1, and one group, which it has read up to article 1.
 class ProgramInFolder {
 public:
-    ProgramInFolder(int port, const std::string& group);
+    ProgramInFolder(int port, const std::string& group, Wire wire = Wire::Plain);
 
     // Presses Find Now and comes back when the search is over. Whether it stored so many attachments, and told nothing
     // to its user.

@@ -59,9 +59,9 @@ bool WriteFile(const std::string& path, std::string_view bytes)
     return close(file) == 0 && written == static_cast<ssize_t>(bytes.size());
 }
 
-bool SearchByBareClient(std::uint16_t port, const TemporaryFolder& folder)
+bool SearchByBareClient(std::uint16_t port, Wire wire, const TemporaryFolder& folder)
 {
-    NewsClient client(port);
+    NewsClient client(port, wire);
     if (!client.Command("group " + group).starts_with("211 ") || !client.Command("stat 1").starts_with("223 "))
         return false;
     int stored = 0;
@@ -80,15 +80,16 @@ bool SearchByBareClient(std::uint16_t port, const TemporaryFolder& folder)
     }
 }
 
-std::optional<double> RunBareClient(std::uint16_t port)
+std::optional<double> RunBareClient(std::uint16_t port, Wire wire)
 {
     const TemporaryFolder folder;
-    return Timed([&] { return SearchByBareClient(port, folder); });
+    return Timed([&] { return SearchByBareClient(port, wire, folder); });
 }
 
-std::optional<double> RunProgram(std::uint16_t port, const std::string& searched = group, int count = articleCount)
+std::optional<double> RunProgram(
+    std::uint16_t port, Wire wire = Wire::Plain, const std::string& searched = group, int count = articleCount)
 {
-    ProgramInFolder program(port, searched);
+    ProgramInFolder program(port, searched, wire);
     const std::optional<double> time = Timed([&] { return program.Search(count); });
     for (int number = 2; number <= count + 1; ++number) {
         if (ContentOf(program.GroupDirectory() + AttachmentName(number)) != Attachment(number))
@@ -97,11 +98,11 @@ std::optional<double> RunProgram(std::uint16_t port, const std::string& searched
     return time;
 }
 
-void Compare(benchmark::State& state, std::uint16_t port)
+void Compare(benchmark::State& state, std::uint16_t port, Wire wire = Wire::Plain, double limit = 1.5)
 {
     for (auto _ : state)
-        CompareSideBySide(state, rounds, [port] { return RunProgram(port); },
-            {"bare client", [port] { return RunBareClient(port); }, Aim::TimesItsTime, 1.5});
+        CompareSideBySide(state, rounds, [=] { return RunProgram(port, wire); },
+            {"bare client", [=] { return RunBareClient(port, wire); }, Aim::TimesItsTime, limit});
     state.SetItemsProcessed(articleCount);
 }
 
@@ -109,6 +110,12 @@ void ScanOnSampleServer(benchmark::State& state)
 {
     const ServerProcess server(Articles);
     Compare(state, server.Port());
+}
+
+void ScanEncrypted(benchmark::State& state)
+{
+    const ServerProcess server(Articles);
+    Compare(state, server.SecurePort(), Wire::Encrypted, 1.2);
 }
 
 // Others that need every processor for as long as it lives, as a compiler does.
@@ -154,7 +161,7 @@ void ScanGrowth(benchmark::State& state)
     for (auto _ : state)
         CompareWithATenth(
             state, rounds, [&] { return RunProgram(server.Port()); },
-            [&] { return RunProgram(server.Port(), smallGroup, articleCount / 10); });
+            [&] { return RunProgram(server.Port(), Wire::Plain, smallGroup, articleCount / 10); });
     state.SetItemsProcessed(articleCount);
 }
 
@@ -176,6 +183,7 @@ void ScanOnInterNetNews(benchmark::State& state)
 }
 
 BENCHMARK(ScanOnSampleServer)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(ScanEncrypted)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanOnBusyMachine)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanGrowth)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(ScanOnInterNetNews)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);

@@ -9,25 +9,27 @@
 
 ServerProcess::ServerProcess(const std::function<SampleGroups()>& groups)
 {
-    int ports[2] = {-1, -1};
-    if (pipe(ports) != 0) {
+    int ends[2] = {-1, -1};
+    if (pipe(ends) != 0) {
         process = -1;
         return;
     }
     process = fork();
     if (process == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        const SampleServer server(groups());
-        const std::uint16_t listening = server.Port();
-        if (write(ports[1], &listening, sizeof listening) != sizeof listening)
+        SampleServer::Options options;
+        options.identity = std::make_shared<Identity>();
+        const SampleServer server(groups(), options);
+        const std::uint16_t listening[2] = {server.Port(), server.SecurePort()};
+        if (write(ends[1], listening, sizeof listening) != sizeof listening)
             _exit(1);
         for (;;)
             pause();
     }
-    close(ports[1]);
-    if (read(ports[0], &port, sizeof port) != sizeof port)
-        port = 0;
-    close(ports[0]);
+    close(ends[1]);
+    if (read(ends[0], ports, sizeof ports) != sizeof ports)
+        ports[0] = ports[1] = 0;
+    close(ends[0]);
 }
 
 ServerProcess::~ServerProcess()

@@ -15,9 +15,11 @@ public:
     ServerProcess& operator=(const ServerProcess&) = delete;
 
     // 0 if the server did not come up.
-    std::uint16_t Port() const { return port; }
+    std::uint16_t Port() const { return ports[0]; }
+    // For encrypted connections; the certificate is one that nobody vouches for.
+    std::uint16_t SecurePort() const { return ports[1]; }
 
 private:
     pid_t process;
-    std::uint16_t port = 0;
+    std::uint16_t ports[2] = {};
 };

@@ -3,6 +3,7 @@
 #include "demo/sample/SampleArticles.h"
 #include "demo/sample/SampleServer.h"
 #include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "demo/support/UnattendedDesktop.h"
 #include "platform/Application.h"
 #include "platform/Desktop.h"
@@ -26,8 +27,10 @@ constexpr const char* usage = R"(Usage: tamarack-demo [--screenshots DIR]
 Opens Tamarack on a small news server of its own, with sample groups and pictures, ready for "Find Now". Settings, files
 and destination are the demo's own and are made anew at each start.
 
-With no display it does one whole search by itself, prints each stored file, compares it with what was posted, and writes
-pictures of the window to DIR. The exit code is then 0 if all is as posted, and 1 if not.
+The server has a second port, which is named at the start, for encrypted connections; nobody vouches for its certificate.
+
+With no display it does one whole search by itself, encrypted, prints each stored file, compares it with what was posted,
+and writes pictures of the window to DIR. The exit code is then 0 if all is as posted, and 1 if not.
 )";
 
 bool IsSet(const char* variable)
@@ -42,11 +45,12 @@ bool HasDisplay()
     return (IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY")) && !(platform && platform == std::string_view("offscreen"));
 }
 
-void Start(Program& program, const SampleServer& server)
+void Start(Program& program, const SampleServer& server, std::uint16_t port)
 {
+    program.MainWindow().TCP1.SecurePorts.push_back(server.SecurePort());
     program.Start();
     // The port belongs to no setting.
-    Find<QLineEdit>("txtPort").setText(QString::number(server.Port()));
+    Find<QLineEdit>("txtPort").setText(QString::number(port));
     ChooseMenu("mnuInteractiveDownload");
 }
 
@@ -77,23 +81,30 @@ int main(int argc, char** argv)
     // Who watches wants to see the pictures come, and to press "Stop Action" in time.
     SampleServer::Options options;
     options.bodyTime = attended ? 200ms : 0ms;
+    options.identity = std::make_shared<Identity>();
     const SampleServer server(postings.groups, options);
-    if (server.Port() == 0) {
-        std::fputs("tamarack-demo: no free port for the news server\n", stderr);
+    if (server.Port() == 0 || server.SecurePort() == 0) {
+        std::fputs("tamarack-demo: no free ports for the news server\n", stderr);
         return EXIT_FAILURE;
     }
     if (attended) {
         Desktop desktop;
         Program program(desktop, folder.Places());
-        Start(program, server);
-        std::printf("Press \"Find Now\". What it finds is stored in %s\n", folder.Destination().c_str());
+        Start(program, server, server.Port());
+        std::printf("Press \"Find Now\". What it finds is stored in %s\n"
+                    "Port %d, on \"Server Setup\", leads to the same server, encrypted, at the next connection.\n",
+            folder.Destination().c_str(), server.SecurePort());
         std::fflush(stdout);
         return application.Run();
     }
     UnattendedDesktop desktop;
     Program program(desktop, folder.Places());
-    Start(program, server);
+    Socket& TCP1 = program.MainWindow().TCP1;
+    TCP1.AuthoritiesFile = folder.Places().appDir + "certificate.pem";
+    (void)MakeFile(TCP1.AuthoritiesFile, options.identity->Certificate());
+    Start(program, server, server.SecurePort());
     const bool asPosted
         = SearchUnattended(folder, postings, desktop, screenshots.empty() ? folder.Screenshots() : screenshots);
-    return asPosted ? EXIT_SUCCESS : EXIT_FAILURE;
+    std::printf("The connection was %s.\n", TCP1.Encrypted() ? TCP1.Encrypted()->protocol.c_str() : "NOT ENCRYPTED");
+    return asPosted && TCP1.Encrypted() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,9 +1,9 @@
 # What the top-level scripts share: the Debian packages by purpose, how they get onto the machine, and the build. For
 # sourcing, with `root` set to the top of the tree.
 
-buildPackages=(g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libdeflate-dev libicu-dev pkg-config libwmf-dev libemf2svg-dev libseccomp-dev libfontconfig-dev)
+buildPackages=(g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libdeflate-dev libicu-dev pkg-config libwmf-dev libemf2svg-dev libseccomp-dev libfontconfig-dev libssl-dev)
 # What the program needs beside the libraries that it is linked with.
-windowPackages=(fonts-dejavu-core qt6-image-formats-plugins)
+windowPackages=(fonts-dejavu-core qt6-image-formats-plugins ca-certificates)
 testPackages=(libgtest-dev libgmock-dev clang-format-14 dpkg-dev file appstream desktop-file-utils
     xvfb openbox xdotool wmctrl x11-utils dbus-daemon at-spi2-core python3-dbus)
 fuzzPackages=(clang-14 libclang-rt-14-dev)

@@ -2,15 +2,14 @@
 
 #include "demo/sample/Loopback.h"
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
 
-NewsClient::NewsClient(std::uint16_t port)
+NewsClient::NewsClient(std::uint16_t port, Wire wire)
     : descriptor(ConnectToLoopback(port))
-    , connected(descriptor >= 0)
+    , channel(descriptor, wire)
+    , connected(descriptor >= 0 && channel.IsOpen())
 {
     const timeval patience{30, 0};
     setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
@@ -43,14 +42,12 @@ std::string_view NewsClient::Text(std::string_view line)
 
 std::size_t NewsClient::Read(char* memory, std::size_t size)
 {
-    const ssize_t count = recv(descriptor, memory, size, 0);
-    const int on = 1;
-    setsockopt(descriptor, IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on);
+    const std::size_t count = channel.Read(memory, size);
     connected = count > 0;
-    return connected ? static_cast<std::size_t>(count) : 0;
+    return count;
 }
 
-bool NewsClient::Send(std::string_view line) { return SendAll(descriptor, std::string(line) + "\r\n"); }
+bool NewsClient::Send(std::string_view line) { return channel.Send(std::string(line) + "\r\n"); }
 
 // Nothing comes behind a reply until the next command, so its end is the end of what has come.
 bool NewsClient::ReadUntil(std::string_view end)

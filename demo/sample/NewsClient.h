@@ -1,5 +1,7 @@
 #pragma once
 
+#include "demo/sample/Channel.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -8,7 +10,7 @@
 class NewsClient {
 public:
     // Connects and reads the greeting.
-    explicit NewsClient(std::uint16_t port);
+    explicit NewsClient(std::uint16_t port, Wire wire = Wire::Plain);
     ~NewsClient();
     NewsClient(const NewsClient&) = delete;
     NewsClient& operator=(const NewsClient&) = delete;
@@ -32,6 +34,7 @@ private:
     bool ReadUntil(std::string_view end);
 
     const int descriptor;
+    Channel channel;
     bool connected;
     std::string received;
 };

@@ -1,5 +1,7 @@
 #include "demo/sample/SampleServer.h"
 
+#include "demo/sample/Loopback.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -261,10 +263,17 @@ SampleServer::SampleServer(SampleGroups groups, Options serverOptions)
     : options(std::move(serverOptions))
     , current(std::make_shared<const SampleGroups>(std::move(groups)))
 {
-    listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    port = ListenOnLoopback(listener);
-    if (port != 0)
-        acceptor = std::thread([this] { Accept(); });
+    Open(plain, nullptr);
+    if (options.identity)
+        Open(secure, options.identity.get());
+}
+
+void SampleServer::Open(Door& door, const Identity* identity)
+{
+    door.listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    door.port = ListenOnLoopback(door.listener);
+    if (door.port != 0)
+        door.acceptor = std::thread([=, this, listener = door.listener] { Accept(listener, identity); });
 }
 
 SampleServer::~SampleServer()
@@ -277,16 +286,18 @@ SampleServer::~SampleServer()
                 shutdown(descriptor, SHUT_RDWR);
         }
     }
-    shutdown(listener, SHUT_RDWR);
-    if (acceptor.joinable())
-        acceptor.join();
+    for (Door* door : {&plain, &secure}) {
+        shutdown(door->listener, SHUT_RDWR);
+        if (door->acceptor.joinable())
+            door->acceptor.join();
+        close(door->listener);
+    }
     // Nobody adds a connection any more.
     for (std::thread& connection : connections)
         connection.join();
-    close(listener);
 }
 
-void SampleServer::Accept()
+void SampleServer::Accept(int listener, const Identity* identity)
 {
     for (;;) {
         const int descriptor = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
@@ -298,8 +309,8 @@ void SampleServer::Accept()
         }
         const std::size_t place = descriptors.size();
         descriptors.push_back(descriptor);
-        connections.emplace_back([this, descriptor, place] {
-            Serve(descriptor);
+        connections.emplace_back([=, this] {
+            Serve(descriptor, identity);
             const std::lock_guard closing(mutex);
             descriptors[place] = -1;
             close(descriptor);
@@ -307,11 +318,12 @@ void SampleServer::Accept()
     }
 }
 
-void SampleServer::Serve(int descriptor)
+void SampleServer::Serve(int descriptor, const Identity* identity)
 {
     const int on = 1;
     setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    if (!options.send(descriptor, "201 ready, posting is not allowed\r\n"))
+    Channel channel(descriptor, identity, options.protocol);
+    if (!channel.IsOpen() || !options.send(channel, "201 ready, posting is not allowed\r\n"))
         return;
 
     SampleSession session(options.user, options.password, [this] { return Groups(); });
@@ -320,10 +332,10 @@ void SampleServer::Serve(int descriptor)
     for (;;) {
         const std::size_t end = input.find('\n');
         if (end == input.npos) {
-            const ssize_t received = recv(descriptor, packet, sizeof packet, 0);
-            if (received <= 0 || input.size() > longestCommand)
+            const std::size_t received = channel.Read(packet, sizeof packet);
+            if (received == 0 || input.size() > longestCommand)
                 return;
-            input.append(packet, static_cast<std::size_t>(received));
+            input.append(packet, received);
             continue;
         }
         const std::string line = WithoutBlanksAround(std::string_view(input).substr(0, end));
@@ -336,7 +348,7 @@ void SampleServer::Serve(int descriptor)
         const Reply reply = session.Answer(name, argument);
         if (name == "body")
             std::this_thread::sleep_for(options.bodyTime);
-        if (!options.send(descriptor, reply.bytes) || reply.hangUp)
+        if (!options.send(channel, reply.bytes) || reply.hangUp)
             return;
     }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "demo/sample/Loopback.h"
+#include "demo/sample/Channel.h"
 #include "demo/sample/SampleGroups.h"
 
 #include <chrono>
@@ -27,7 +27,10 @@ public:
         // What a body takes, as on a slow line.
         std::chrono::milliseconds bodyTime{0};
         // Takes the greeting and each reply to the client, in the thread of the connection, which ends on false.
-        std::function<bool(int descriptor, std::string_view bytes)> send = SendAll;
+        std::function<bool(Channel& channel, std::string_view bytes)> send = &Channel::Send;
+        // With one, there is a second port, for encrypted connections; `protocol` as for Channel.
+        std::shared_ptr<const Identity> identity = nullptr;
+        int protocol = 0;
     };
 
     struct Command {
@@ -35,7 +38,7 @@ public:
         std::string argument; // what stands behind it, without blanks around it
     };
 
-    // Listens on a free port of four digits.
+    // Listens on a free port of four digits, or two.
     explicit SampleServer(SampleGroups groups);
     SampleServer(SampleGroups groups, Options options);
     ~SampleServer();
@@ -43,7 +46,10 @@ public:
     SampleServer& operator=(const SampleServer&) = delete;
 
     // 0 if there was no port to listen on.
-    std::uint16_t Port() const { return port; }
+    std::uint16_t Port() const { return plain.port; }
+
+    // 0 if there is none.
+    std::uint16_t SecurePort() const { return secure.port; }
 
     // Replaces what there is to read. A client sees it from its next group or list command on.
     void SetGroups(SampleGroups groups);
@@ -56,15 +62,19 @@ public:
     std::size_t ConnectionCount() const; // since the start
 
 private:
-    void Accept();
-    void Serve(int descriptor);
+    struct Door {
+        int listener = -1;
+        std::uint16_t port = 0;
+        std::thread acceptor;
+    };
+
+    void Open(Door& door, const Identity* identity);
+    void Accept(int listener, const Identity* identity);
+    void Serve(int descriptor, const Identity* identity);
     std::shared_ptr<const SampleGroups> Groups() const;
     void Note(Command command);
 
     const Options options;
-    std::uint16_t port = 0;
-    int listener = -1;
-
     mutable std::mutex mutex; // for all below
     std::shared_ptr<const SampleGroups> current;
     std::vector<Command> log;
@@ -72,5 +82,6 @@ private:
     std::vector<std::thread> connections;
     bool stopping = false;
 
-    std::thread acceptor;
+    Door plain;
+    Door secure;
 };

@@ -15,6 +15,14 @@ using namespace std::chrono_literals;
 
 const QString script = NEWS_SERVER_SCRIPT;
 
+std::uint16_t FreePort()
+{
+    const int place = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const std::uint16_t port = ListenOnLoopback(place);
+    close(place);
+    return port;
+}
+
 }
 
 std::string InterNetNews::Obstacle()
@@ -29,15 +37,17 @@ std::string InterNetNews::Obstacle()
 InterNetNews::~InterNetNews()
 {
     // It heeds a milder signal only when its next connection comes, and nothing that it holds is to be kept.
-    server.kill();
-    server.waitForFinished();
+    for (QProcess* process : {&encryptedServer, &server}) {
+        process->kill();
+        process->waitForFinished();
+    }
 }
 
 std::string InterNetNews::Start(const std::vector<std::string>& groups, const std::optional<Account>& account)
 {
-    const int place = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    port = ListenOnLoopback(place);
-    close(place);
+    port = FreePort();
+    MakeFile(root.File("cert.pem"), identity.Certificate());
+    MakeFile(root.File("key.pem"), identity.Key());
     const std::string folder = root.Path().substr(0, root.Path().size() - 1);
     QStringList arguments{QString::fromStdString(folder), QString::number(port)};
     if (account)
@@ -60,6 +70,21 @@ std::string InterNetNews::Start(const std::vector<std::string>& groups, const st
         return {};
     }
     return "the server does not come up: " + server.readAll().toStdString();
+}
+
+std::string InterNetNews::StartEncrypted()
+{
+    securePort = FreePort();
+    encryptedServer.setProcessChannelMode(QProcess::MergedChannels);
+    encryptedServer.start(script,
+        {"--encrypted", QString::fromStdString(root.Path().substr(0, root.Path().size() - 1)),
+            QString::number(securePort)});
+    const auto deadline = std::chrono::steady_clock::now() + 30s;
+    while (!encryptedServer.waitForFinished(20) && std::chrono::steady_clock::now() < deadline) {
+        if (NewsClient(securePort, Wire::Encrypted).IsConnected())
+            return {};
+    }
+    return "the server takes no encrypted connections: " + encryptedServer.readAll().toStdString();
 }
 
 std::string InterNetNews::Post(std::string_view group, std::string_view subject, std::string_view body)

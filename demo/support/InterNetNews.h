@@ -1,5 +1,6 @@
 #pragma once
 
+#include "demo/sample/Identity.h"
 #include "demo/sample/NewsClient.h"
 #include "demo/support/TemporaryFolder.h"
 
@@ -34,6 +35,11 @@ public:
     // It has four digits, so that it fits the program's port field.
     std::uint16_t Port() const { return port; }
 
+    // Takes encrypted connections as well, once it has started, on a port of their own with four digits. The result is
+    // as for Start().
+    [[nodiscard]] std::string StartEncrypted();
+    std::uint16_t SecurePort() const { return securePort; }
+
     // Posts an article, whose body consists of CR LF lines. The articles of a group get the numbers 1, 2, 3 and so on.
     // The result is the server's status line, "240 ..." when it has taken the article.
     [[nodiscard]] std::string Post(std::string_view group, std::string_view subject, std::string_view body);
@@ -43,7 +49,10 @@ public:
 
 private:
     TemporaryFolder root;
+    const Identity identity;
     QProcess server;
+    QProcess encryptedServer;
     std::uint16_t port = 0;
+    std::uint16_t securePort = 0;
     std::optional<NewsClient> poster;
 };

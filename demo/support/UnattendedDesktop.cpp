@@ -10,6 +10,11 @@ MessageAnswer UnattendedDesktop::MsgBox(std::string_view text, std::string_view 
     return buttons == MessageButtons::YesNo ? MessageAnswer::Yes : MessageAnswer::Ok;
 }
 
+bool UnattendedDesktop::Ask(std::string_view text, std::string_view title, const std::function<bool()>&)
+{
+    return MsgBox(text, title, MessageButtons::YesNo) == MessageAnswer::Yes;
+}
+
 void UnattendedDesktop::Sleep(std::chrono::milliseconds)
 {
     PaintWindows();

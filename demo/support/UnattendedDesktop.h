@@ -17,6 +17,7 @@ public:
     void PaintWindows();
 
     MessageAnswer MsgBox(std::string_view text, std::string_view title, MessageButtons buttons) override;
+    bool Ask(std::string_view text, std::string_view title, const std::function<bool()>& isWanted) override;
     void Sleep(std::chrono::milliseconds duration) override;
     bool ShellOpen(const std::string& address) override;
 };

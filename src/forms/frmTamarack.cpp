@@ -55,7 +55,7 @@ frmTamarack::frmTamarack()
     for (Control* limit : std::initializer_list<Control*>{&chkMaximumFiles, &txtMaxToDownload})
         limit->SetToolTip("After so many files, end the search");
     cboNewsServer.SetToolTip("Choosing another one drops changes to the selected groups");
-    txtPort.SetToolTip("At most 4 digits");
+    txtPort.SetToolTip("563 and 443 are encrypted, 119 is not");
     txtUserName.SetToolTip("At most 20 characters");
     txtPassword.SetToolTip("At most 20 characters");
     lstSelectedGroups.SetToolTip("Searched from the highlighted row on");

@@ -23,6 +23,9 @@ struct frmTamarack : Form {
     // The program's name and the address of its home page.
     static const std::string_view idleCaption;
 
+    // Of the panel that shows how the connection fares, while there is nothing to tell of its encryption.
+    static constexpr std::string_view connectionToolTip = "Connection Status";
+
     // Without the preview strip, and with it. In twips.
     static constexpr double heightWithoutPreviews = 4380;
     static constexpr double heightWithPreviews = 7005;
@@ -177,7 +180,7 @@ struct frmTamarack : Form {
 
     // The connection, the files found, and the clock.
     StatusBar StatusBar1{*this, "StatusBar1", {0, 6015, 6630, 330},
-        {{"Status: Username Required", "Status: Disconnected", "Connection Status", PanelStyle::Text, true},
+        {{"Status: Username Required", "Status: Disconnected", connectionToolTip, PanelStyle::Text, true},
             {"Items: 100000", "Items: 0", "Total items found"}, {"Tamarack", "Tamarack"},
             {"22:22:22", "", "Current Time"}, {"", "", "Current Date", PanelStyle::Date}},
         StatusBarPlace::BottomEdge};

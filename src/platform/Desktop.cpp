@@ -1,6 +1,7 @@
 #include "platform/Desktop.h"
 
 #include "platform/DisplayText.h"
+#include "platform/Events.h"
 #include "platform/Launcher.h"
 #include "platform/Notification.h"
 #include "platform/Wakefulness.h"
@@ -17,22 +18,31 @@
 #include <thread>
 #include <unistd.h>
 
+namespace {
+
+void Fill(QMessageBox& box, std::string_view text, std::string_view title)
+{
+    box.setTextFormat(Qt::PlainText);
+    box.setText(ToShow(text).replace(QLatin1String("\r\n"), QLatin1String("\n")));
+    box.setWindowTitle(ToShow(title));
+    // A busy pointer would tell the user to wait for somebody who waits for the user.
+    box.setCursor(Qt::ArrowCursor);
+}
+
+}
+
 Desktop::Desktop() = default;
 Desktop::~Desktop() = default;
 
 MessageAnswer Desktop::MsgBox(std::string_view text, std::string_view title, MessageButtons buttons)
 {
     QMessageBox box(QApplication::activeWindow());
-    box.setTextFormat(Qt::PlainText);
-    box.setText(ToShow(text).replace(QLatin1String("\r\n"), QLatin1String("\n")));
-    box.setWindowTitle(ToShow(title));
+    Fill(box, text, title);
     box.setStandardButtons(buttons == MessageButtons::YesNo ? QMessageBox::Yes | QMessageBox::No
             : buttons == MessageButtons::OkCancel           ? QMessageBox::Ok | QMessageBox::Cancel
                                                             : QMessageBox::Ok);
     if (buttons == MessageButtons::YesNo)
         box.setEscapeButton(QMessageBox::No);
-    // A busy pointer would tell the user to wait for somebody who waits for the user.
-    box.setCursor(Qt::ArrowCursor);
     const int answer = box.exec();
     return answer == QMessageBox::Yes   ? MessageAnswer::Yes
         : answer == QMessageBox::No     ? MessageAnswer::No
@@ -46,6 +56,22 @@ std::optional<std::string> Desktop::InputBox(std::string_view prompt, std::strin
     const QString text = QInputDialog::getText(
         QApplication::activeWindow(), ToShow(title), ToShow(prompt), QLineEdit::Normal, {}, &accepted);
     return accepted ? std::optional(FromDisplay(text)) : std::nullopt;
+}
+
+bool Desktop::Ask(std::string_view text, std::string_view title, const std::function<bool()>& isWanted)
+{
+    // Over a modal window, which would otherwise block it.
+    QWidget* const modal = QApplication::activeModalWidget();
+    QMessageBox box(modal != nullptr ? modal : QApplication::activeWindow());
+    Fill(box, text, title);
+    box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+    box.setDefaultButton(QMessageBox::No);
+    box.setEscapeButton(QMessageBox::No);
+    box.setWindowModality(Qt::NonModal);
+    box.show();
+    while (box.isVisible() && isWanted())
+        WaitForEvents();
+    return isWanted() && box.clickedButton() == box.button(QMessageBox::Yes);
 }
 
 void Desktop::Sleep(std::chrono::milliseconds duration)

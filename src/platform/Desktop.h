@@ -30,6 +30,11 @@ public:
     // Asks for a line of text. Nothing if the user would rather not.
     virtual std::optional<std::string> InputBox(std::string_view prompt, std::string_view title);
 
+    // Asks a question of safety, with Yes and No, in a message box that blocks no window: whatever can be pressed while
+    // nobody asks can be pressed now. Its default is No, and so are Escape and the box's close button. Lets events
+    // through; as soon as `isWanted` is false, the box goes, and the answer is false.
+    virtual bool Ask(std::string_view text, std::string_view title, const std::function<bool()>& isWanted);
+
     // Blocks the thread; no event is delivered. The windows are painted before, so that a text set just now can be
     // read. A timer that is due meanwhile ticks once, afterwards; what the server sends waits.
     virtual void Sleep(std::chrono::milliseconds duration);

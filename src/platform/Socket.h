@@ -1,10 +1,14 @@
 #pragma once
 
+#include "platform/Certificate.h"
+
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 enum class SocketState {
     Closed = 0,
@@ -16,7 +20,16 @@ enum class SocketState {
     Error = 9,
 };
 
-// One TCP connection at a time. Beyond a QTcpSocket:
+// How a connection is encrypted.
+struct Encryption {
+    std::string protocol; // "TLS 1.3"
+    std::string cipher; // as the library names it
+    Certificate certificate;
+};
+
+// One TCP connection at a time. The port decides whether it is encrypted (TLS 1.2 or newer, from its first byte on):
+// then "connected" means that the handshake is done and the certificate accepted, and nothing is sent before. Beyond a
+// QTcpSocket or QSslSocket:
 // - events are posted, never raised from inside a signal or a call, so that a handler may wait for further events, and
 //   one DataArrival hands over all bytes that wait;
 // - `State` moves with the events, so that nobody sees a state whose event is still to come;
@@ -37,6 +50,11 @@ public:
     // The port of a text field: a whole number from 1 to 65535, else 0.
     static int PortFrom(std::string_view text);
 
+    // The ports whose connections are encrypted.
+    std::vector<int> SecurePorts{443, 563};
+    // Certificates of authorities in a file (PEM), trusted beside those of the system; none if it is empty.
+    std::string AuthoritiesFile;
+
     // Closes what is open and begins to connect. A port outside 1 to 65535 or an empty host leads to the error state.
     void Connect(const std::string& host, int port);
 
@@ -44,6 +62,12 @@ public:
     void Close();
 
     SocketState State() const { return state; }
+
+    // How the connection is encrypted; nothing unless it is connected and encrypted.
+    const std::optional<Encryption>& Encrypted() const { return encryption; }
+
+    // Why the last attempt to connect has failed, in words; empty if it has not.
+    const std::string& FailureReason() const { return failureReason; }
 
     // Whether a connected socket's other side has ended the connection, as far as this machine has heard; nobody has
     // been told yet, and bytes may still wait to be handed over.
@@ -64,12 +88,18 @@ public:
     std::function<void()> Closed;
     // Bytes wait.
     std::function<void()> DataArrival;
+    // Says whether a certificate that the system does not trust is accepted; without a handler none is. It may let
+    // events through. As soon as `isWanted` is false, the connection is gone and the answer counts for nothing.
+    std::function<bool(const Certificate&, const std::function<bool()>& isWanted)> AcceptCertificate;
 
 private:
     class Connection;
 
     void Enter(SocketState newState);
+    void Fail(const std::string& reason);
 
     std::unique_ptr<Connection> connection;
     SocketState state = SocketState::Closed;
+    std::optional<Encryption> encryption;
+    std::string failureReason;
 };

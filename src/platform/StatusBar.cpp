@@ -9,6 +9,7 @@
 #include <QHelpEvent>
 #include <QLabel>
 #include <QLocale>
+#include <QPainter>
 #include <QTimer>
 #include <QToolTip>
 #include <algorithm>
@@ -26,7 +27,7 @@ public:
         setToolTip(designedToolTip);
         setTextFormat(Qt::PlainText);
         setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
-        setIndent(2);
+        setIndent(margin);
         paintTimer.setSingleShot(true);
         paintTimer.setInterval(50);
         connect(&paintTimer, &QTimer::timeout, this, [this] { update(); });
@@ -44,6 +45,21 @@ public:
         setAttribute(Qt::WA_UpdatesDisabled, false);
         if (!paintedJustNow)
             paintTimer.start();
+    }
+
+    // The text makes room for it. False if nothing changes.
+    bool SetPadlock(bool shown)
+    {
+        if (shown == hasPadlock)
+            return false;
+        hasPadlock = shown;
+        return true;
+    }
+
+    void SetLetters(const QFont& letters)
+    {
+        setFont(letters);
+        setIndent(IndentIn(letters));
     }
 
     void SetStyle(PanelStyle newStyle)
@@ -66,7 +82,7 @@ public:
         int width = 0;
         for (const QString& text : longest)
             width = std::max(width, metrics.horizontalAdvance(text));
-        return width + indent() + 2 * frameWidth() + 1;
+        return width + IndentIn(letters) + 2 * frameWidth() + 1;
     }
 
     const bool takesRest;
@@ -82,7 +98,34 @@ protected:
         return true;
     }
 
+    void paintEvent(QPaintEvent* event) override
+    {
+        QLabel::paintEvent(event);
+        if (!hasPadlock)
+            return;
+        // The body takes the lower half; the shackle stands on it.
+        const double side = PadlockSide(font());
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.translate(frameWidth() + margin, (height() - side) / 2);
+        const QColor colour = palette().color(foregroundRole());
+        painter.setPen(QPen(colour, side / 8));
+        const QRectF shackle(side * 0.28, side * 0.06, side * 0.44, side * 0.6);
+        painter.drawArc(shackle, 0, 180 * 16);
+        painter.drawLine(QLineF(shackle.left(), shackle.center().y(), shackle.left(), side * 0.5));
+        painter.drawLine(QLineF(shackle.right(), shackle.center().y(), shackle.right(), side * 0.5));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(colour);
+        painter.drawRoundedRect(QRectF(side * 0.1, side * 0.48, side * 0.8, side * 0.52), side / 12, side / 12);
+    }
+
 private:
+    static constexpr int margin = 2;
+
+    static int PadlockSide(const QFont& letters) { return QFontInfo(letters).pixelSize(); }
+
+    int IndentIn(const QFont& letters) const { return hasPadlock ? 2 * margin + PadlockSide(letters) : margin; }
+
     // Brought up to date for as long as it is there.
     void ShowLiveToolTip(const QPoint& position)
     {
@@ -102,6 +145,7 @@ private:
 
     QStringList longest;
     PanelStyle style = PanelStyle::Text;
+    bool hasPadlock = false;
     QTimer paintTimer;
 };
 
@@ -132,7 +176,7 @@ public:
         for (int smaller = size - 1; WidthIn(letters) > width() && smaller >= size * 3 / 4; --smaller)
             letters.setPixelSize(smaller);
         for (Field* field : fields) {
-            field->setFont(letters);
+            field->SetLetters(letters);
             if (field->takesRest)
                 field->setMinimumWidth(1);
             else
@@ -176,7 +220,13 @@ void StatusPanel::SetLiveToolTip(std::function<std::string()> text) { field->liv
 
 void StatusPanel::SetToolTip(std::string_view text)
 {
-    field->setToolTip(text.empty() ? field->designedToolTip : ToShow(text));
+    field->setToolTip(text.empty() ? field->designedToolTip : ToToolTip(ToShow(text)));
+}
+
+void StatusPanel::SetPadlock(bool shown)
+{
+    if (field->SetPadlock(shown))
+        static_cast<Row*>(field->parentWidget())->Fit();
 }
 
 void StatusPanel::SetStyle(PanelStyle style)

@@ -16,8 +16,11 @@ class StatusPanel {
 public:
     void SetText(std::string_view text);
 
-    // An empty text gives back the designed one.
+    // Never taken for rich text. An empty one gives back the designed one.
     void SetToolTip(std::string_view text);
+
+    // A padlock before the text.
+    void SetPadlock(bool shown);
 
     void SetStyle(PanelStyle style);
 

@@ -182,6 +182,7 @@ void ServerList::cmdDeleteServer_Click()
     }
     settings.DeleteSetting(section, name);
     credentials.Forget(name);
+    settings.DeleteSetting(certificateSection, name);
     servers.RemoveItem(servers.ListIndex());
     ClearGroupLists(MainForm);
     Session.TcpDisconnect(); // with the last server nobody else does

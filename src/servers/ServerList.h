@@ -10,6 +10,9 @@ struct frmNewsServer;
 // "Servers": one key for each name, and "Default" with the name to select at the next start.
 class ServerList {
 public:
+    // The settings section with the certificates that the user trusts, by the names of their servers.
+    static constexpr std::string_view certificateSection = "Certificates";
+
     // `freeList` is the address of the page that "Show Free List" opens.
     ServerList(frmTamarack& mainForm, NewsSession& session, Settings& settings, Desktop& desktop,
         SelectedGroups& selectedGroups, GroupStore& groupStore, std::string freeList);

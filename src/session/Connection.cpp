@@ -47,6 +47,10 @@ bool NewsSession::TcpConnect()
             return ConnectionFailed();
     }
     LogStep("connected");
+    if (const std::optional<Encryption>& encryption = TCP1.Encrypted()) {
+        LogStep(encryption->protocol + ", " + encryption->cipher);
+        LogStep("certificate SHA-256 " + encryption->certificate.Fingerprint());
+    }
     if (TCP1.State() == SocketState::Connected) {
         StopFlag = false;
         LogStep("waiting for socket state");
@@ -54,7 +58,7 @@ bool NewsSession::TcpConnect()
             WaitForEvents();
         LogStep("have socket state");
         if (StopFlag) {
-            TCP1.Close();
+            CloseSocket();
         } else if (MainForm.chkUserName.Value() == 1) {
             LogStep("authenticating user");
             if (!CmdAuthUser())
@@ -80,7 +84,7 @@ bool NewsSession::ConnectionFailed()
 bool NewsSession::AuthenticationFailed(std::string_view status)
 {
     ShowStatus(status);
-    MainForm.TCP1.Close();
+    CloseSocket();
     MainForm.SetMousePointer(MousePointer::Default);
     desktop.Sleep(2000ms);
     return false;
@@ -88,7 +92,7 @@ bool NewsSession::AuthenticationFailed(std::string_view status)
 
 void NewsSession::TcpDisconnect()
 {
-    MainForm.TCP1.Close();
+    CloseSocket();
     GiveBack(LastBody);
     RecvBuffer.Clear();
 }
@@ -142,6 +146,7 @@ void NewsSession::Timer1_Timer()
 
 void NewsSession::tcp1_StateChanged()
 {
+    ShowSecurity();
     using enum SocketState;
     constexpr std::pair<SocketState, std::string_view> texts[] = {{ResolvingHost, "Resolving Host"},
         {HostResolved, "Host Resolved"}, {Connecting, "Connecting"}, {Connected, "Connected"}, {Closing, "Closing"}};
@@ -153,6 +158,25 @@ void NewsSession::tcp1_StateChanged()
 
 // It ends no wait: a command that was in flight goes on waiting until the user stops it.
 void NewsSession::tcp1_Closed() { ShowStatus("Disconnected"); }
+
+void NewsSession::CloseSocket()
+{
+    MainForm.TCP1.Close();
+    ShowSecurity();
+}
+
+void NewsSession::ShowSecurity()
+{
+    const Socket& TCP1 = MainForm.TCP1;
+    const std::optional<Encryption>& encryption = TCP1.Encrypted();
+    StatusPanel& panel = MainForm.StatusBar1.Panels(1);
+    panel.SetPadlock(encryption.has_value());
+    panel.SetToolTip(encryption
+            ? "Encrypted with " + encryption->protocol + ", certificate of " + encryption->certificate.Subject()
+            : TCP1.State() == SocketState::Connected ? "Not encrypted"
+            : TCP1.FailureReason().empty()           ? std::string(frmTamarack::connectionToolTip)
+                                                     : TCP1.FailureReason());
+}
 
 void NewsSession::ShowStatus(std::string_view status)
 {

@@ -154,6 +154,11 @@ private:
     void Log(const std::string& text);
     void LogStep(std::string_view step);
 
+    // Closes the socket and shows that nothing is encrypted any more.
+    void CloseSocket();
+    // Shows, beside the status, whether the connection is encrypted, or why there is none.
+    void ShowSecurity();
+
     void tcp1_StateChanged();
     void tcp1_Closed();
     void tcp1_DataArrival();

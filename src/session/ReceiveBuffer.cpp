@@ -14,7 +14,7 @@ constexpr std::size_t keptCapacity = 1 << 20;
 // Most of what the first writing costs is spared by taking the memory in large pages.
 std::string InPlentyOfRoom(std::string_view held, std::size_t needed)
 {
-    constexpr std::size_t leastRoom = 32 << 20;
+    constexpr std::size_t leastRoom = 128 << 20;
     constexpr std::size_t pageSize = 4096;
     std::string text;
     text.reserve(std::max(needed, std::min(std::max(leastRoom, 4 * needed), ReceiveBuffer::longest)));

@@ -5,10 +5,11 @@
 #include "catalogue/GroupStore.h"
 #include "diagnostics/ContextIDs.h"
 #include "diagnostics/DebugConsole.h"
-#include "platform/Activation.h"
 #include "pictures/SlideShow.h"
+#include "platform/Activation.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
+#include "shell/CertificateQuestion.h"
 #include "shell/MainSettings.h"
 #include "shell/ProgramPlaces.h"
 
@@ -51,6 +52,7 @@ private:
     GroupFilters groupFilters{MainForm, Session};
     ServerList serverList{MainForm, Session, settings, desktop, selectedGroups, groupStore,
         AddressOfFile(places.resources + "help/find-a-server.html")};
+    CertificateQuestion certificateQuestion{MainForm, Session, settings, desktop};
     Viewer viewer{MainForm, settings, desktop};
     PreviewStrip previewStrip{MainForm, desktop, viewer};
     SlideShow slideShow{MainForm, settings, desktop, viewer};

@@ -104,7 +104,7 @@ TEST_F(HelpTest, PagesAreFoundAndGoneBackTo)
     EXPECT_EQ(marked(), "How to find a news server");
     Click("cmdBack");
     EXPECT_EQ(marked(), "The slide show");
-    ClickRow("contents", 8);
+    ClickRow("contents", 9);
     EXPECT_EQ(Shown(), "The preview strip");
     QTest::keyClick(&contents, Qt::Key_Down);
     QTest::keyClick(&contents, Qt::Key_Return);

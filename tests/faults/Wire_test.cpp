@@ -7,8 +7,10 @@
 #include <QTimer>
 
 #include <atomic>
+#include <functional>
 #include <malloc.h>
 #include <mutex>
+#include <openssl/ssl.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -25,6 +27,7 @@ struct Fault {
         Reset,
         Stall, // nothing comes any more, and the connection stays open
         Insert, // these bytes come in between, `times` over; then as Stall if `thenStall`
+        NewKeys, // an encrypted connection agrees on new ones
     };
 
     Kind kind = Kind::None;
@@ -122,7 +125,6 @@ protected:
     std::atomic<std::uint64_t> passed = 0; // on the last connection
     std::atomic<bool> struck = false;
 
-private:
     // For the connection that begins now.
     void SetFault(const Fault& newFault)
     {
@@ -132,7 +134,7 @@ private:
         program->MainWindow().cboNewsServer.Click(); // ends the session
     }
 
-    bool Send(int client, std::string_view reply)
+    bool Send(Channel& client, std::string_view reply)
     {
         thread_local Fault now; // a connection has a thread of its own
         if (reply.starts_with("201 ")) {
@@ -147,33 +149,35 @@ private:
         // The end may come right behind a whole reply.
         const bool isEnd = now.kind == Fault::Kind::Close || now.kind == Fault::Kind::Reset;
         if (now.kind == Fault::Kind::None || now.at < before || now.at >= passed + (isEnd ? 1 : 0))
-            return SendAll(client, reply);
+            return client.Send(reply);
         const std::size_t first = static_cast<std::size_t>(now.at - before);
         struck = now.kind == Fault::Kind::Split; // the first part may be all that the client waits for
-        if (!SendAll(client, reply.substr(0, first)))
+        if (!client.Send(reply.substr(0, first)))
             return false;
         if (now.kind == Fault::Kind::Split)
             std::this_thread::sleep_for(1ms);
         const linger reset{now.kind == Fault::Kind::Reset ? 1 : 0, 0};
-        setsockopt(client, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+        setsockopt(client.Descriptor(), SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+        if (now.kind == Fault::Kind::NewKeys)
+            client.RenewKeys();
         bool goOn = !isEnd;
         for (std::size_t time = 0; goOn && time < now.times; ++time)
-            goOn = SendAll(client, now.bytes);
+            goOn = client.Send(now.bytes);
         struck = true;
         if (goOn && (now.kind == Fault::Kind::Stall || now.thenStall)) {
-            pollfd waiting{client, POLLIN, 0};
+            pollfd waiting{client.Descriptor(), POLLIN, 0};
             goOn = poll(&waiting, 1, -1) < 0;
         }
-        return goOn && SendAll(client, reply.substr(first));
+        return goOn && client.Send(reply.substr(first));
     }
 
     std::mutex mutex;
     Fault fault;
 
-protected:
-    SampleServer server{{GroupOf("alt.kites", 1, {Uuencode("red", "red.jpg"), Uuencode("blue", "blue.jpg")}),
-                            GroupOf("alt.boats", 1, {Uuencode("white", "white.jpg")})},
-        {.send = [this](int client, std::string_view reply) { return Send(client, reply); }}};
+    const SampleGroups groups{GroupOf("alt.kites", 1, {Uuencode("red", "red.jpg"), Uuencode("blue", "blue.jpg")}),
+        GroupOf("alt.boats", 1, {Uuencode("white", "white.jpg")})};
+    const std::function<bool(Channel&, std::string_view)> send = std::bind_front(&WireTest::Send, this);
+    SampleServer server{groups, {.send = send}};
 };
 
 }
@@ -243,5 +247,24 @@ TEST_F(WireTest, MoreThanAnybodyWants)
 #ifndef __SANITIZE_ADDRESS__ // which keeps what is freed for a while
         EXPECT_LT(KilobytesInUse() - before, 64 * 1024);
 #endif
+    }
+}
+
+// A key update, or in TLS 1.2 a renegotiation, at every fortieth byte.
+TEST_F(WireTest, NewKeysInTheMiddle)
+{
+    for (const int protocol : {TLS1_3_VERSION, TLS1_2_VERSION}) {
+        const SampleServer encrypting(
+            groups, {.send = send, .identity = std::make_shared<Identity>(), .protocol = protocol});
+        Socket& TCP1 = program->MainWindow().TCP1;
+        TypeInto("txtPort", std::to_string(encrypting.SecurePort()));
+        TCP1.SecurePorts = {encrypting.SecurePort()};
+        TCP1.AcceptCertificate = [](const Certificate&, const auto&) { return true; };
+        for (std::uint64_t at = 0; at < bytes; at += 40) {
+            SCOPED_TRACE(at);
+            SearchWith({Fault::Kind::NewKeys, at}, false);
+            EXPECT_EQ(Stored(), all);
+            EXPECT_EQ(TCP1.Encrypted()->protocol, protocol == TLS1_3_VERSION ? "TLS 1.3" : "TLS 1.2");
+        }
     }
 }

@@ -62,6 +62,7 @@ TEST(MainFormPanels, HaveRoomForTheirLongestTexts)
             form.SetVisible(true);
             form.SSTMain.SetTab(3);
             form.StatusBar1.Panels(4).SetStyle(PanelStyle::Time);
+            form.StatusBar1.Panels(1).SetPadlock(std::string_view(locale) != "C");
             DoEvents();
             const QString time = QLocale().toString(QTime(22, 48, 48), QLocale::ShortFormat);
             const QString date = QLocale().toString(QDate(2026, 12, 28), QLocale::ShortFormat);

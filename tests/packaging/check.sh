@@ -35,7 +35,7 @@ for file in bin/tamarack libexec/tamarack/tamarack-picture share/tamarack/Tamara
     grep -qx "./usr/$file" "$folder/contents" || fail "The package lacks $file."
 done
 depends="$(dpkg-deb -f "$package" Depends)"
-for library in libqt6widgets6 libwmf libemf2svg libseccomp2 qt6-image-formats-plugins; do
+for library in libqt6widgets6 libwmf libemf2svg libseccomp2 qt6-image-formats-plugins libssl3 ca-certificates; do
     [[ $depends == *$library* ]] || fail "The package does not depend on $library: $depends"
 done
 [[ "$(dpkg-deb -f "$package" Version)" == 2.7.0.24 ]] || fail "The package has another version."

@@ -369,3 +369,25 @@ TEST_F(WholeProgramTest, AttachmentInPartsInAnyOrder)
     EXPECT_TRUE(ContentOf(destination + group + "/gale.jpg") == bytes);
     EXPECT_TRUE(desktop.boxes.empty());
 }
+
+// With a login, and a certificate that the user trusts in the first search.
+TEST_F(WholeProgramTest, Encrypted)
+{
+    Serve({"alt.kites"}, 12, {3}, InterNetNews::Account{"ann", "upwind"});
+    if (HasFatalFailure())
+        return;
+    ASSERT_EQ(server.StartEncrypted(), "");
+    settings.SaveSetting("Servers2", serverName, "Authenticate");
+    settings.SaveSetting("Servers2", serverName + ".user", "ann");
+    settings.SaveSetting("Servers2", serverName + ".pass", "upwind");
+    StartProgram();
+    TypeInto("txtPort", std::to_string(server.SecurePort()));
+    program->MainWindow().TCP1.SecurePorts = {server.SecurePort()};
+    desktop.answers = {MessageAnswer::Yes};
+    SearchPatiently();
+    EXPECT_THAT(desktop.BoxTitles(), testing::ElementsAre("Connection Security"));
+    EXPECT_EQ(PanelText("StatusBar1", 1), "Status: Connected");
+    EXPECT_TRUE(program->MainWindow().TCP1.Encrypted().has_value());
+    EXPECT_GT(StoredWhole(), 0U);
+    EXPECT_EQ(StoredWhole(), attachments.size());
+}

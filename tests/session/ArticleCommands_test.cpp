@@ -164,36 +164,42 @@ TEST(ArticleCommandsTest, AuthenticationInTheMiddleOfACommand)
 
 TEST(ArticleCommandsTest, NothingIsSentOutsideTheGroupOrTheConnection)
 {
-    ScriptedSession client("C: next\nS: 421\nX: close");
-    NewsSession& session = client.Session;
-    ASSERT_TRUE(session.TcpConnect());
-    session.FirstArticle = 11;
-    EXPECT_EQ(client.Run("stat 0"), "true 11");
-    EXPECT_EQ(client.Run("stat 13"), "false 13");
-    // What stands behind a line end would be a command of its own.
-    session.StopFlag = true;
-    for (const char* group : {"alt.kites\r\nquit", "alt.kites\nquit", "alt.kites\r", "\n"}) {
-        ASSERT_EQ(client.Run(std::string("group ") + group), "false");
-        session.CmdManual(group);
-        EXPECT_FALSE(session.SendLine(group));
-    }
-    EXPECT_EQ(session.ReplyState, Reply::Finished);
-    EXPECT_EQ(session.CommandKind, Command::Greeting);
-    EXPECT_EQ(client.Outcome(), "connected stop");
-    EXPECT_TRUE(client.Desktop.boxes.empty());
+    for (const bool encrypted : {false, true}) {
+        ScriptedSession client("C: next\nS: 421\nX: close");
+        if (encrypted)
+            client.Encrypt();
+        NewsSession& session = client.Session;
+        ASSERT_TRUE(session.TcpConnect());
+        session.FirstArticle = 11;
+        EXPECT_EQ(client.Run("stat 0"), "true 11");
+        EXPECT_EQ(client.Run("stat 13"), "false 13");
+        // What stands behind a line end would be a command of its own.
+        session.StopFlag = true;
+        for (const char* group : {"alt.kites\r\nquit", "alt.kites\nquit", "alt.kites\r", "\n"}) {
+            ASSERT_EQ(client.Run(std::string("group ") + group), "false");
+            session.CmdManual(group);
+            EXPECT_FALSE(session.SendLine(group));
+        }
+        EXPECT_EQ(session.ReplyState, Reply::Finished);
+        EXPECT_EQ(session.CommandKind, Command::Greeting);
+        EXPECT_EQ(client.Outcome(), "connected stop");
+        EXPECT_TRUE(client.Desktop.boxes.empty());
 
-    EXPECT_EQ(client.Run("next"), "false");
-    EXPECT_EQ(client.Run("body 7"), ""); // the end of the connection is there already, and not yet told
-    client.ExpectGone();
-    session.ReplyState = Reply::NoSuchGroup;
-    session.StopFlag = true;
-    for (const char* line : {"group x", "next", "stat 11", "stat 0"})
-        EXPECT_THAT(client.Run(line), testing::StartsWith("false")) << line;
-    EXPECT_EQ(client.Run("head 7") + client.Run("body 7"), "");
-    client.Run("list");
-    EXPECT_EQ(session.ReplyState, Reply::NoSuchGroup);
-    EXPECT_EQ(session.CommandKind, Command::Next);
-    EXPECT_EQ(client.Outcome(), "gone stop");
+        EXPECT_EQ(client.Run("next"), "false");
+        if (encrypted)
+            std::this_thread::sleep_for(std::chrono::milliseconds(200)); // the end comes in a packet of its own
+        EXPECT_EQ(client.Run("body 7"), ""); // the end of the connection is there already, and not yet told
+        client.ExpectGone();
+        session.ReplyState = Reply::NoSuchGroup;
+        session.StopFlag = true;
+        for (const char* line : {"group x", "next", "stat 11", "stat 0"})
+            EXPECT_THAT(client.Run(line), testing::StartsWith("false")) << line;
+        EXPECT_EQ(client.Run("head 7") + client.Run("body 7"), "");
+        client.Run("list");
+        EXPECT_EQ(session.ReplyState, Reply::NoSuchGroup);
+        EXPECT_EQ(session.CommandKind, Command::Next);
+        EXPECT_EQ(client.Outcome(), "gone stop");
+    }
 }
 
 TEST(ArticleCommandsTest, WatchdogReconnectsAndGoesOnBehindTheArticle)
@@ -202,15 +208,20 @@ TEST(ArticleCommandsTest, WatchdogReconnectsAndGoesOnBehindTheArticle)
     const std::string again = "X: connect\nS: 200 again\nS: a second line\n" + login
         + "C: group alt.kites\nS: 211 9 2 9 alt.kites\nC: stat 5\nS: 423\nC: stat 6\nS: 223 6 <a@b>\n"
           "C: head 7\nS: 221\nS: Path: lost\nS: Subject: blue\nS: .\n";
+    bool encrypted = true;
     for (const std::string standstill : {"", "S: 480\nC: authinfo user me\n",
              "S: 480\nC: authinfo user me\nS: 381\nC: authinfo pass secret\n", "S: 423 gone\n", "S: 221\nS: .\n",
              "S: 221\nS: Path: more than the tail that is searched\n", "X: close\n"}) {
         SCOPED_TRACE(standstill);
+        encrypted = !encrypted;
         ScriptedSession client(login + "C: head 5\n" + standstill + "X: pause time is up\n"
             + (standstill == "X: close\n" ? "" : "X: wait-close\n") + again);
+        if (encrypted)
+            client.Encrypt();
         client.MainForm.chkUserName.SetValue(1);
         ASSERT_TRUE(client.Session.TcpConnect());
         EXPECT_EQ(client.Run("head 5"), "");
+        EXPECT_EQ(client.MainForm.TCP1.Encrypted().has_value(), encrypted);
         EXPECT_EQ(client.Session.CurrentArticle, 6);
         EXPECT_EQ(client.Outcome(), "connected");
         client.MainForm.Timer1.SetInterval(std::chrono::seconds(15));

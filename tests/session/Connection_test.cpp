@@ -118,3 +118,16 @@ TEST(ConnectionTest, StatusFollowsTheSocketAndTheLogTellsAll)
         ElementsAre("Status: Resolving Host", "Status: Host Resolved", "Status: Connecting", "Status: Connected",
             "Status: Closing"));
 }
+
+TEST(ConnectionTest, TheLogTellsHowAConnectionIsEncrypted)
+{
+    ScriptedSession client("");
+    const std::string fingerprint = client.Encrypt().Fingerprint();
+    std::string log;
+    client.Session.DebugLog = [&](const std::string& text) { log += text; };
+    client.Session.DebugOn = true;
+    EXPECT_TRUE(client.Session.TcpConnect());
+    EXPECT_THAT(log,
+        testing::HasSubstr("@connected\r\n@TLS 1.3, TLS_AES_256_GCM_SHA384\r\n@certificate SHA-256 " + fingerprint
+            + "\r\n@waiting for socket state\r\n200 hello\r\n"));
+}

@@ -3,6 +3,7 @@
 #include "demo/support/Screen.h"
 #include "platform/Events.h"
 #include "session/NewsSession.h"
+#include "tests/support/FaultProxy.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TestDesktop.h"
 
@@ -46,6 +47,16 @@ struct ScriptedSession {
     {
         EXPECT_EQ(hasScript ? Server.FirstProblem() : "", "");
         EXPECT_FALSE(MainForm.Timer1.Enabled());
+    }
+
+    // From now on what the client says is encrypted, up to just before the server.
+    const Identity& Encrypt()
+    {
+        encryption.emplace(Server.Port(), &identity.emplace());
+        MainForm.txtPort.SetText(std::to_string(encryption->Port()));
+        MainForm.TCP1.SecurePorts = {encryption->Port()};
+        MainForm.TCP1.AcceptCertificate = [](const Certificate&, const auto&) { return true; };
+        return *identity;
     }
 
     // Runs the command of a script line ("stat 7"). Gives its text, or "true" or "false", with the number that stat has
@@ -118,6 +129,8 @@ private:
     }
 
     const bool hasScript;
+    std::optional<Identity> identity;
+    std::optional<FaultProxy> encryption;
     bool onlyWhenGone = false;
     QTimer stopTimer;
 };

@@ -23,6 +23,7 @@ public:
     std::deque<MessageAnswer> answers; // one for each box to come; when they are used up, the box's first button
     std::vector<std::chrono::milliseconds> sleeps;
     std::vector<std::string> opened; // addresses handed to ShellOpen
+    bool showsQuestions = false; // Ask() shows its box, for a test that works it
     bool hasOpener = true; // without one, nothing can be opened
     int programEnds = 0; // calls of EndProgram
 
@@ -45,6 +46,18 @@ public:
             answers.pop_front();
         }
         return answer;
+    }
+
+    // Unless it is shown, as a box of Yes and No; when the answers are used up, its default.
+    bool Ask(std::string_view text, std::string_view title, const std::function<bool()>& isWanted) override
+    {
+        if (showsQuestions)
+            return Desktop::Ask(text, title, isWanted);
+        if (!isWanted())
+            return false;
+        if (answers.empty())
+            answers.push_back(MessageAnswer::No);
+        return MsgBox(text, title, MessageButtons::YesNo) == MessageAnswer::Yes && isWanted();
     }
 
     void Sleep(std::chrono::milliseconds duration) override

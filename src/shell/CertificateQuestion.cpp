@@ -1,0 +1,28 @@
+#include "shell/CertificateQuestion.h"
+
+#include "servers/ServerList.h"
+
+CertificateQuestion::CertificateQuestion(
+    frmTamarack& mainForm, NewsSession& session, Settings& newSettings, Desktop& newDesktop)
+    : Session(session)
+    , settings(newSettings)
+    , desktop(newDesktop)
+{
+    mainForm.TCP1.AcceptCertificate = [this](const Certificate& certificate, const std::function<bool()>& isWanted) {
+        return Accept(certificate, isWanted);
+    };
+}
+
+bool CertificateQuestion::Accept(const Certificate& certificate, const std::function<bool()>& isWanted)
+{
+    const std::string& server = certificate.Server();
+    const std::string trusted = settings.GetSetting(ServerList::certificateSection, server);
+    if (trusted == certificate.Fingerprint())
+        return true;
+    // A stop ends the attempt, and the question with it.
+    const auto isAwaited = [&] { return isWanted() && !Session.StopFlag; };
+    if (!desktop.Ask(certificate.Question(trusted), "Connection Security", isAwaited))
+        return false;
+    settings.SaveSetting(ServerList::certificateSection, server, certificate.Fingerprint());
+    return true;
+}
