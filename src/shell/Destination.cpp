@@ -39,6 +39,7 @@ void cmdSelectDir_Click(frmTamarack& MainForm, Desktop& desktop, const std::func
     form.ShowModal();
 }
 
+// With a separator behind it, a file's path leads nowhere.
 bool IsDirectory(const Dragged& dragged)
 {
     return dragged.paths.size() == 1 && SameFile(WithSeparator(dragged.paths.front()), dragged.paths.front());
@@ -54,6 +55,8 @@ void BindDestination(frmTamarack& MainForm, Desktop& desktop, const std::functio
         return {{"Open the directory", [&desktop, path] { (void)desktop.ShellOpen(AddressOfFile(path)); }},
             {"Copy the path", [path] { Clipboard::SetText(path); }}};
     });
-    MainForm.txtSelectDir.TakeDrops(IsDirectory,
-        [&MainForm](const Dragged& dragged) { MainForm.txtSelectDir.SetText(WithSeparator(dragged.paths.front())); });
+    MainForm.txtSelectDir.TakeDrops(IsDirectory, [&MainForm, changed](const Dragged& dragged) {
+        MainForm.txtSelectDir.SetText(WithSeparator(dragged.paths.front()));
+        changed();
+    });
 }
