@@ -27,8 +27,8 @@ std::string GroupOf(std::string_view line)
     }
     // An article's number may stand behind the group.
     const std::string group = DecodeHex(rest.substr(0, isNntp ? rest.find('/') : rest.size()), '%');
-    const bool isGroup = group.find_first_of("@*/ ") == std::string::npos;
-    return isGroup ? group : std::string();
+    const auto cannotStand = [](unsigned char c) { return c <= ' ' || c == 0x7f || c == '@' || c == '*' || c == '/'; };
+    return std::none_of(group.begin(), group.end(), cannotStand) ? group : std::string();
 }
 
 }

@@ -6,12 +6,14 @@
 void OfferPicture(Desktop& desktop, ImageControl& image, Panel& around, const std::function<std::string()>& path)
 {
     const auto entries = [&desktop, &image, path]() -> std::vector<ContextEntry> {
+        // As they are now: a search or a show goes on while the menu is open.
         const std::string file = path();
+        const Bitmap picture = image.Picture();
         const auto open = [&desktop](const std::string& what) {
             return [&desktop, what] { (void)desktop.ShellOpen(AddressOfFile(what)); };
         };
         return {{"Open", open(file), FileExists(file)}, {"Open the directory", open(DirectoryOf(file)), !file.empty()},
-            {"Copy picture", [&image] { Clipboard::SetPicture(image.Picture()); }, image.Picture().Height() != 0},
+            {"Copy picture", [picture] { Clipboard::SetPicture(picture); }, picture.Height() != 0},
             {"Copy file name", [file] { Clipboard::SetText(BareName(file)); }, !file.empty()}};
     };
     image.SetContextMenu(entries);

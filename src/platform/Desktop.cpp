@@ -12,6 +12,7 @@
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QProcess>
+#include <QPushButton>
 #include <QStandardPaths>
 #include <QUrl>
 #include <cstdlib>
@@ -60,6 +61,8 @@ std::optional<std::string> Desktop::InputBox(std::string_view prompt, std::strin
 
 bool Desktop::Ask(std::string_view text, std::string_view title, const std::function<bool()>& isWanted)
 {
+    if (!isWanted())
+        return false;
     // Over a modal window, which would otherwise block it.
     QWidget* const modal = QApplication::activeModalWidget();
     QMessageBox box(modal != nullptr ? modal : QApplication::activeWindow());
@@ -67,6 +70,8 @@ bool Desktop::Ask(std::string_view text, std::string_view title, const std::func
     box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
     box.setDefaultButton(QMessageBox::No);
     box.setEscapeButton(QMessageBox::No);
+    // Whoever is typing elsewhere when it comes up must not say Yes with a letter.
+    box.button(QMessageBox::Yes)->setShortcut({});
     box.setWindowModality(Qt::NonModal);
     box.show();
     while (box.isVisible() && isWanted())

@@ -380,7 +380,9 @@ void Form::BringToFront()
     if (modal != nullptr && modal != window.get()) {
         window->winId(); // makes the handle
         QWindow* handle = window->windowHandle();
-        if (!modal->windowHandle()->isAncestorOf(handle, QWindow::IncludeTransients)) {
+        // What it belongs to stays behind it.
+        if (!modal->windowHandle()->isAncestorOf(handle, QWindow::IncludeTransients)
+            && !handle->isAncestorOf(modal->windowHandle(), QWindow::IncludeTransients)) {
             const Qt::WindowStates state = window->windowState();
             SetVisible(false);
             handle->setTransientParent(modal->windowHandle());
@@ -391,6 +393,8 @@ void Form::BringToFront()
     window->raise();
     window->activateWindow();
 }
+
+bool Form::HasModalWindow() { return QApplication::activeModalWidget() != nullptr; }
 
 void Form::AskForAttention() { QApplication::alert(window.get()); }
 

@@ -76,6 +76,9 @@ public:
     // Shows the form in front of the other windows; over a modal one too, and usable there.
     void BringToFront();
 
+    // A modal form or message box is up: other windows take no clicks and keys.
+    static bool HasModalWindow();
+
     // Marks the window in the desktop's list of windows until its user comes back to it.
     void AskForAttention();
 

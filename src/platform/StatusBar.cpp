@@ -31,6 +31,11 @@ public:
         paintTimer.setSingleShot(true);
         paintTimer.setInterval(50);
         connect(&paintTimer, &QTimer::timeout, this, [this] { update(); });
+        liveToolTipTimer.setSingleShot(true);
+        connect(&liveToolTipTimer, &QTimer::timeout, this, [this] {
+            if (QToolTip::isVisible() && underMouse() && !liveToolTip().empty())
+                ShowLiveToolTip();
+        });
         SetStyle(design.style);
     }
 
@@ -94,7 +99,8 @@ protected:
     {
         if (event->type() != QEvent::ToolTip || !liveToolTip || liveToolTip().empty())
             return QLabel::event(event);
-        ShowLiveToolTip(static_cast<QHelpEvent*>(event)->globalPos());
+        liveToolTipPlace = static_cast<QHelpEvent*>(event)->globalPos();
+        ShowLiveToolTip();
         return true;
     }
 
@@ -127,13 +133,10 @@ private:
     int IndentIn(const QFont& letters) const { return hasPadlock ? 2 * margin + PadlockSide(letters) : margin; }
 
     // Brought up to date for as long as it is there.
-    void ShowLiveToolTip(const QPoint& position)
+    void ShowLiveToolTip()
     {
-        QToolTip::showText(position, ToToolTip(ToShow(liveToolTip())), this);
-        QTimer::singleShot(std::chrono::seconds(1), this, [this, position] {
-            if (QToolTip::isVisible() && underMouse() && !liveToolTip().empty())
-                ShowLiveToolTip(position);
-        });
+        QToolTip::showText(liveToolTipPlace, ToToolTip(ToShow(liveToolTip())), this);
+        liveToolTipTimer.start(std::chrono::seconds(1));
     }
 
     QString Clock(const QDateTime& when) const
@@ -147,6 +150,8 @@ private:
     PanelStyle style = PanelStyle::Text;
     bool hasPadlock = false;
     QTimer paintTimer;
+    QTimer liveToolTipTimer;
+    QPoint liveToolTipPlace;
 };
 
 // What the panels lie in.

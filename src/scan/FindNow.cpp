@@ -80,6 +80,8 @@ void FindNow::ScanGroups()
             obstacle = WhyItEnded();
     }
     MainForm.SetCaption(frmTamarack::idleCaption);
+    if (obstacle.empty() && MainForm.TCP1.State() != SocketState::Connected)
+        obstacle = "The connection was lost.";
     progress.End(obstacle);
 }
 

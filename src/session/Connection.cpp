@@ -47,7 +47,8 @@ bool NewsSession::TcpConnect()
             return ConnectionFailed();
     }
     LogStep("connected");
-    if (const std::optional<Encryption>& encryption = TCP1.Encrypted()) {
+    // A copy: the log may let events through, and with them the end of the connection.
+    if (const std::optional<Encryption> encryption = TCP1.Encrypted()) {
         LogStep(encryption->protocol + ", " + encryption->cipher);
         LogStep("certificate SHA-256 " + encryption->certificate.Fingerprint());
     }

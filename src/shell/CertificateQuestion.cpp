@@ -19,8 +19,8 @@ bool CertificateQuestion::Accept(const Certificate& certificate, const std::func
     const std::string trusted = settings.GetSetting(ServerList::certificateSection, server);
     if (trusted == certificate.Fingerprint())
         return true;
-    // A stop ends the attempt, and the question with it.
-    const auto isAwaited = [&] { return isWanted() && !Session.StopFlag; };
+    // A stop ends the attempt, and the question with it. The handshake may come to its end behind that.
+    const auto isAwaited = [&] { return isWanted() && !Session.StopFlag && Session.InUse(); };
     if (!desktop.Ask(certificate.Question(trusted), "Connection Security", isAwaited))
         return false;
     settings.SaveSetting(ServerList::certificateSection, server, certificate.Fingerprint());

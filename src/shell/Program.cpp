@@ -96,7 +96,7 @@ void Program::Activated(const std::string& action)
     CommandButton* const button = action == "FindNow" ? &MainForm.cmdFindNow
         : action == "Stop"                            ? &MainForm.cmdStop
                                                       : nullptr;
-    if (button == nullptr)
+    if (button == nullptr || Form::HasModalWindow())
         MainForm.BringToFront();
     else if (button->Enabled())
         Raise(button->Click);

@@ -10,8 +10,10 @@
 #include <QClipboard>
 #include <QDropEvent>
 #include <QMenu>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QTest>
+#include <QWindow>
 
 #include <filesystem>
 
@@ -215,6 +217,15 @@ TEST_F(DesktopServicesTest, ASecondStartRaisesTheFirstWindow)
     window.showMinimized();
     Activation::ActivateFirst();
     EXPECT_TRUE(Until([&] { return !window.isMinimized() && window.isVisible(); }));
+
+    // A message box stays in front of it.
+    QMessageBox box(&window);
+    box.open();
+    ASSERT_TRUE(Until([&] { return QApplication::activeModalWidget() == &box; }));
+    window.showMinimized();
+    Activation::ActivateFirst();
+    EXPECT_TRUE(Until([&] { return !window.isMinimized(); }));
+    EXPECT_EQ(window.windowHandle()->transientParent(), nullptr);
 }
 
 TEST_F(DesktopServicesTest, GroupsAreDroppedIntoTheList)
@@ -225,7 +236,8 @@ TEST_F(DesktopServicesTest, GroupsAreDroppedIntoTheList)
     } rows[] = {{"alt.kites", {"alt.kites"}}, {" alt.kites \r\n\nrec.boats\n", {"alt.kites", "rec.boats"}},
         {"news:alt.kites", {"alt.kites"}}, {"NEWS://127.0.0.1:563/alt.kit%65s", {"alt.kites"}},
         {"nntp://127.0.0.1/alt.kites/7002", {"alt.kites"}}, {"nntp:alt.kites", {}}, {"news:1@example.org", {}},
-        {"news:*", {}}, {"news://127.0.0.1/", {}}, {"https://127.0.0.1/alt.kites", {}}, {" \r\n", {}}};
+        {"news:*", {}}, {"news:alt.kites%0d%0Aalt.other", {}}, {"news://127.0.0.1/", {}},
+        {"https://127.0.0.1/alt.kites", {}}, {" \r\n", {}}};
     for (const auto& row : rows)
         EXPECT_EQ(GroupsIn(row.text), row.groups) << row.text;
 
