@@ -149,48 +149,58 @@ Outcome AttachmentSets::Keep(const PartEnd& end, const GiveName& giveName)
     Outcome outcome = refusal;
     if (outcome == Outcome::None && written != place.size)
         outcome = Outcome::Damaged;
-    std::string path;
+    std::vector<std::string> paths;
     if (outcome == Outcome::None)
-        outcome = Take(PartInHand(end), path);
-    if (outcome == Outcome::Part && !path.empty())
-        outcome = Finish(path, giveName);
+        outcome = Take(PartInHand(end), paths);
+    for (const std::string& path : paths) {
+        const Outcome finished = Finish(path, giveName);
+        const bool isStored = outcome == Outcome::Stored || finished == Outcome::Stored;
+        outcome = isStored ? Outcome::Stored : std::min(outcome, finished);
+    }
     Drop();
     return outcome;
 }
 
-// Finds the set of a sound part and adds it there. `path` becomes that of the set which now has it.
-Outcome AttachmentSets::Take(const ReceivedPart& part, std::string& path)
+// Finds the sets of a sound part and adds it there. `paths` become those of the sets which now have it.
+Outcome AttachmentSets::Take(const ReceivedPart& part, std::vector<std::string>& paths)
 {
-    KeptSet* certain = nullptr; // the attachment's check sum will tell
-    KeptSet* there = nullptr;
     std::vector<KeptSet*> possible;
+    std::vector<KeptSet*> safe; // the attachment's check sum will tell whether it was theirs
     for (KeptSet& set : sets) {
         if (!set.journal.Admits(part))
             continue;
         if (set.journal.Holds(part))
-            there = &set;
+            paths.push_back(set.path);
         if (!set.journal.IsFree(part))
             continue;
         possible.push_back(&set);
-        if (part.wholeChecksum && set.journal.WholeChecksum() == part.wholeChecksum)
-            certain = &set;
+        if (set.journal.WholeChecksum())
+            safe.push_back(&set);
     }
-    if (there != nullptr && certain == nullptr) {
-        path = there->path;
+    if (safe.empty() && !paths.empty())
         return Outcome::Part;
-    }
-    if (possible.size() > 1 && !part.wholeChecksum)
+    if (safe.empty() && possible.size() > 1 && !part.wholeChecksum)
         return Outcome::Part; // to put it into the wrong one would make a wrong file
-    KeptSet* set = possible.size() == 1 ? possible.front() : certain;
-    if (set != nullptr && set->journal.Parts().size() >= mostParts)
-        return Outcome::Damaged;
-
-    const bool isNew = set == nullptr;
-    KeptSet made{isNew && !targetIsNew ? folder.NewPath(key) : targetPath, SetJournal(name, place.wholeSize)};
+    KeptSet made{{}, SetJournal(name, place.wholeSize)};
+    const bool isNew = safe.empty() && possible.size() != 1;
     if (isNew)
-        set = &made;
-    const bool liesThere = set->path == targetPath;
-    if (set->path.empty() || (!liesThere && !CopyTarget(set->path, isNew)) || !AddToJournal(*set, part, isNew))
+        made.path = targetIsNew ? targetPath : folder.NewPath(key);
+    Outcome outcome = Outcome::Part;
+    for (KeptSet* set : isNew ? std::vector{&made} : safe.empty() ? possible : safe) {
+        const Outcome added = AddTo(*set, part, isNew);
+        outcome = std::min(outcome, added);
+        if (added == Outcome::Part)
+            paths.push_back(set->path);
+    }
+    return outcome;
+}
+
+Outcome AttachmentSets::AddTo(KeptSet& set, const ReceivedPart& part, bool isNew)
+{
+    if (set.journal.Parts().size() >= mostParts)
+        return Outcome::Damaged;
+    const bool liesThere = set.path == targetPath;
+    if (set.path.empty() || (!liesThere && !CopyTarget(set.path, isNew)) || !AddToJournal(set, part, isNew))
         return Outcome::NotWritten;
     if (liesThere) {
         // The disk has time for it while the next parts come, and the wait at the end is short.
@@ -198,8 +208,7 @@ Outcome AttachmentSets::Take(const ReceivedPart& part, std::string& path)
             target.Number(), static_cast<off_t>(place.begin), static_cast<off_t>(place.size), SYNC_FILE_RANGE_WRITE);
         target = Descriptor();
     }
-    folder.Note(*set);
-    path = set->path;
+    folder.Note(set);
     return Outcome::Part;
 }
 
@@ -286,6 +295,11 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
     if (!giveName(journal->Name(), file))
         return Outcome::NotWritten;
     folder.Remove(path);
+    // It is not waited for a second time beside a part of it that was false.
+    for (const KeptSet& set : sets) {
+        if (toldChecksum && set.journal.WholeChecksum() == toldChecksum)
+            folder.Remove(set.path);
+    }
     return Outcome::Stored;
 }
 

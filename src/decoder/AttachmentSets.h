@@ -14,8 +14,8 @@
 //
 // A part belongs to an attachment of its name and size, and of its total and the attachment's check sum where they are
 // told. Where the parts of a set say otherwise, or have other bytes at its place, it begins a set of its own. A part
-// that fits more than one set, and does not tell the attachment's check sum by which the right one would be known, is
-// not kept.
+// that fits several sets goes into each whose attachment's check sum is known, by which a wrong one shows at the end. If
+// none is known, and the part does not tell it either, the part is not kept.
 class AttachmentSets {
 public:
     // Takes the file of a whole attachment and gives it its final name, or removes it if it has an equal there. False
@@ -43,7 +43,8 @@ private:
     ReceivedPart PartInHand(const PartEnd& end = {}) const;
     std::uint64_t TargetBegin() const { return targetPath.empty() ? 0 : place.begin; }
     bool OpenTarget();
-    Outcome Take(const ReceivedPart& part, std::string& path);
+    Outcome Take(const ReceivedPart& part, std::vector<std::string>& paths);
+    Outcome AddTo(KeptSet& set, const ReceivedPart& part, bool isNew);
     bool CopyTarget(const std::string& path, bool isNew) const;
     bool AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew) const;
 

@@ -119,6 +119,11 @@ TEST_F(AttachmentSetsTest, PostingsOfOneNameAreNotMixed)
     const auto bBare = Spread(others, 3, "a.bin", {.checksums = false, .total = 1});
     const auto aOfSix = Spread(bytes, 6, "a.bin", {.checksums = false, .total = 1});
     const std::string bOfFour = With(bBare[1], "total=3", "total=4");
+    // A false beginning of a, which claims a's check sum.
+    const auto checksumOf = [](const std::string& body) { return body.substr(body.find(" crc32=") + 7, 8); };
+    const std::string false1 = With(b[0], checksumOf(b[0]), checksumOf(a[0]));
+    std::string unprovenFalse1 = false1;
+    unprovenFalse1.erase(unprovenFalse1.find(" pcrc32="), 16);
     struct Row {
         const char* what;
         std::vector<std::string> bodies;
@@ -130,7 +135,13 @@ TEST_F(AttachmentSetsTest, PostingsOfOneNameAreNotMixed)
              Row{"other bytes, the first incomplete", {aBare[0], aBare[2], bBare[0], bBare[2], aBare[1]}, 0},
              Row{"overlapping", {aOfSix[1], bBare[0], aOfSix[0], bBare[1], bBare[2]}, 1},
              Row{"another total", {aBare[0], bOfFour, aBare[1], aBare[2]}, 1},
-             Row{"another attachment's check sum", {b[0], a[1], a[0], b[2], a[2]}, 1}}) {
+             Row{"another attachment's check sum", {b[0], a[1], a[0], b[2], a[2]}, 1},
+             Row{"a false part behind the true one", {a[0], false1, a[1], a[2]}, 1},
+             Row{"a false part before the true one", {false1, a[0], a[1], a[2]}, 1},
+             Row{"an unproven one behind it", {a[0], unprovenFalse1, a[1], a[2]}, 1},
+             Row{"an unproven one before it", {unprovenFalse1, a[0], a[1], a[2]}, 1},
+             Row{"silent parts behind it", {a[0], false1, aBare[1], aBare[2]}, 1},
+             Row{"silent parts of two with check sums", {a[0], b[0], aBare[1], aBare[2], bBare[1], bBare[2]}, 2}}) {
         SCOPED_TRACE(row.what);
         std::size_t whole = 0;
         for (const std::string& body : row.bodies) {
