@@ -283,9 +283,14 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
         return Outcome::Part;
     }
     if (toldChecksum.value_or(wholeChecksum) != wholeChecksum) {
-        // Those that proved themselves stay; if all of them did, what they are said to make is not true.
-        std::copy_if(journal->Parts().begin(), journal->Parts().end(), std::back_inserter(wrong),
-            [](const ReceivedPart& part) { return !part.isProven; });
+        const auto find = [&](const auto& isDoubtful) {
+            if (wrong.empty())
+                std::copy_if(journal->Parts().begin(), journal->Parts().end(), std::back_inserter(wrong), isDoubtful);
+        };
+        // Those that proved themselves stay. If all of them did, some may be of another posting, and those that tell
+        // this check sum stay; if all tell it, what they are said to make is not true.
+        find([](const ReceivedPart& part) { return !part.isProven; });
+        find([](const ReceivedPart& part) { return !part.wholeChecksum; });
         ForgetParts({path, *journal}, data, wrong.empty() ? journal->Parts() : wrong);
         return Outcome::Damaged;
     }

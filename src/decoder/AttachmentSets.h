@@ -14,8 +14,8 @@
 //
 // A part belongs to an attachment of its name and size, and of its total and the attachment's check sum where they are
 // told. Where the parts of a set say otherwise, or have other bytes at its place, it begins a set of its own. A part
-// that fits several sets goes into each whose attachment's check sum is known, by which a wrong one shows at the end. If
-// none is known, and the part does not tell it either, the part is not kept.
+// that fits several sets goes into each whose attachment's check sum is known, by which a wrong one shows at the end.
+// If none is known, and the part does not tell it either, the part is not kept.
 class AttachmentSets {
 public:
     // Takes the file of a whole attachment and gives it its final name, or removes it if it has an equal there. False
