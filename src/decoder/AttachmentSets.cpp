@@ -35,9 +35,11 @@ constexpr std::size_t mostBytesInMemory = 1024 * 1024;
     return true;
 }
 
-// Hands out so many bytes of a file, block by block, until `take` has enough. False if there are less.
+enum class Reading { Done, Short, Failed };
+
+// Hands out so many bytes of a file, block by block. Short if there are less, or if `take` has enough.
 template <class Take>
-[[nodiscard]] bool ReadFrom(const Descriptor& file, std::uint64_t offset, std::uint64_t size, const Take& take)
+[[nodiscard]] Reading ReadFrom(const Descriptor& file, std::uint64_t offset, std::uint64_t size, const Take& take)
 {
     const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
     while (size != 0) {
@@ -45,12 +47,14 @@ template <class Take>
         const ssize_t count = pread(file.Number(), block.get(), wanted, static_cast<off_t>(offset));
         if (count < 0 && errno == EINTR)
             continue;
-        if (count <= 0 || !take(std::string_view(block.get(), static_cast<std::size_t>(count))))
-            return false;
+        if (count < 0)
+            return Reading::Failed;
+        if (count == 0 || !take(std::string_view(block.get(), static_cast<std::size_t>(count))))
+            return Reading::Short;
         offset += static_cast<std::size_t>(count);
         size -= static_cast<std::size_t>(count);
     }
-    return true;
+    return Reading::Done;
 }
 
 // Gives back what bytes that do not count take on the disk, where it can do that.
@@ -222,8 +226,8 @@ bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
         at += bytes.size();
         return wrote;
     };
-    const bool copied
-        = data.IsOpen() && (target.IsOpen() ? ReadFrom(target, TargetBegin(), place.size, write) : write(inMemory));
+    const bool copied = data.IsOpen()
+        && (target.IsOpen() ? ReadFrom(target, TargetBegin(), place.size, write) == Reading::Done : write(inMemory));
     if (!copied && isNew)
         (void)DeleteFile(file);
     else if (!copied && data.IsOpen())
@@ -256,54 +260,60 @@ bool AttachmentSets::AddToJournal(KeptSet& set, const ReceivedPart& part, bool i
 
 // The whole.
 
-// Reads the attachment once more and gives it its name. Part if it is not whole.
+// Reads the attachment once more and gives it its name. Part if it is not whole, NotWritten if that cannot be told now.
 Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName)
 {
-    auto journal = SetFolder::Read(path);
+    bool isUnclear = false;
+    const auto set = SetFolder::Read(path, isUnclear);
+    if (!set || !set->journal.IsWhole())
+        return isUnclear ? Outcome::NotWritten : Outcome::Part;
+    const SetJournal& journal = set->journal;
     const std::string dataPath = SetFolder::DataOf(path);
     Descriptor data = SetFolder::Open(dataPath, O_RDWR);
-    if (!journal || !journal->IsWhole() || !data.IsOpen())
-        return Outcome::Part;
-    const auto toldChecksum = journal->WholeChecksum();
+    if (!data.IsOpen())
+        return Outcome::NotWritten;
+    const auto toldChecksum = journal.WholeChecksum();
     std::uint32_t wholeChecksum = 0;
-    const auto isRight = [&](const ReceivedPart& part) {
+    std::vector<ReceivedPart> wrong;
+    for (const ReceivedPart& part : journal.Parts()) {
         std::uint32_t checksum = 0;
-        return ReadFrom(data, part.begin, part.size, [&](std::string_view bytes) {
+        const Reading reading = ReadFrom(data, part.begin, part.size, [&](std::string_view bytes) {
             checksum = Checksum(checksum, bytes);
             if (toldChecksum)
                 wholeChecksum = Checksum(wholeChecksum, bytes);
             return true;
-        }) && checksum == part.checksum;
-    };
-    std::vector<ReceivedPart> wrong;
-    std::copy_if(journal->Parts().begin(), journal->Parts().end(), std::back_inserter(wrong),
-        [&](const ReceivedPart& part) { return !isRight(part); });
+        });
+        if (reading == Reading::Failed)
+            return Outcome::NotWritten;
+        if (reading == Reading::Short || checksum != part.checksum)
+            wrong.push_back(part);
+    }
     if (!wrong.empty()) {
-        ForgetParts({path, *journal}, data, wrong);
+        ForgetParts(*set, data, wrong);
         return Outcome::Part;
     }
     if (toldChecksum.value_or(wholeChecksum) != wholeChecksum) {
         const auto find = [&](const auto& isDoubtful) {
             if (wrong.empty())
-                std::copy_if(journal->Parts().begin(), journal->Parts().end(), std::back_inserter(wrong), isDoubtful);
+                std::copy_if(journal.Parts().begin(), journal.Parts().end(), std::back_inserter(wrong), isDoubtful);
         };
         // Those that proved themselves stay. If all of them did, some may be of another posting, and those that tell
         // this check sum stay; if all tell it, what they are said to make is not true.
         find([](const ReceivedPart& part) { return !part.isProven; });
         find([](const ReceivedPart& part) { return !part.wholeChecksum; });
-        ForgetParts({path, *journal}, data, wrong.empty() ? journal->Parts() : wrong);
+        ForgetParts(*set, data, wrong.empty() ? journal.Parts() : wrong);
         return Outcome::Damaged;
     }
-    if (ftruncate(data.Number(), static_cast<off_t>(journal->Size())) != 0)
+    if (ftruncate(data.Number(), static_cast<off_t>(journal.Size())) != 0)
         return Outcome::NotWritten;
     UnnamedFile file(dataPath, std::move(data));
-    if (!giveName(journal->Name(), file))
+    if (!giveName(journal.Name(), file))
         return Outcome::NotWritten;
     folder.Remove(path);
     // It is not waited for a second time beside a part of it that was false.
-    for (const KeptSet& set : sets) {
-        if (toldChecksum && set.journal.WholeChecksum() == toldChecksum)
-            folder.Remove(set.path);
+    for (const KeptSet& other : sets) {
+        if (toldChecksum && other.journal.WholeChecksum() == toldChecksum)
+            folder.Remove(other.path);
     }
     return Outcome::Stored;
 }

@@ -59,6 +59,15 @@ SetFolder::Moment LastAddition(const std::string& path)
     return std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
 }
 
+// What could not be opened: may it be there all the same, as a set has it?
+bool MayBeOurs(const std::string& file)
+{
+    struct stat status = {};
+    if (lstat(file.c_str(), &status) != 0)
+        return errno != ENOENT && errno != ENOTDIR;
+    return S_ISREG(status.st_mode) && status.st_nlink == 1;
+}
+
 SetFolder::Moment Now() { return std::chrono::system_clock::now().time_since_epoch(); }
 
 }
@@ -97,7 +106,7 @@ bool SetFolder::Enter(const std::string& destination, Missing missing)
 
 void SetFolder::Leave()
 {
-    if (lock.IsOpen() && counted.empty()) {
+    if (lock.IsOpen() && countedAt != Moment() && counted.empty()) {
         (void)DeleteFile(FileOf(folder, lockName));
         (void)rmdir(folder.c_str()); // unless somebody else has put something there
     }
@@ -117,21 +126,25 @@ void SetFolder::Forget(const std::string& newFolder)
 void SetFolder::Count()
 {
     Forget(folder);
+    const auto files = NamesIn(folder, EntryKind::File);
+    if (!files)
+        return;
     countedAt = Now();
     if (mayRemove)
         (void)DeleteFile(FileOf(folder, ".replacement.new")); // of a journal
-    for (const std::string& file : NamesIn(folder, EntryKind::File).value_or(std::vector<std::string>())) {
+    for (const std::string& file : *files) {
         if (!IsSetName(std::string_view(file).substr(0, setNameSize)))
             continue;
         const std::string path = folder + file.substr(0, setNameSize);
         if (counted.contains(path))
             continue;
-        auto journal = Read(path);
-        if (journal && countedAt - LastAddition(path) <= longestWaitOfSets) {
-            if (journal->IsWhole())
+        bool isUnclear = false;
+        const auto set = Read(path, isUnclear);
+        if (set && countedAt - LastAddition(path) <= longestWaitOfSets) {
+            if (set->journal.IsWhole())
                 whole.push_back(path);
-            Note({path, std::move(*journal)});
-        } else if (mayRemove) {
+            Note(*set);
+        } else if (mayRemove && !isUnclear) {
             Remove(path);
         }
     }
@@ -213,10 +226,10 @@ std::vector<KeptSet> SetFolder::SetsOf(std::string_view name, std::uint64_t size
     std::vector<KeptSet> found;
     const std::string key = KeyOf(name, size);
     for (int number = 0; number < mostSetsOfOneName; ++number) {
-        const std::string path = key + std::to_string(number);
-        auto journal = Read(path);
-        if (journal && journal->Name() == name && journal->Size() == size)
-            found.push_back({path, std::move(*journal)});
+        bool isUnclear = false;
+        auto set = Read(key + std::to_string(number), isUnclear);
+        if (set && set->journal.Name() == name && set->journal.Size() == size)
+            found.push_back(std::move(*set));
     }
     return found;
 }
@@ -227,7 +240,11 @@ std::string SetFolder::NewPath(const std::string& key)
     Moment oldestAddition = Moment::max();
     for (int number = 0; number < mostSetsOfOneName; ++number) {
         std::string path = key + std::to_string(number);
-        if (!Read(path)) {
+        bool isUnclear = false;
+        const bool isSet = Read(path, isUnclear).has_value();
+        if (isUnclear)
+            continue;
+        if (!isSet) {
             Remove(path);
             struct stat status = {};
             if (lstat(DataOf(path).c_str(), &status) != 0 && lstat(JournalOf(path).c_str(), &status) != 0)
@@ -261,15 +278,22 @@ std::string SetFolder::JournalOf(std::string_view path) { return FileOf(path, jo
 
 std::string SetFolder::DataOf(std::string_view path) { return FileOf(path, dataEnding); }
 
-std::optional<SetJournal> SetFolder::Read(const std::string& path)
+std::optional<KeptSet> SetFolder::Read(const std::string& path, bool& isUnclear)
 {
     const Descriptor file = Open(JournalOf(path), O_RDONLY);
+    const Descriptor data = Open(DataOf(path), O_RDONLY);
     struct stat status = {};
-    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !Open(DataOf(path), O_RDONLY).IsOpen())
+    isUnclear = (file.IsOpen() || MayBeOurs(JournalOf(path))) && (data.IsOpen() || MayBeOurs(DataOf(path)));
+    if (!file.IsOpen() || !data.IsOpen() || fstat(file.Number(), &status) != 0)
         return std::nullopt;
     std::string bytes(std::min(static_cast<std::size_t>(status.st_size), SetJournal::longest), '\0');
-    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(file.Read(bytes.data(), bytes.size()), 0)));
-    return SetJournal::Read(bytes);
+    const ssize_t count = file.Read(bytes.data(), bytes.size());
+    isUnclear = count < 0;
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    auto journal = SetJournal::Read(bytes);
+    if (!journal)
+        return std::nullopt;
+    return KeptSet{path, std::move(*journal)};
 }
 
 Descriptor SetFolder::Open(const std::string& file, int access)

@@ -65,7 +65,8 @@ public:
 
     std::vector<KeptSet> SetsOf(std::string_view name, std::uint64_t size) const;
 
-    // The path of a new set: in place of what is none, or of the oldest of the key. "" if directories stand everywhere.
+    // The path of a new set: in place of what is none, or of the oldest of the key. "" if there is only what cannot be
+    // removed or read.
     std::string NewPath(const std::string& key);
 
     // Removes the oldest sets, but none of the key, until there is room for so many bytes. False if there is none.
@@ -86,8 +87,9 @@ public:
     static std::string JournalOf(std::string_view path);
     static std::string DataOf(std::string_view path);
 
-    // Nothing for what is no set.
-    static std::optional<SetJournal> Read(const std::string& path);
+    // Nothing for what is no set. `isUnclear` tells whether it may be one that cannot be read now, because of the disk
+    // or the system: such a one must stay.
+    static std::optional<KeptSet> Read(const std::string& path, bool& isUnclear);
 
     // None for a link, a directory or a pipe, and for a file that has another name too: what is done to it would be
     // done outside of the folder.

@@ -411,6 +411,39 @@ TEST_F(AttachmentSetsTest, AFullDiskLeavesTheSetAsItWas)
     ExpectWhole(large);
 }
 
+// Without descriptors nothing can be told of what is there.
+TEST_F(AttachmentSetsTest, WhatCannotBeReadStays)
+{
+    const auto bodies = Spread(bytes, 3);
+    EXPECT_EQ(Decode(bodies[0]), -1);
+    rlimit old = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &old), 0);
+    const int firstFree = dup(0);
+    close(firstFree);
+    MakeFile(folder.File(bodyName), bodies[1]);
+    const std::string set = SetPath();
+    for (rlim_t free = 0; free < 5; ++free) {
+        SCOPED_TRACE(free);
+        for (const bool counts : {true, false}) {
+            const rlimit few{static_cast<rlim_t>(firstFree) + free, old.rlim_max};
+            Restart();
+            ASSERT_TRUE(counts || Waiting().attachments == 1);
+            ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+            if (counts)
+                (void)Waiting();
+            else
+                decoder.SetDecodeFilename(folder.File(bodyName));
+            setrlimit(RLIMIT_NOFILE, &old);
+            EXPECT_TRUE(fs::exists(set + ".journal") && fs::exists(set + ".data"));
+        }
+    }
+    Restart();
+    EXPECT_GE(Waiting().attachments, 1U);
+    (void)Decode(bodies[1]);
+    EXPECT_EQ(Decode(bodies[2]), 1);
+    ExpectWhole(bytes);
+}
+
 TEST_F(AttachmentSetsTest, OldSetsGoAndWholeOnesAreFinished)
 {
     const auto bodies = Spread(bytes, 2);
