@@ -81,15 +81,17 @@ bool SetFolder::Enter(const std::string& destination, Missing missing)
         struct stat status = {};
         // A link would lead out of the destination.
         if (lstat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
-            return false;
+            break;
         if (isNew || folder != directory + "/")
             Forget(directory + "/");
         const std::string lockPath = FileOf(folder, lockName);
         lock = Descriptor(open(lockPath.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
         if (!lock.IsOpen()) {
-            // The folder may have gone with its last set; or something else stands there.
-            if (errno != ENOENT && DeleteFile(lockPath))
-                return false;
+            // The folder may have gone with its last set; or something else stands there. A lock that cannot be opened
+            // now may be in another program's hand.
+            if (errno != ENOENT
+                && (lstat(lockPath.c_str(), &status) != 0 || S_ISREG(status.st_mode) || DeleteFile(lockPath)))
+                break;
             continue;
         }
         mayRemove = flock(lock.Number(), LOCK_EX | LOCK_NB) == 0;
@@ -100,7 +102,7 @@ bool SetFolder::Enter(const std::string& destination, Missing missing)
             return true;
         }
     }
-    lock = Descriptor();
+    lock = {};
     return false;
 }
 

@@ -435,6 +435,7 @@ TEST_F(AttachmentSetsTest, WhatCannotBeReadStays)
                 decoder.SetDecodeFilename(folder.File(bodyName));
             setrlimit(RLIMIT_NOFILE, &old);
             EXPECT_TRUE(fs::exists(set + ".journal") && fs::exists(set + ".data"));
+            EXPECT_TRUE(free != 0 || fs::exists(folder.File(setFolder + "lock")));
         }
     }
     Restart();
