@@ -320,14 +320,17 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
 
 void AttachmentSets::ForgetParts(KeptSet set, const Descriptor& data, const std::vector<ReceivedPart>& parts)
 {
-    for (const ReceivedPart& part : parts) {
+    for (const ReceivedPart& part : parts)
         set.journal.Forget(part);
-        Punch(data, part.begin, part.size);
+    if (set.journal.Parts().empty()) {
+        folder.Remove(set.path);
+        return;
     }
-    if (set.journal.Parts().empty() || ReplaceFile(SetFolder::JournalOf(set.path), {set.journal.Bytes()}))
-        folder.Remove(set.path); // without its journal it is of no use
-    else
-        folder.Note(set);
+    if (!folder.ReplaceJournal(set))
+        return; // the old one stands, and so does what it tells of
+    for (const ReceivedPart& part : parts)
+        Punch(data, part.begin, part.size);
+    folder.Note(set);
 }
 
 void AttachmentSets::FinishWhole(const std::string& destination, const GiveName& giveName)

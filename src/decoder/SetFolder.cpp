@@ -16,6 +16,7 @@ namespace {
 constexpr std::string_view folderName = ".tamarack-parts";
 constexpr std::string_view lockName = "lock";
 constexpr std::string_view scratchName = "scratch";
+constexpr std::string_view replacementName = ".replacement.new"; // of a journal, as ReplaceFile has it
 constexpr std::string_view journalEnding = ".journal";
 constexpr std::string_view dataEnding = ".data";
 constexpr std::size_t keyDigits = 16;
@@ -133,7 +134,7 @@ void SetFolder::Count()
         return;
     countedAt = Now();
     if (mayRemove)
-        (void)DeleteFile(FileOf(folder, ".replacement.new")); // of a journal
+        (void)DeleteFile(FileOf(folder, replacementName));
     for (const std::string& file : *files) {
         if (!IsSetName(std::string_view(file).substr(0, setNameSize)))
             continue;
@@ -185,6 +186,13 @@ void SetFolder::Remove(const std::string& path)
     (void)DeleteFile(DataOf(path));
     (void)DeleteFile(JournalOf(path));
     Uncount(path);
+}
+
+bool SetFolder::ReplaceJournal(const KeptSet& set) const
+{
+    // What a stranger has put there may be a pipe, or another file's second name.
+    (void)DeleteFile(FileOf(folder, replacementName));
+    return !ReplaceFile(JournalOf(set.path), {set.journal.Bytes()});
 }
 
 bool SetFolder::MakeRoom(std::uint64_t size, const std::string& key)

@@ -75,6 +75,9 @@ public:
     // A set has changed.
     void Note(const KeptSet& set);
 
+    // False if that is not possible: the old one stays.
+    [[nodiscard]] bool ReplaceJournal(const KeptSet& set) const;
+
     void Remove(const std::string& path);
 
     // Those that were found whole, each once: a program that was killed can leave such a set.

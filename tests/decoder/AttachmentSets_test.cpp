@@ -288,14 +288,35 @@ TEST_F(AttachmentSetsTest, TheWholeIsCheckedToo)
     unproven.insert(unproven.size() - 2, " crc32=" + sound[1].substr(sound[1].find(" crc32=") + 7, 8));
     std::string silent = Spread(wrong, 3)[1];
     silent.erase(silent.find(" crc32="), 15);
+    const TemporaryFolder elsewhere;
+    const std::string kept = elsewhere.File("kept");
+    MakeFile(kept, "kept");
     for (const std::string& body : {unproven, silent}) {
         EXPECT_EQ(Decode(body), -1);
+        const std::string replacement = folder.File(setFolder + ".replacement.new");
+        if (body == silent)
+            ASSERT_EQ(mkfifo(replacement.c_str(), 0600), 0);
+        else
+            fs::create_hard_link(kept, replacement);
         EXPECT_EQ(Decode(sound[0]), -1);
         EXPECT_EQ(Decode(sound[2]), -2);
         EXPECT_EQ(Waiting(), (WaitingSets{1, 1, 3})) << "those that proved themselves and told the check sum stay";
+        EXPECT_EQ(ContentOf(kept), "kept");
         EXPECT_EQ(Decode(sound[1]), 1);
         ExpectWhole(bytes);
     }
+    // The set stays if the journal cannot be written anew.
+    EXPECT_EQ(Decode(unproven), -1);
+    EXPECT_EQ(Decode(sound[0]), -1);
+    fs::create_directories(folder.File(setFolder + ".replacement.new/within"));
+    EXPECT_EQ(Decode(sound[2]), -2);
+    fs::remove_all(folder.File(setFolder + ".replacement.new"));
+    Restart();
+    EXPECT_EQ(Waiting().attachments, 1U);
+    EXPECT_EQ(Decode("text\r\n"), 0);
+    EXPECT_EQ(Waiting(), (WaitingSets{1, 1, 3}));
+    EXPECT_EQ(Decode(sound[1]), 1);
+    ExpectWhole(bytes);
     // What all parts agree on is not true.
     for (std::size_t i = 0; i < 3; ++i) {
         const std::size_t at = sound[i].find(" crc32=");
