@@ -64,6 +64,41 @@ void Punch(const Descriptor& file, std::uint64_t begin, std::uint64_t size)
         file.Number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(begin), static_cast<off_t>(size));
 }
 
+// Of a new set.
+[[nodiscard]] bool WriteJournal(const KeptSet& set)
+{
+    const std::string path = SetFolder::JournalOf(set.path);
+    Descriptor file = SetFolder::MakeAnew(path);
+    if (file.IsOpen() && !file.Write(set.journal.Bytes()) && !file.Close())
+        return true;
+    (void)DeleteFile(path);
+    (void)DeleteFile(SetFolder::DataOf(set.path));
+    return false;
+}
+
+[[nodiscard]] bool AppendToJournal(const KeptSet& set, const ReceivedPart& part)
+{
+    const std::string path = SetFolder::JournalOf(set.path);
+    const std::size_t end = set.journal.Length();
+    Descriptor file = SetFolder::Open(path, O_WRONLY);
+    // Behind the last whole record there may be one whose writing broke off.
+    if (!file.IsOpen() || ftruncate(file.Number(), static_cast<off_t>(end)) != 0)
+        return false;
+    if (WriteAt(file, SetJournal::Record(part), end) && !file.Close())
+        return true;
+    (void)!truncate(path.c_str(), static_cast<off_t>(end)); // half a record would not be read either
+    return false;
+}
+
+[[nodiscard]] bool AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew)
+{
+    set.journal.Add(part);
+    if (isNew ? WriteJournal(set) : AppendToJournal(set, part))
+        return true;
+    set.journal.Forget(part);
+    return false;
+}
+
 std::uint32_t Checksum(std::uint32_t before, std::string_view bytes)
 {
     return static_cast<std::uint32_t>(libdeflate_crc32(before, bytes.data(), bytes.size()));
@@ -235,43 +270,24 @@ bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
     return copied;
 }
 
-bool AttachmentSets::AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew) const
-{
-    const std::string path = SetFolder::JournalOf(set.path);
-    const std::size_t end = set.journal.Length();
-    set.journal.Add(part);
-    if (isNew) {
-        Descriptor file = SetFolder::MakeAnew(path);
-        if (file.IsOpen() && !file.Write(set.journal.Bytes()) && !file.Close())
-            return true;
-        (void)DeleteFile(path);
-        (void)DeleteFile(SetFolder::DataOf(set.path));
-        return false;
-    }
-    Descriptor file = SetFolder::Open(path, O_WRONLY);
-    // Behind the last whole record there may be one whose writing broke off.
-    if (!file.IsOpen() || ftruncate(file.Number(), static_cast<off_t>(end)) != 0)
-        return false;
-    if (WriteAt(file, SetJournal::Record(part), end) && !file.Close())
-        return true;
-    (void)!truncate(path.c_str(), static_cast<off_t>(end)); // half a record would not be read either
-    return false;
-}
-
 // The whole.
 
 // Reads the attachment once more and gives it its name. Part if it is not whole, NotWritten if that cannot be told now.
 Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName)
 {
+    const auto notNow = [&] {
+        folder.FinishLater(path);
+        return Outcome::NotWritten;
+    };
     bool isUnclear = false;
     const auto set = SetFolder::Read(path, isUnclear);
     if (!set || !set->journal.IsWhole())
-        return isUnclear ? Outcome::NotWritten : Outcome::Part;
+        return isUnclear ? notNow() : Outcome::Part;
     const SetJournal& journal = set->journal;
     const std::string dataPath = SetFolder::DataOf(path);
     Descriptor data = SetFolder::Open(dataPath, O_RDWR);
     if (!data.IsOpen())
-        return Outcome::NotWritten;
+        return notNow();
     const auto toldChecksum = journal.WholeChecksum();
     std::uint32_t wholeChecksum = 0;
     std::vector<ReceivedPart> wrong;
@@ -284,7 +300,7 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
             return true;
         });
         if (reading == Reading::Failed)
-            return Outcome::NotWritten;
+            return notNow();
         if (reading == Reading::Short || checksum != part.checksum)
             wrong.push_back(part);
     }
@@ -305,10 +321,10 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
         return Outcome::Damaged;
     }
     if (ftruncate(data.Number(), static_cast<off_t>(journal.Size())) != 0)
-        return Outcome::NotWritten;
+        return notNow();
     UnnamedFile file(dataPath, std::move(data));
     if (!giveName(journal.Name(), file))
-        return Outcome::NotWritten;
+        return notNow();
     folder.Remove(path);
     // It is not waited for a second time beside a part of it that was false.
     for (const KeptSet& other : sets) {
@@ -338,6 +354,6 @@ void AttachmentSets::FinishWhole(const std::string& destination, const GiveName&
     if (!folder.HasWhole(destination) || !folder.Enter(destination, SetFolder::Missing::Leave))
         return;
     for (const std::string& path : folder.TakeWhole())
-        (void)Finish(path, giveName); // what is not finished now is met again
+        (void)Finish(path, giveName);
     folder.Leave();
 }

@@ -33,6 +33,9 @@ public:
     // The part is not taken.
     void Drop();
 
+    // A search begins: what is whole and could not be finished is tried once more.
+    void BeginSearch() { folder.TryAgain(); }
+
     // Finishes what was found whole: a program that was killed can leave such a set.
     void FinishWhole(const std::string& destination, const GiveName& giveName);
 
@@ -46,7 +49,6 @@ private:
     Outcome Take(const ReceivedPart& part, std::vector<std::string>& paths);
     Outcome AddTo(KeptSet& set, const ReceivedPart& part, bool isNew);
     bool CopyTarget(const std::string& path, bool isNew) const;
-    bool AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew) const;
 
     Outcome Finish(const std::string& path, const GiveName& giveName);
     void ForgetParts(KeptSet set, const Descriptor& data, const std::vector<ReceivedPart>& parts);

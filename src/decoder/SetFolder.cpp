@@ -144,7 +144,7 @@ void SetFolder::Count()
         bool isUnclear = false;
         const auto set = Read(path, isUnclear);
         if (set && countedAt - LastAddition(path) <= longestWaitOfSets) {
-            if (set->journal.IsWhole())
+            if (set->journal.IsWhole() && !unfinished.contains(path))
                 whole.push_back(path);
             Note(*set);
         } else if (mayRemove && !isUnclear) {
@@ -159,12 +159,14 @@ void SetFolder::Note(const KeptSet& set)
     if (lstat(DataOf(set.path).c_str(), &data) != 0)
         return;
     Uncount(set.path);
-    const Counted now{set.journal.Parts().size(), set.journal.Articles(),
+    const std::uint64_t articles = set.journal.Articles();
+    const Counted now{
+        set.journal.IsWhole() ? WaitingSets() : WaitingSets{1, articles - set.journal.Parts().size(), articles},
         static_cast<std::uint64_t>(data.st_blocks) * 512, LastAddition(set.path)};
     counted[set.path] = now;
-    ++waiting.attachments;
-    waiting.missing += now.articles - now.parts;
-    waiting.articles += now.articles;
+    waiting.attachments += now.waiting.attachments;
+    waiting.missing += now.waiting.missing;
+    waiting.articles += now.waiting.articles;
     bytesOnDisk += now.bytes;
 }
 
@@ -174,9 +176,9 @@ void SetFolder::Uncount(const std::string& path)
     if (found == counted.end())
         return;
     const Counted& old = found->second;
-    --waiting.attachments;
-    waiting.missing -= old.articles - old.parts;
-    waiting.articles -= old.articles;
+    waiting.attachments -= old.waiting.attachments;
+    waiting.missing -= old.waiting.missing;
+    waiting.articles -= old.waiting.articles;
     bytesOnDisk -= old.bytes;
     counted.erase(found);
 }
@@ -186,6 +188,7 @@ void SetFolder::Remove(const std::string& path)
     (void)DeleteFile(DataOf(path));
     (void)DeleteFile(JournalOf(path));
     Uncount(path);
+    unfinished.erase(path);
 }
 
 bool SetFolder::ReplaceJournal(const KeptSet& set) const
@@ -275,6 +278,14 @@ bool SetFolder::HasWhole(const std::string& destination) const
 }
 
 std::vector<std::string> SetFolder::TakeWhole() { return std::exchange(whole, {}); }
+
+void SetFolder::TryAgain()
+{
+    for (const std::string& path : std::exchange(unfinished, {})) {
+        if (path.starts_with(folder))
+            whole.push_back(path);
+    }
+}
 
 Descriptor SetFolder::MakeScratch() const
 {

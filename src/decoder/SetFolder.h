@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +25,7 @@ constexpr std::uint64_t mostBytesOfSets = 4 * largestSpreadAttachment;
 // What does not come within days does not come at all.
 constexpr auto longestWaitOfSets = std::chrono::hours(30 * 24);
 
-// What is still to come.
+// What is still to come. Of what is whole, and could get no name yet, nothing is.
 struct WaitingSets {
     std::uint64_t attachments = 0;
     std::uint64_t missing = 0; // articles
@@ -84,6 +85,10 @@ public:
     bool HasWhole(const std::string& destination) const;
     std::vector<std::string> TakeWhole();
 
+    // That is not possible now, and not to be tried for each article: at the next search.
+    void FinishLater(const std::string& path) { unfinished.insert(path); }
+    void TryAgain();
+
     // A file that goes when it is closed.
     Descriptor MakeScratch() const;
 
@@ -106,8 +111,7 @@ public:
 
 private:
     struct Counted {
-        std::uint64_t parts;
-        std::uint64_t articles;
+        WaitingSets waiting;
         std::uint64_t bytes; // on the disk
         Moment added; // when the last part came
     };
@@ -122,6 +126,7 @@ private:
     WaitingSets waiting; // their sums
     std::uint64_t bytesOnDisk = 0;
     std::vector<std::string> whole; // paths
+    std::set<std::string> unfinished; // paths, also of other folders
 
     Descriptor lock;
     bool mayRemove = false; // nobody else has anything of it in hand

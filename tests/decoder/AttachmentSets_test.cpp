@@ -34,6 +34,11 @@ std::string With(std::string text, std::string_view old, std::string_view now)
     return text.replace(at, old.size(), now);
 }
 
+std::uint32_t PartChecksum(const std::string& body)
+{
+    return static_cast<std::uint32_t>(std::stoul(body.substr(body.find("pcrc32=") + 7, 8), nullptr, 16));
+}
+
 class AttachmentSetsTest : public DecoderTest {
 protected:
     void Restart() { decoder = AttachmentDecoder(); }
@@ -312,7 +317,7 @@ TEST_F(AttachmentSetsTest, TheWholeIsCheckedToo)
     EXPECT_EQ(Decode(sound[2]), -2);
     fs::remove_all(folder.File(setFolder + ".replacement.new"));
     Restart();
-    EXPECT_EQ(Waiting().attachments, 1U);
+    EXPECT_EQ(Waiting(), WaitingSets());
     EXPECT_EQ(Decode("text\r\n"), 0);
     EXPECT_EQ(Waiting(), (WaitingSets{1, 1, 3}));
     EXPECT_EQ(Decode(sound[1]), 1);
@@ -413,23 +418,59 @@ TEST_F(AttachmentSetsTest, SetsAreBounded)
 
 TEST_F(AttachmentSetsTest, AFullDiskLeavesTheSetAsItWas)
 {
-    const std::string large = RandomBytes(900'000);
-    const auto bodies = Spread(large, 3);
-    EXPECT_EQ(Decode(bodies[0]), -1);
-    MakeFile(folder.File(bodyName), bodies[2]);
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit old = {};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
-    const rlimit small{870'000, old.rlim_max}; // in the middle of the part
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    decoder.SetDecodeFilename(folder.File(bodyName));
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, oldHandler);
-    EXPECT_EQ(decoder.DecodeStatus(), -3);
-    EXPECT_EQ(Waiting(), (WaitingSets{1, 2, 3}));
-    EXPECT_EQ(Decode(bodies[2]), -1);
-    EXPECT_EQ(Decode(bodies[1]), 1);
-    ExpectWhole(large);
+    struct Row {
+        const char* what;
+        std::size_t size;
+        rlim_t limit; // of a file
+    };
+    for (const Row& row : {Row{"in the middle of the part", 900'000, 870'000}, Row{"in that of its record", 3, 70}}) {
+        SCOPED_TRACE(row.what);
+        const std::string large = RandomBytes(row.size);
+        const auto bodies = Spread(large, 3);
+        EXPECT_EQ(Decode(bodies[0]), -1);
+        MakeFile(folder.File(bodyName), bodies[2]);
+        const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit old = {};
+        ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+        const rlimit small{row.limit, old.rlim_max};
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+        decoder.SetDecodeFilename(folder.File(bodyName));
+        setrlimit(RLIMIT_FSIZE, &old);
+        std::signal(SIGXFSZ, oldHandler);
+        EXPECT_EQ(decoder.DecodeStatus(), -3);
+        EXPECT_EQ(Waiting(), (WaitingSets{1, 2, 3}));
+        EXPECT_EQ(Decode(bodies[2]), -1);
+        EXPECT_EQ(Decode(bodies[1]), 1);
+        ExpectWhole(large);
+    }
+}
+
+TEST_F(AttachmentSetsTest, WhatCanHaveNoNameIsTriedOnceInEachSearch)
+{
+    const auto bodies = Spread(bytes, 2);
+    EXPECT_EQ(Decode(bodies[1]), -1);
+    AttachmentSets sets;
+    const std::string first = bytes.substr(0, (bytes.size() + 1) / 2);
+    int tries = 0;
+    const auto refuse = [&tries](const std::string&, UnnamedFile& file) {
+        ++tries;
+        file.Leave();
+        return false;
+    };
+    sets.Open(folder.Path(), "a.bin", {bytes.size(), 2, 0, first.size()});
+    sets.Write(first);
+    EXPECT_EQ(sets.Keep({PartChecksum(bodies[0]), true, {}}, refuse), Outcome::NotWritten);
+    for (int search = 2; search < 4; ++search) {
+        sets.BeginSearch();
+        sets.FinishWhole(folder.Path(), refuse);
+        sets.FinishWhole(folder.Path(), refuse);
+        EXPECT_EQ(tries, search);
+    }
+    EXPECT_EQ(sets.Waiting(folder.Path()), WaitingSets());
+    Restart();
+    (void)Waiting();
+    EXPECT_EQ(Decode("text only\r\n"), 1);
+    ExpectWhole(bytes);
 }
 
 // Without descriptors nothing can be told of what is there.
@@ -488,12 +529,11 @@ TEST_F(AttachmentSetsTest, OldSetsGoAndWholeOnesAreFinished)
     ReceivedPart first = journal.Parts().front();
     first.begin = 0;
     first.size = journal.Parts().front().begin;
-    first.checksum
-        = static_cast<std::uint32_t>(std::stoul(bodies[0].substr(bodies[0].find("pcrc32=") + 7, 8), nullptr, 16));
+    first.checksum = PartChecksum(bodies[0]);
     journal.Add(first);
     MakeFile(SetPath() + ".journal", journal.Bytes());
     Restart();
-    EXPECT_EQ(Waiting().attachments, 1U);
+    EXPECT_EQ(Waiting(), WaitingSets()) << "it waits for nothing";
     EXPECT_EQ(Decode("text only\r\n"), 1);
     ExpectWhole(bytes);
     EXPECT_FALSE(FolderIsThere());
