@@ -119,10 +119,6 @@ void AttachmentSets::Open(const std::string& destination, std::string_view newNa
         return;
     key = folder.KeyOf(name, place.wholeSize);
     sets = folder.SetsOf(name, place.wholeSize);
-    if (!folder.MakeRoom(place.size, key)) {
-        refusal = Outcome::Damaged;
-        return;
-    }
     // Nearly always it is clear where the bytes belong before the first one is there.
     const ReceivedPart part = PartInHand();
     targetIsNew = sets.empty();
@@ -161,6 +157,8 @@ void AttachmentSets::Write(std::string_view bytes)
         refusal = Outcome::Damaged; // and nothing is written beyond its place
     else if (targetPath.empty() && written + bytes.size() <= mostBytesInMemory)
         inMemory += bytes;
+    else if (!folder.MakeRoom(written + bytes.size(), targetIsNew, key))
+        refusal = Outcome::Damaged;
     else if ((!target.IsOpen() && !OpenTarget()) || !WriteAt(target, bytes, TargetBegin() + written))
         refusal = Outcome::NotWritten;
     written += bytes.size();
@@ -239,6 +237,8 @@ Outcome AttachmentSets::AddTo(KeptSet& set, const ReceivedPart& part, bool isNew
     if (set.journal.Parts().size() >= mostParts)
         return Outcome::Damaged;
     const bool liesThere = set.path == targetPath;
+    if (!liesThere && !folder.MakeRoom(place.size, isNew, key))
+        return Outcome::Damaged;
     if (set.path.empty() || (!liesThere && !CopyTarget(set.path, isNew)) || !AddToJournal(set, part, isNew))
         return Outcome::NotWritten;
     if (liesThere) {

@@ -126,7 +126,7 @@ void SetFolder::Forget(const std::string& newFolder)
     bytesOnDisk = 0;
 }
 
-void SetFolder::Count()
+void SetFolder::Count(const std::string& keyInHand)
 {
     Forget(folder);
     const auto files = NamesIn(folder, EntryKind::File);
@@ -147,7 +147,7 @@ void SetFolder::Count()
             if (set->journal.IsWhole() && !unfinished.contains(path))
                 whole.push_back(path);
             Note(*set);
-        } else if (mayRemove && !isUnclear) {
+        } else if (mayRemove && !isUnclear && (keyInHand.empty() || !path.starts_with(keyInHand))) {
             Remove(path);
         }
     }
@@ -156,13 +156,14 @@ void SetFolder::Count()
 void SetFolder::Note(const KeptSet& set)
 {
     struct stat data = {};
-    if (lstat(DataOf(set.path).c_str(), &data) != 0)
+    struct stat journal = {};
+    if (lstat(DataOf(set.path).c_str(), &data) != 0 || lstat(JournalOf(set.path).c_str(), &journal) != 0)
         return;
     Uncount(set.path);
     const std::uint64_t articles = set.journal.Articles();
     const Counted now{
         set.journal.IsWhole() ? WaitingSets() : WaitingSets{1, articles - set.journal.Parts().size(), articles},
-        static_cast<std::uint64_t>(data.st_blocks) * 512, LastAddition(set.path)};
+        static_cast<std::uint64_t>(data.st_blocks + journal.st_blocks) * 512, LastAddition(set.path)};
     counted[set.path] = now;
     waiting.attachments += now.waiting.attachments;
     waiting.missing += now.waiting.missing;
@@ -198,25 +199,27 @@ bool SetFolder::ReplaceJournal(const KeptSet& set) const
     return !ReplaceFile(JournalOf(set.path), {set.journal.Bytes()});
 }
 
-bool SetFolder::MakeRoom(std::uint64_t size, const std::string& key)
+bool SetFolder::MakeRoom(std::uint64_t size, bool addsSet, const std::string& key)
 {
-    std::size_t most = mostSets;
-    const auto hasRoom = [&] { return counted.size() < most && bytesOnDisk + size <= mostBytesOfSets; };
-    if (hasRoom())
+    const auto hasRoom = [&](std::uint64_t share) { // of the bounds, in 16ths
+        return (!addsSet || counted.size() < mostSets * share / 16)
+            && bytesOnDisk + size <= mostBytesOfSets / 16 * share;
+    };
+    if (hasRoom(16))
         return true;
-    Count();
-    if (hasRoom() || !mayRemove)
-        return hasRoom();
-    most -= most / 16; // so that the next ones find room
+    Count(key);
+    if (hasRoom(16) || !mayRemove)
+        return hasRoom(16);
     std::vector<std::pair<Moment, std::string>> oldest;
     for (const auto& [path, set] : counted) {
         if (!path.starts_with(key))
             oldest.emplace_back(set.added, path);
     }
     std::sort(oldest.begin(), oldest.end());
-    for (auto next = oldest.begin(); next != oldest.end() && !hasRoom(); ++next)
+    // Some more, so that the next ones find room.
+    for (auto next = oldest.begin(); next != oldest.end() && !hasRoom(15); ++next)
         Remove(next->second);
-    return hasRoom();
+    return hasRoom(16);
 }
 
 WaitingSets SetFolder::Waiting(const std::string& destination)

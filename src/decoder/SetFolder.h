@@ -70,8 +70,9 @@ public:
     // removed or read.
     std::string NewPath(const std::string& key);
 
-    // Removes the oldest sets, but none of the key, until there is room for so many bytes. False if there is none.
-    bool MakeRoom(std::uint64_t size, const std::string& key);
+    // Removes the oldest sets, but none of the key, until there is room for so many bytes, and for one more set if they
+    // begin one. False if there is none.
+    bool MakeRoom(std::uint64_t size, bool addsSet, const std::string& key);
 
     // A set has changed.
     void Note(const KeptSet& set);
@@ -117,7 +118,8 @@ private:
     };
 
     void Forget(const std::string& newFolder);
-    void Count();
+    // Of the key in hand nothing is removed: its data may have no journal yet.
+    void Count(const std::string& keyInHand = {});
     void Uncount(const std::string& path);
 
     std::string folder; // which was looked into last, with a "/" at its end

@@ -412,7 +412,14 @@ TEST_F(AttachmentSetsTest, SetsAreBounded)
     }
     EXPECT_LE(Waiting().attachments, 2000U);
     EXPECT_GT(Waiting().attachments, 1800U);
+    for (std::uint64_t number = Waiting().attachments; number < 2000; ++number)
+        EXPECT_EQ(Decode(tiny(static_cast<int>(3000 + number), 'b')), -1);
+    EXPECT_EQ(Waiting().attachments, 2000U);
+    EXPECT_EQ(Decode("=ybegin part=1 total=2 size=4000000000 name=x\r\n=ypart begin=1 end=3000000000\r\n"), -1);
+    EXPECT_EQ(Waiting().attachments, 2000U) << "what is announced only takes no room";
+    // Neither does a part of what is there.
     EXPECT_EQ(Decode(Yencode("a", "t2199", {.part = 1, .total = 2, .whole = "ab"})), 1) << "the newest is still there";
+    EXPECT_EQ(Waiting().attachments, 1999U);
     EXPECT_EQ(Decode(Yencode("a", "t1", {.part = 1, .total = 2, .whole = "ab"})), -1) << "the oldest is not";
 }
 
