@@ -23,7 +23,7 @@ constexpr std::size_t keyDigits = 16;
 constexpr std::size_t setNameSize = keyDigits + 2;
 
 // Another program has the folder while a part is decoded, or a whole attachment is read. One that has stopped there
-// must not stop this one.
+// must not stop this one, and not once for each article.
 constexpr auto longestWaitForLock = std::chrono::seconds(10);
 constexpr auto pauseBetweenTries = std::chrono::milliseconds(5);
 
@@ -73,17 +73,22 @@ SetFolder::Moment Now() { return std::chrono::system_clock::now().time_since_epo
 
 }
 
-bool SetFolder::Enter(const std::string& destination, Missing missing)
+bool SetFolder::Enter(const std::string& destination, Missing missing, Busy busy)
 {
     const std::string directory = FileOf(destination, folderName);
     const auto deadline = std::chrono::steady_clock::now() + longestWaitForLock;
+    if (folder != directory + "/")
+        Forget(directory + "/");
+    const bool waits = busy == Busy::Wait && !waitedInVain;
+    bool isBusy = false;
     for (; std::chrono::steady_clock::now() < deadline; std::this_thread::sleep_for(pauseBetweenTries)) {
+        isBusy = false;
         const bool isNew = missing == Missing::Make && !MakeDirectory(directory);
         struct stat status = {};
         // A link would lead out of the destination.
         if (lstat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
             break;
-        if (isNew || folder != directory + "/")
+        if (isNew)
             Forget(directory + "/");
         const std::string lockPath = FileOf(folder, lockName);
         lock = Descriptor(open(lockPath.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
@@ -98,12 +103,17 @@ bool SetFolder::Enter(const std::string& destination, Missing missing)
         mayRemove = flock(lock.Number(), LOCK_EX | LOCK_NB) == 0;
         // On a disk that knows no locks nobody gets one, and nobody removes what another one may have in hand.
         if ((!mayRemove && errno != EWOULDBLOCK) || (mayRemove && HasName(lock, lockPath))) {
+            waitedInVain = false;
             if (countedAt == Moment() || Now() - countedAt > countingLasts)
                 Count();
             return true;
         }
+        isBusy = !mayRemove;
+        if (isBusy && !waits)
+            break;
     }
     lock = {};
+    waitedInVain = waitedInVain || (isBusy && waits);
     return false;
 }
 
@@ -122,6 +132,7 @@ void SetFolder::Forget(const std::string& newFolder)
     countedAt = {};
     counted.clear();
     whole.clear();
+    waitedInVain = false;
     waiting = {};
     bytesOnDisk = 0;
 }
@@ -227,7 +238,7 @@ WaitingSets SetFolder::Waiting(const std::string& destination)
     const std::string directory = FileOf(destination, folderName);
     if (folder != directory + "/" || !DirExists(directory))
         Forget(directory + "/");
-    if (countedAt == Moment() && DirExists(directory) && Enter(destination, Missing::Leave))
+    if (countedAt == Moment() && DirExists(directory) && Enter(destination, Missing::Leave, Busy::GiveUp))
         Leave();
     return waiting;
 }

@@ -48,10 +48,11 @@ struct KeptSet {
 class SetFolder {
 public:
     enum class Missing { Make, Leave };
+    enum class Busy { Wait, GiveUp };
 
-    // Takes the folder in hand, which another program may have for a while. False if it cannot be had. `destination`
-    // ends in a "/".
-    bool Enter(const std::string& destination, Missing missing);
+    // Takes the folder in hand, which another program may have for a while: it is waited for 10 seconds at most, and
+    // not at all when that was in vain the last time. False if it cannot be had. `destination` ends in a "/".
+    bool Enter(const std::string& destination, Missing missing, Busy busy = Busy::Wait);
 
     // The folder goes with its last set.
     void Leave();
@@ -131,5 +132,6 @@ private:
     std::set<std::string> unfinished; // paths, also of other folders
 
     Descriptor lock;
+    bool waitedInVain = false; // the last time
     bool mayRemove = false; // nobody else has anything of it in hand
 };

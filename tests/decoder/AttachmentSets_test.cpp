@@ -2,10 +2,13 @@
 #include "demo/sample/Encoders.h"
 #include "tests/decoder/DecoderTest.h"
 
+#include <chrono>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -544,6 +547,29 @@ TEST_F(AttachmentSetsTest, OldSetsGoAndWholeOnesAreFinished)
     EXPECT_EQ(Decode("text only\r\n"), 1);
     ExpectWhole(bytes);
     EXPECT_FALSE(FolderIsThere());
+}
+
+// Another program has stopped with the folder in hand.
+TEST_F(AttachmentSetsTest, TheFolderIsWaitedForOnce)
+{
+    const auto bodies = Spread(bytes, 3);
+    EXPECT_EQ(Decode(bodies[0]), -1);
+    Restart();
+    const int lock = open(folder.File(setFolder + "lock").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    using Clock = std::chrono::steady_clock;
+    const auto start = Clock::now();
+    EXPECT_EQ(Waiting(), WaitingSets());
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(2));
+    EXPECT_EQ(Decode(bodies[1]), -3);
+    EXPECT_GT(Clock::now() - start, std::chrono::seconds(9));
+    const auto next = Clock::now();
+    EXPECT_EQ(Decode(bodies[1] + bodies[2]), -3);
+    EXPECT_LT(Clock::now() - next, std::chrono::seconds(2));
+    close(lock);
+    EXPECT_EQ(Waiting(), (WaitingSets{1, 2, 3}));
+    EXPECT_EQ(Decode(bodies[1] + bodies[2]), 1);
+    ExpectWhole(bytes);
 }
 
 // Each of two programs gets all parts, in an order of its own.
