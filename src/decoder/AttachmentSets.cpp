@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <iterator>
 #include <memory>
+#include <sys/stat.h>
 #include <utility>
 
 // The data come before the record that tells of them, and the journal stays until the name is given: a kill at any
@@ -69,9 +70,11 @@ void Punch(const Descriptor& file, std::uint64_t begin, std::uint64_t size)
 {
     const std::string path = SetFolder::JournalOf(set.path);
     Descriptor file = SetFolder::MakeAnew(path);
-    if (file.IsOpen() && !file.Write(set.journal.Bytes()) && !file.Close())
+    const bool isMade = file.IsOpen();
+    if (isMade && !file.Write(set.journal.Bytes()) && !file.Close())
         return true;
-    (void)DeleteFile(path);
+    if (isMade)
+        (void)DeleteFile(path);
     (void)DeleteFile(SetFolder::DataOf(set.path));
     return false;
 }
@@ -81,8 +84,12 @@ void Punch(const Descriptor& file, std::uint64_t begin, std::uint64_t size)
     const std::string path = SetFolder::JournalOf(set.path);
     const std::size_t end = set.journal.Length();
     Descriptor file = SetFolder::Open(path, O_WRONLY);
+    struct stat status = {};
+    // On a disk that knows no locks another program may have added to it.
+    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || status.st_size > set.journalSize)
+        return false;
     // Behind the last whole record there may be one whose writing broke off.
-    if (!file.IsOpen() || ftruncate(file.Number(), static_cast<off_t>(end)) != 0)
+    if (ftruncate(file.Number(), static_cast<off_t>(end)) != 0)
         return false;
     if (WriteAt(file, SetJournal::Record(part), end) && !file.Close())
         return true;
@@ -218,7 +225,7 @@ Outcome AttachmentSets::Take(const ReceivedPart& part, std::vector<std::string>&
         return Outcome::Part;
     if (safe.empty() && possible.size() > 1 && !part.wholeChecksum)
         return Outcome::Part; // to put it into the wrong one would make a wrong file
-    KeptSet made{{}, SetJournal(name, place.wholeSize)};
+    KeptSet made{{}, SetJournal(name, place.wholeSize), 0};
     const bool isNew = safe.empty() && possible.size() != 1;
     if (isNew)
         made.path = targetIsNew ? targetPath : folder.NewPath(key);
@@ -263,7 +270,7 @@ bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
     };
     const bool copied = data.IsOpen()
         && (target.IsOpen() ? ReadFrom(target, TargetBegin(), place.size, write) == Reading::Done : write(inMemory));
-    if (!copied && isNew)
+    if (!copied && data.IsOpen() && isNew)
         (void)DeleteFile(file);
     else if (!copied && data.IsOpen())
         Punch(data, place.begin, place.size);

@@ -60,6 +60,12 @@ SetFolder::Moment LastAddition(const std::string& path)
     return std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
 }
 
+bool IsThere(const std::string& file)
+{
+    struct stat status = {};
+    return lstat(file.c_str(), &status) == 0;
+}
+
 // What could not be opened: may it be there all the same, as a set has it?
 bool MayBeOurs(const std::string& file)
 {
@@ -267,14 +273,18 @@ std::string SetFolder::NewPath(const std::string& key)
     Moment oldestAddition = Moment::max();
     for (int number = 0; number < mostSetsOfOneName; ++number) {
         std::string path = key + std::to_string(number);
+        if (!mayRemove) {
+            if (!IsThere(DataOf(path)) && !IsThere(JournalOf(path)))
+                return path;
+            continue;
+        }
         bool isUnclear = false;
         const bool isSet = Read(path, isUnclear).has_value();
         if (isUnclear)
             continue;
         if (!isSet) {
             Remove(path);
-            struct stat status = {};
-            if (lstat(DataOf(path).c_str(), &status) != 0 && lstat(JournalOf(path).c_str(), &status) != 0)
+            if (!IsThere(DataOf(path)) && !IsThere(JournalOf(path)))
                 return path;
         } else if (LastAddition(path) < oldestAddition) {
             oldestAddition = LastAddition(path);
@@ -304,6 +314,7 @@ void SetFolder::TryAgain()
 Descriptor SetFolder::MakeScratch() const
 {
     const std::string path = FileOf(folder, scratchName);
+    (void)DeleteFile(path);
     Descriptor file = MakeAnew(path);
     (void)DeleteFile(path);
     return file;
@@ -328,7 +339,7 @@ std::optional<KeptSet> SetFolder::Read(const std::string& path, bool& isUnclear)
     auto journal = SetJournal::Read(bytes);
     if (!journal)
         return std::nullopt;
-    return KeptSet{path, std::move(*journal)};
+    return KeptSet{path, std::move(*journal), status.st_size};
 }
 
 Descriptor SetFolder::Open(const std::string& file, int access)
@@ -342,6 +353,5 @@ Descriptor SetFolder::Open(const std::string& file, int access)
 
 Descriptor SetFolder::MakeAnew(const std::string& file)
 {
-    (void)DeleteFile(file);
     return Descriptor(open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
 }

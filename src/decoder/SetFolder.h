@@ -38,6 +38,7 @@ struct WaitingSets {
 struct KeptSet {
     std::string path; // of its two files, without their endings
     SetJournal journal;
+    std::int64_t journalSize = 0; // of its file, in bytes, when it was read
 };
 
 // The hidden folder of a destination in which parts wait for the others. In it lie a lock and two files for each set,
@@ -68,7 +69,7 @@ public:
     std::vector<KeptSet> SetsOf(std::string_view name, std::uint64_t size) const;
 
     // The path of a new set: in place of what is none, or of the oldest of the key. "" if there is only what cannot be
-    // removed or read.
+    // removed or read. On a disk that knows no locks only one where nothing stands.
     std::string NewPath(const std::string& key);
 
     // Removes the oldest sets, but none of the key, until there is room for so many bytes, and for one more set if they
@@ -105,7 +106,7 @@ public:
     // done outside of the folder.
     static Descriptor Open(const std::string& file, int access);
 
-    // In place of what may be there. None if that is a directory.
+    // None if something stands there.
     static Descriptor MakeAnew(const std::string& file);
 
     // Since 1970, by the system's clock.

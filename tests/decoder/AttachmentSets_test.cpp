@@ -11,9 +11,25 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utime.h>
+
+namespace {
+
+bool diskKnowsLocks = true;
+
+}
+
+// As network disks have it that know none.
+extern "C" int flock(int file, int operation) noexcept
+{
+    if (diskKnowsLocks)
+        return static_cast<int>(syscall(SYS_flock, file, operation));
+    errno = ENOLCK;
+    return -1;
+}
 
 namespace {
 
@@ -569,6 +585,37 @@ TEST_F(AttachmentSetsTest, TheFolderIsWaitedForOnce)
     close(lock);
     EXPECT_EQ(Waiting(), (WaitingSets{1, 2, 3}));
     EXPECT_EQ(Decode(bodies[1] + bodies[2]), 1);
+    ExpectWhole(bytes);
+}
+
+TEST_F(AttachmentSetsTest, WhereNobodyGetsALockNothingOfAnotherProgramIsTouched)
+{
+    const auto bodies = Spread(bytes, 3);
+    EXPECT_EQ(Decode(bodies[0]), -1);
+    const std::string set = SetPath();
+    const auto begin = [this, &bodies](AttachmentSets& sets, std::size_t part) {
+        const std::size_t size = (bytes.size() + 2) / 3;
+        const std::string data = bytes.substr(part * size, size);
+        sets.Open(folder.Path(), "a.bin", {bytes.size(), 3, part * size, data.size()});
+        sets.Write(data);
+        return PartEnd{PartChecksum(bodies[part]), true, {}};
+    };
+    const auto refuse = [](const std::string&, UnnamedFile&) { return false; };
+    diskKnowsLocks = false;
+    AttachmentSets one;
+    AttachmentSets other;
+    const PartEnd oneEnd = begin(one, 1);
+    const PartEnd otherEnd = begin(other, 2);
+    EXPECT_EQ(other.Keep(otherEnd, refuse), Outcome::Part);
+    EXPECT_EQ(one.Keep(oneEnd, refuse), Outcome::NotWritten) << "its record would be in place of the other's";
+    fs::remove(set + ".journal"); // not written yet
+    const std::string data = ContentOf(set + ".data");
+    Restart();
+    EXPECT_EQ(Decode(bodies[0]), -1);
+    EXPECT_TRUE(ContentOf(set + ".data") == data);
+    EXPECT_NE(SetPath(), set);
+    EXPECT_EQ(Decode(bodies[1] + bodies[2]), 1);
+    diskKnowsLocks = true;
     ExpectWhole(bytes);
 }
 
