@@ -14,6 +14,9 @@ public:
     // Decodes at once. The file is not changed, and not held open afterwards. One that cannot be read counts as empty.
     void SetDecodeFilename(const std::string& path);
 
+    // Attachments that were whole and could get no name are tried once more, with the next body.
+    void BeginSearch() { sets.BeginSearch(); }
+
     // The attachments that wait for parts in this directory, which ends in a "/". Its folder is looked through at the
     // first time only.
     WaitingSets Waiting(const std::string& directory) { return sets.Waiting(directory); }

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <iterator>
 #include <memory>
+#include <sys/stat.h>
 #include <utility>
 
 // The data come before the record that tells of them, and the journal stays until the name is given: a kill at any
@@ -35,9 +36,11 @@ constexpr std::size_t mostBytesInMemory = 1024 * 1024;
     return true;
 }
 
-// Hands out so many bytes of a file, block by block, until `take` has enough. False if there are less.
+enum class Reading { Done, Short, Failed };
+
+// Hands out so many bytes of a file, block by block. Short if there are less, or if `take` has enough.
 template <class Take>
-[[nodiscard]] bool ReadFrom(const Descriptor& file, std::uint64_t offset, std::uint64_t size, const Take& take)
+[[nodiscard]] Reading ReadFrom(const Descriptor& file, std::uint64_t offset, std::uint64_t size, const Take& take)
 {
     const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
     while (size != 0) {
@@ -45,12 +48,14 @@ template <class Take>
         const ssize_t count = pread(file.Number(), block.get(), wanted, static_cast<off_t>(offset));
         if (count < 0 && errno == EINTR)
             continue;
-        if (count <= 0 || !take(std::string_view(block.get(), static_cast<std::size_t>(count))))
-            return false;
+        if (count < 0)
+            return Reading::Failed;
+        if (count == 0 || !take(std::string_view(block.get(), static_cast<std::size_t>(count))))
+            return Reading::Short;
         offset += static_cast<std::size_t>(count);
         size -= static_cast<std::size_t>(count);
     }
-    return true;
+    return Reading::Done;
 }
 
 // Gives back what bytes that do not count take on the disk, where it can do that.
@@ -58,6 +63,47 @@ void Punch(const Descriptor& file, std::uint64_t begin, std::uint64_t size)
 {
     (void)fallocate(
         file.Number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(begin), static_cast<off_t>(size));
+}
+
+// Of a new set.
+[[nodiscard]] bool WriteJournal(const KeptSet& set)
+{
+    const std::string path = SetFolder::JournalOf(set.path);
+    Descriptor file = SetFolder::MakeAnew(path);
+    const bool isMade = file.IsOpen();
+    if (isMade && !file.Write(set.journal.Bytes()) && !file.Close())
+        return true;
+    if (isMade)
+        (void)DeleteFile(path);
+    (void)DeleteFile(SetFolder::DataOf(set.path));
+    return false;
+}
+
+[[nodiscard]] bool AppendToJournal(const KeptSet& set, const ReceivedPart& part)
+{
+    const std::string path = SetFolder::JournalOf(set.path);
+    const std::size_t end = set.journal.Length();
+    Descriptor file = SetFolder::Open(path, O_WRONLY);
+    struct stat status = {};
+    // On a disk that knows no locks another program may have added to it.
+    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || status.st_size > set.journalSize)
+        return false;
+    // Behind the last whole record there may be one whose writing broke off.
+    if (ftruncate(file.Number(), static_cast<off_t>(end)) != 0)
+        return false;
+    if (WriteAt(file, SetJournal::Record(part), end) && !file.Close())
+        return true;
+    (void)!truncate(path.c_str(), static_cast<off_t>(end)); // half a record would not be read either
+    return false;
+}
+
+[[nodiscard]] bool AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew)
+{
+    set.journal.Add(part);
+    if (isNew ? WriteJournal(set) : AppendToJournal(set, part))
+        return true;
+    set.journal.Forget(part);
+    return false;
 }
 
 std::uint32_t Checksum(std::uint32_t before, std::string_view bytes)
@@ -80,10 +126,6 @@ void AttachmentSets::Open(const std::string& destination, std::string_view newNa
         return;
     key = folder.KeyOf(name, place.wholeSize);
     sets = folder.SetsOf(name, place.wholeSize);
-    if (!folder.MakeRoom(place.size, key)) {
-        refusal = Outcome::Damaged;
-        return;
-    }
     // Nearly always it is clear where the bytes belong before the first one is there.
     const ReceivedPart part = PartInHand();
     targetIsNew = sets.empty();
@@ -122,6 +164,8 @@ void AttachmentSets::Write(std::string_view bytes)
         refusal = Outcome::Damaged; // and nothing is written beyond its place
     else if (targetPath.empty() && written + bytes.size() <= mostBytesInMemory)
         inMemory += bytes;
+    else if (!folder.MakeRoom(written + bytes.size(), targetIsNew, key))
+        refusal = Outcome::Damaged;
     else if ((!target.IsOpen() && !OpenTarget()) || !WriteAt(target, bytes, TargetBegin() + written))
         refusal = Outcome::NotWritten;
     written += bytes.size();
@@ -149,48 +193,60 @@ Outcome AttachmentSets::Keep(const PartEnd& end, const GiveName& giveName)
     Outcome outcome = refusal;
     if (outcome == Outcome::None && written != place.size)
         outcome = Outcome::Damaged;
-    std::string path;
+    std::vector<std::string> paths;
     if (outcome == Outcome::None)
-        outcome = Take(PartInHand(end), path);
-    if (outcome == Outcome::Part && !path.empty())
-        outcome = Finish(path, giveName);
+        outcome = Take(PartInHand(end), paths);
+    for (const std::string& path : paths) {
+        const Outcome finished = Finish(path, giveName);
+        const bool isStored = outcome == Outcome::Stored || finished == Outcome::Stored;
+        outcome = isStored ? Outcome::Stored : std::min(outcome, finished);
+    }
     Drop();
     return outcome;
 }
 
-// Finds the set of a sound part and adds it there. `path` becomes that of the set which now has it.
-Outcome AttachmentSets::Take(const ReceivedPart& part, std::string& path)
+// Finds the sets of a sound part and adds it there. `paths` become those of the sets which now have it.
+Outcome AttachmentSets::Take(const ReceivedPart& part, std::vector<std::string>& paths)
 {
-    KeptSet* certain = nullptr; // the attachment's check sum will tell
-    KeptSet* there = nullptr;
     std::vector<KeptSet*> possible;
+    std::vector<KeptSet*> safe; // the attachment's check sum will tell whether it was theirs
     for (KeptSet& set : sets) {
         if (!set.journal.Admits(part))
             continue;
         if (set.journal.Holds(part))
-            there = &set;
+            paths.push_back(set.path);
         if (!set.journal.IsFree(part))
             continue;
         possible.push_back(&set);
-        if (part.wholeChecksum && set.journal.WholeChecksum() == part.wholeChecksum)
-            certain = &set;
+        if (set.journal.WholeChecksum())
+            safe.push_back(&set);
     }
-    if (there != nullptr && certain == nullptr) {
-        path = there->path;
+    if (safe.empty() && !paths.empty())
         return Outcome::Part;
-    }
-    if (possible.size() > 1 && !part.wholeChecksum)
+    if (safe.empty() && possible.size() > 1 && !part.wholeChecksum)
         return Outcome::Part; // to put it into the wrong one would make a wrong file
-    KeptSet* set = possible.size() == 1 ? possible.front() : certain;
-    if (set != nullptr && set->journal.Parts().size() >= mostParts)
-        return Outcome::Damaged;
-
-    const bool isNew = set == nullptr;
-    KeptSet made{isNew && !targetIsNew ? folder.NewPath(key) : targetPath, SetJournal(name, place.wholeSize)};
+    KeptSet made{{}, SetJournal(name, place.wholeSize), 0};
+    const bool isNew = safe.empty() && possible.size() != 1;
     if (isNew)
-        set = &made;
-    const bool liesThere = set->path == targetPath;
-    if (set->path.empty() || (!liesThere && !CopyTarget(set->path, isNew)) || !AddToJournal(*set, part, isNew))
+        made.path = targetIsNew ? targetPath : folder.NewPath(key);
+    Outcome outcome = Outcome::Part;
+    for (KeptSet* set : isNew ? std::vector{&made} : safe.empty() ? possible : safe) {
+        const Outcome added = AddTo(*set, part, isNew);
+        outcome = std::min(outcome, added);
+        if (added == Outcome::Part)
+            paths.push_back(set->path);
+    }
+    return outcome;
+}
+
+Outcome AttachmentSets::AddTo(KeptSet& set, const ReceivedPart& part, bool isNew)
+{
+    if (set.journal.Parts().size() >= mostParts)
+        return Outcome::Damaged;
+    const bool liesThere = set.path == targetPath;
+    if (!liesThere && !folder.MakeRoom(place.size, isNew, key))
+        return Outcome::Damaged;
+    if (set.path.empty() || (!liesThere && !CopyTarget(set.path, isNew)) || !AddToJournal(set, part, isNew))
         return Outcome::NotWritten;
     if (liesThere) {
         // The disk has time for it while the next parts come, and the wait at the end is short.
@@ -198,8 +254,7 @@ Outcome AttachmentSets::Take(const ReceivedPart& part, std::string& path)
             target.Number(), static_cast<off_t>(place.begin), static_cast<off_t>(place.size), SYNC_FILE_RANGE_WRITE);
         target = Descriptor();
     }
-    folder.Note(*set);
-    path = set->path;
+    folder.Note(set);
     return Outcome::Part;
 }
 
@@ -213,92 +268,92 @@ bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
         at += bytes.size();
         return wrote;
     };
-    const bool copied
-        = data.IsOpen() && (target.IsOpen() ? ReadFrom(target, TargetBegin(), place.size, write) : write(inMemory));
-    if (!copied && isNew)
+    const bool copied = data.IsOpen()
+        && (target.IsOpen() ? ReadFrom(target, TargetBegin(), place.size, write) == Reading::Done : write(inMemory));
+    if (!copied && data.IsOpen() && isNew)
         (void)DeleteFile(file);
     else if (!copied && data.IsOpen())
         Punch(data, place.begin, place.size);
     return copied;
 }
 
-bool AttachmentSets::AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew) const
-{
-    const std::string path = SetFolder::JournalOf(set.path);
-    const std::size_t end = set.journal.Length();
-    set.journal.Add(part);
-    if (isNew) {
-        Descriptor file = SetFolder::MakeAnew(path);
-        if (file.IsOpen() && !file.Write(set.journal.Bytes()) && !file.Close())
-            return true;
-        (void)DeleteFile(path);
-        (void)DeleteFile(SetFolder::DataOf(set.path));
-        return false;
-    }
-    Descriptor file = SetFolder::Open(path, O_WRONLY);
-    // Behind the last whole record there may be one whose writing broke off.
-    if (!file.IsOpen() || ftruncate(file.Number(), static_cast<off_t>(end)) != 0)
-        return false;
-    if (WriteAt(file, SetJournal::Record(part), end) && !file.Close())
-        return true;
-    (void)!truncate(path.c_str(), static_cast<off_t>(end)); // half a record would not be read either
-    return false;
-}
-
 // The whole.
 
-// Reads the attachment once more and gives it its name. Part if it is not whole.
+// Reads the attachment once more and gives it its name. Part if it is not whole, NotWritten if that cannot be told now.
 Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName)
 {
-    auto journal = SetFolder::Read(path);
+    const auto notNow = [&] {
+        folder.FinishLater(path);
+        return Outcome::NotWritten;
+    };
+    bool isUnclear = false;
+    const auto set = SetFolder::Read(path, isUnclear);
+    if (!set || !set->journal.IsWhole())
+        return isUnclear ? notNow() : Outcome::Part;
+    const SetJournal& journal = set->journal;
     const std::string dataPath = SetFolder::DataOf(path);
     Descriptor data = SetFolder::Open(dataPath, O_RDWR);
-    if (!journal || !journal->IsWhole() || !data.IsOpen())
-        return Outcome::Part;
-    const auto toldChecksum = journal->WholeChecksum();
+    if (!data.IsOpen())
+        return notNow();
+    const auto toldChecksum = journal.WholeChecksum();
     std::uint32_t wholeChecksum = 0;
-    const auto isRight = [&](const ReceivedPart& part) {
+    std::vector<ReceivedPart> wrong;
+    for (const ReceivedPart& part : journal.Parts()) {
         std::uint32_t checksum = 0;
-        return ReadFrom(data, part.begin, part.size, [&](std::string_view bytes) {
+        const Reading reading = ReadFrom(data, part.begin, part.size, [&](std::string_view bytes) {
             checksum = Checksum(checksum, bytes);
             if (toldChecksum)
                 wholeChecksum = Checksum(wholeChecksum, bytes);
             return true;
-        }) && checksum == part.checksum;
-    };
-    std::vector<ReceivedPart> wrong;
-    std::copy_if(journal->Parts().begin(), journal->Parts().end(), std::back_inserter(wrong),
-        [&](const ReceivedPart& part) { return !isRight(part); });
+        });
+        if (reading == Reading::Failed)
+            return notNow();
+        if (reading == Reading::Short || checksum != part.checksum)
+            wrong.push_back(part);
+    }
     if (!wrong.empty()) {
-        ForgetParts({path, *journal}, data, wrong);
+        ForgetParts(*set, data, wrong);
         return Outcome::Part;
     }
     if (toldChecksum.value_or(wholeChecksum) != wholeChecksum) {
-        // Those that proved themselves stay; if all of them did, what they are said to make is not true.
-        std::copy_if(journal->Parts().begin(), journal->Parts().end(), std::back_inserter(wrong),
-            [](const ReceivedPart& part) { return !part.isProven; });
-        ForgetParts({path, *journal}, data, wrong.empty() ? journal->Parts() : wrong);
+        const auto find = [&](const auto& isDoubtful) {
+            if (wrong.empty())
+                std::copy_if(journal.Parts().begin(), journal.Parts().end(), std::back_inserter(wrong), isDoubtful);
+        };
+        // Those that proved themselves stay. If all of them did, some may be of another posting, and those that tell
+        // this check sum stay; if all tell it, what they are said to make is not true.
+        find([](const ReceivedPart& part) { return !part.isProven; });
+        find([](const ReceivedPart& part) { return !part.wholeChecksum; });
+        ForgetParts(*set, data, wrong.empty() ? journal.Parts() : wrong);
         return Outcome::Damaged;
     }
-    if (ftruncate(data.Number(), static_cast<off_t>(journal->Size())) != 0)
-        return Outcome::NotWritten;
+    if (ftruncate(data.Number(), static_cast<off_t>(journal.Size())) != 0)
+        return notNow();
     UnnamedFile file(dataPath, std::move(data));
-    if (!giveName(journal->Name(), file))
-        return Outcome::NotWritten;
+    if (!giveName(journal.Name(), file))
+        return notNow();
     folder.Remove(path);
+    // It is not waited for a second time beside a part of it that was false.
+    for (const KeptSet& other : sets) {
+        if (toldChecksum && other.journal.WholeChecksum() == toldChecksum)
+            folder.Remove(other.path);
+    }
     return Outcome::Stored;
 }
 
 void AttachmentSets::ForgetParts(KeptSet set, const Descriptor& data, const std::vector<ReceivedPart>& parts)
 {
-    for (const ReceivedPart& part : parts) {
+    for (const ReceivedPart& part : parts)
         set.journal.Forget(part);
-        Punch(data, part.begin, part.size);
+    if (set.journal.Parts().empty()) {
+        folder.Remove(set.path);
+        return;
     }
-    if (set.journal.Parts().empty() || ReplaceFile(SetFolder::JournalOf(set.path), {set.journal.Bytes()}))
-        folder.Remove(set.path); // without its journal it is of no use
-    else
-        folder.Note(set);
+    if (!folder.ReplaceJournal(set))
+        return; // the old one stands, and so does what it tells of
+    for (const ReceivedPart& part : parts)
+        Punch(data, part.begin, part.size);
+    folder.Note(set);
 }
 
 void AttachmentSets::FinishWhole(const std::string& destination, const GiveName& giveName)
@@ -306,6 +361,6 @@ void AttachmentSets::FinishWhole(const std::string& destination, const GiveName&
     if (!folder.HasWhole(destination) || !folder.Enter(destination, SetFolder::Missing::Leave))
         return;
     for (const std::string& path : folder.TakeWhole())
-        (void)Finish(path, giveName); // what is not finished now is met again
+        (void)Finish(path, giveName);
     folder.Leave();
 }

@@ -14,8 +14,8 @@
 //
 // A part belongs to an attachment of its name and size, and of its total and the attachment's check sum where they are
 // told. Where the parts of a set say otherwise, or have other bytes at its place, it begins a set of its own. A part
-// that fits more than one set, and does not tell the attachment's check sum by which the right one would be known, is
-// not kept.
+// that fits several sets goes into each whose attachment's check sum is known, by which a wrong one shows at the end.
+// If none is known, and the part does not tell it either, the part is not kept.
 class AttachmentSets {
 public:
     // Takes the file of a whole attachment and gives it its final name, or removes it if it has an equal there. False
@@ -33,6 +33,9 @@ public:
     // The part is not taken.
     void Drop();
 
+    // A search begins: what is whole and could not be finished is tried once more.
+    void BeginSearch() { folder.TryAgain(); }
+
     // Finishes what was found whole: a program that was killed can leave such a set.
     void FinishWhole(const std::string& destination, const GiveName& giveName);
 
@@ -43,9 +46,9 @@ private:
     ReceivedPart PartInHand(const PartEnd& end = {}) const;
     std::uint64_t TargetBegin() const { return targetPath.empty() ? 0 : place.begin; }
     bool OpenTarget();
-    Outcome Take(const ReceivedPart& part, std::string& path);
+    Outcome Take(const ReceivedPart& part, std::vector<std::string>& paths);
+    Outcome AddTo(KeptSet& set, const ReceivedPart& part, bool isNew);
     bool CopyTarget(const std::string& path, bool isNew) const;
-    bool AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew) const;
 
     Outcome Finish(const std::string& path, const GiveName& giveName);
     void ForgetParts(KeptSet set, const Descriptor& data, const std::vector<ReceivedPart>& parts);

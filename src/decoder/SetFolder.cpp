@@ -16,13 +16,14 @@ namespace {
 constexpr std::string_view folderName = ".tamarack-parts";
 constexpr std::string_view lockName = "lock";
 constexpr std::string_view scratchName = "scratch";
+constexpr std::string_view replacementName = ".replacement.new"; // of a journal, as ReplaceFile has it
 constexpr std::string_view journalEnding = ".journal";
 constexpr std::string_view dataEnding = ".data";
 constexpr std::size_t keyDigits = 16;
 constexpr std::size_t setNameSize = keyDigits + 2;
 
 // Another program has the folder while a part is decoded, or a whole attachment is read. One that has stopped there
-// must not stop this one.
+// must not stop this one, and not once for each article.
 constexpr auto longestWaitForLock = std::chrono::seconds(10);
 constexpr auto pauseBetweenTries = std::chrono::milliseconds(5);
 
@@ -59,45 +60,72 @@ SetFolder::Moment LastAddition(const std::string& path)
     return std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
 }
 
+bool IsThere(const std::string& file)
+{
+    struct stat status = {};
+    return lstat(file.c_str(), &status) == 0;
+}
+
+// What could not be opened: may it be there all the same, as a set has it?
+bool MayBeOurs(const std::string& file)
+{
+    struct stat status = {};
+    if (lstat(file.c_str(), &status) != 0)
+        return errno != ENOENT && errno != ENOTDIR;
+    return S_ISREG(status.st_mode) && status.st_nlink == 1;
+}
+
 SetFolder::Moment Now() { return std::chrono::system_clock::now().time_since_epoch(); }
 
 }
 
-bool SetFolder::Enter(const std::string& destination, Missing missing)
+bool SetFolder::Enter(const std::string& destination, Missing missing, Busy busy)
 {
     const std::string directory = FileOf(destination, folderName);
     const auto deadline = std::chrono::steady_clock::now() + longestWaitForLock;
+    if (folder != directory + "/")
+        Forget(directory + "/");
+    const bool waits = busy == Busy::Wait && !waitedInVain;
+    bool isBusy = false;
     for (; std::chrono::steady_clock::now() < deadline; std::this_thread::sleep_for(pauseBetweenTries)) {
+        isBusy = false;
         const bool isNew = missing == Missing::Make && !MakeDirectory(directory);
         struct stat status = {};
         // A link would lead out of the destination.
         if (lstat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
-            return false;
-        if (isNew || folder != directory + "/")
+            break;
+        if (isNew)
             Forget(directory + "/");
         const std::string lockPath = FileOf(folder, lockName);
         lock = Descriptor(open(lockPath.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
         if (!lock.IsOpen()) {
-            // The folder may have gone with its last set; or something else stands there.
-            if (errno != ENOENT && DeleteFile(lockPath))
-                return false;
+            // The folder may have gone with its last set; or something else stands there. A lock that cannot be opened
+            // now may be in another program's hand.
+            if (errno != ENOENT
+                && (lstat(lockPath.c_str(), &status) != 0 || S_ISREG(status.st_mode) || DeleteFile(lockPath)))
+                break;
             continue;
         }
         mayRemove = flock(lock.Number(), LOCK_EX | LOCK_NB) == 0;
         // On a disk that knows no locks nobody gets one, and nobody removes what another one may have in hand.
         if ((!mayRemove && errno != EWOULDBLOCK) || (mayRemove && HasName(lock, lockPath))) {
+            waitedInVain = false;
             if (countedAt == Moment() || Now() - countedAt > countingLasts)
                 Count();
             return true;
         }
+        isBusy = !mayRemove;
+        if (isBusy && !waits)
+            break;
     }
-    lock = Descriptor();
+    lock = {};
+    waitedInVain = waitedInVain || (isBusy && waits);
     return false;
 }
 
 void SetFolder::Leave()
 {
-    if (lock.IsOpen() && counted.empty()) {
+    if (lock.IsOpen() && countedAt != Moment() && counted.empty()) {
         (void)DeleteFile(FileOf(folder, lockName));
         (void)rmdir(folder.c_str()); // unless somebody else has put something there
     }
@@ -110,28 +138,33 @@ void SetFolder::Forget(const std::string& newFolder)
     countedAt = {};
     counted.clear();
     whole.clear();
+    waitedInVain = false;
     waiting = {};
     bytesOnDisk = 0;
 }
 
-void SetFolder::Count()
+void SetFolder::Count(const std::string& keyInHand)
 {
     Forget(folder);
+    const auto files = NamesIn(folder, EntryKind::File);
+    if (!files)
+        return;
     countedAt = Now();
     if (mayRemove)
-        (void)DeleteFile(FileOf(folder, ".replacement.new")); // of a journal
-    for (const std::string& file : NamesIn(folder, EntryKind::File).value_or(std::vector<std::string>())) {
+        (void)DeleteFile(FileOf(folder, replacementName));
+    for (const std::string& file : *files) {
         if (!IsSetName(std::string_view(file).substr(0, setNameSize)))
             continue;
         const std::string path = folder + file.substr(0, setNameSize);
         if (counted.contains(path))
             continue;
-        auto journal = Read(path);
-        if (journal && countedAt - LastAddition(path) <= longestWaitOfSets) {
-            if (journal->IsWhole())
+        bool isUnclear = false;
+        const auto set = Read(path, isUnclear);
+        if (set && countedAt - LastAddition(path) <= longestWaitOfSets) {
+            if (set->journal.IsWhole() && !unfinished.contains(path))
                 whole.push_back(path);
-            Note({path, std::move(*journal)});
-        } else if (mayRemove) {
+            Note(*set);
+        } else if (mayRemove && !isUnclear && (keyInHand.empty() || !path.starts_with(keyInHand))) {
             Remove(path);
         }
     }
@@ -140,15 +173,18 @@ void SetFolder::Count()
 void SetFolder::Note(const KeptSet& set)
 {
     struct stat data = {};
-    if (lstat(DataOf(set.path).c_str(), &data) != 0)
+    struct stat journal = {};
+    if (lstat(DataOf(set.path).c_str(), &data) != 0 || lstat(JournalOf(set.path).c_str(), &journal) != 0)
         return;
     Uncount(set.path);
-    const Counted now{set.journal.Parts().size(), set.journal.Articles(),
-        static_cast<std::uint64_t>(data.st_blocks) * 512, LastAddition(set.path)};
+    const std::uint64_t articles = set.journal.Articles();
+    const Counted now{
+        set.journal.IsWhole() ? WaitingSets() : WaitingSets{1, articles - set.journal.Parts().size(), articles},
+        static_cast<std::uint64_t>(data.st_blocks + journal.st_blocks) * 512, LastAddition(set.path)};
     counted[set.path] = now;
-    ++waiting.attachments;
-    waiting.missing += now.articles - now.parts;
-    waiting.articles += now.articles;
+    waiting.attachments += now.waiting.attachments;
+    waiting.missing += now.waiting.missing;
+    waiting.articles += now.waiting.articles;
     bytesOnDisk += now.bytes;
 }
 
@@ -158,9 +194,9 @@ void SetFolder::Uncount(const std::string& path)
     if (found == counted.end())
         return;
     const Counted& old = found->second;
-    --waiting.attachments;
-    waiting.missing -= old.articles - old.parts;
-    waiting.articles -= old.articles;
+    waiting.attachments -= old.waiting.attachments;
+    waiting.missing -= old.waiting.missing;
+    waiting.articles -= old.waiting.articles;
     bytesOnDisk -= old.bytes;
     counted.erase(found);
 }
@@ -170,27 +206,37 @@ void SetFolder::Remove(const std::string& path)
     (void)DeleteFile(DataOf(path));
     (void)DeleteFile(JournalOf(path));
     Uncount(path);
+    unfinished.erase(path);
 }
 
-bool SetFolder::MakeRoom(std::uint64_t size, const std::string& key)
+bool SetFolder::ReplaceJournal(const KeptSet& set) const
 {
-    std::size_t most = mostSets;
-    const auto hasRoom = [&] { return counted.size() < most && bytesOnDisk + size <= mostBytesOfSets; };
-    if (hasRoom())
+    // What a stranger has put there may be a pipe, or another file's second name.
+    (void)DeleteFile(FileOf(folder, replacementName));
+    return !ReplaceFile(JournalOf(set.path), {set.journal.Bytes()});
+}
+
+bool SetFolder::MakeRoom(std::uint64_t size, bool addsSet, const std::string& key)
+{
+    const auto hasRoom = [&](std::uint64_t share) { // of the bounds, in 16ths
+        return (!addsSet || counted.size() < mostSets * share / 16)
+            && bytesOnDisk + size <= mostBytesOfSets / 16 * share;
+    };
+    if (hasRoom(16))
         return true;
-    Count();
-    if (hasRoom() || !mayRemove)
-        return hasRoom();
-    most -= most / 16; // so that the next ones find room
+    Count(key);
+    if (hasRoom(16) || !mayRemove)
+        return hasRoom(16);
     std::vector<std::pair<Moment, std::string>> oldest;
     for (const auto& [path, set] : counted) {
         if (!path.starts_with(key))
             oldest.emplace_back(set.added, path);
     }
     std::sort(oldest.begin(), oldest.end());
-    for (auto next = oldest.begin(); next != oldest.end() && !hasRoom(); ++next)
+    // Some more, so that the next ones find room.
+    for (auto next = oldest.begin(); next != oldest.end() && !hasRoom(15); ++next)
         Remove(next->second);
-    return hasRoom();
+    return hasRoom(16);
 }
 
 WaitingSets SetFolder::Waiting(const std::string& destination)
@@ -198,7 +244,7 @@ WaitingSets SetFolder::Waiting(const std::string& destination)
     const std::string directory = FileOf(destination, folderName);
     if (folder != directory + "/" || !DirExists(directory))
         Forget(directory + "/");
-    if (countedAt == Moment() && DirExists(directory) && Enter(destination, Missing::Leave))
+    if (countedAt == Moment() && DirExists(directory) && Enter(destination, Missing::Leave, Busy::GiveUp))
         Leave();
     return waiting;
 }
@@ -213,10 +259,10 @@ std::vector<KeptSet> SetFolder::SetsOf(std::string_view name, std::uint64_t size
     std::vector<KeptSet> found;
     const std::string key = KeyOf(name, size);
     for (int number = 0; number < mostSetsOfOneName; ++number) {
-        const std::string path = key + std::to_string(number);
-        auto journal = Read(path);
-        if (journal && journal->Name() == name && journal->Size() == size)
-            found.push_back({path, std::move(*journal)});
+        bool isUnclear = false;
+        auto set = Read(key + std::to_string(number), isUnclear);
+        if (set && set->journal.Name() == name && set->journal.Size() == size)
+            found.push_back(std::move(*set));
     }
     return found;
 }
@@ -227,10 +273,18 @@ std::string SetFolder::NewPath(const std::string& key)
     Moment oldestAddition = Moment::max();
     for (int number = 0; number < mostSetsOfOneName; ++number) {
         std::string path = key + std::to_string(number);
-        if (!Read(path)) {
+        if (!mayRemove) {
+            if (!IsThere(DataOf(path)) && !IsThere(JournalOf(path)))
+                return path;
+            continue;
+        }
+        bool isUnclear = false;
+        const bool isSet = Read(path, isUnclear).has_value();
+        if (isUnclear)
+            continue;
+        if (!isSet) {
             Remove(path);
-            struct stat status = {};
-            if (lstat(DataOf(path).c_str(), &status) != 0 && lstat(JournalOf(path).c_str(), &status) != 0)
+            if (!IsThere(DataOf(path)) && !IsThere(JournalOf(path)))
                 return path;
         } else if (LastAddition(path) < oldestAddition) {
             oldestAddition = LastAddition(path);
@@ -249,9 +303,18 @@ bool SetFolder::HasWhole(const std::string& destination) const
 
 std::vector<std::string> SetFolder::TakeWhole() { return std::exchange(whole, {}); }
 
+void SetFolder::TryAgain()
+{
+    for (const std::string& path : std::exchange(unfinished, {})) {
+        if (path.starts_with(folder))
+            whole.push_back(path);
+    }
+}
+
 Descriptor SetFolder::MakeScratch() const
 {
     const std::string path = FileOf(folder, scratchName);
+    (void)DeleteFile(path);
     Descriptor file = MakeAnew(path);
     (void)DeleteFile(path);
     return file;
@@ -261,15 +324,22 @@ std::string SetFolder::JournalOf(std::string_view path) { return FileOf(path, jo
 
 std::string SetFolder::DataOf(std::string_view path) { return FileOf(path, dataEnding); }
 
-std::optional<SetJournal> SetFolder::Read(const std::string& path)
+std::optional<KeptSet> SetFolder::Read(const std::string& path, bool& isUnclear)
 {
     const Descriptor file = Open(JournalOf(path), O_RDONLY);
+    const Descriptor data = Open(DataOf(path), O_RDONLY);
     struct stat status = {};
-    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !Open(DataOf(path), O_RDONLY).IsOpen())
+    isUnclear = (file.IsOpen() || MayBeOurs(JournalOf(path))) && (data.IsOpen() || MayBeOurs(DataOf(path)));
+    if (!file.IsOpen() || !data.IsOpen() || fstat(file.Number(), &status) != 0)
         return std::nullopt;
     std::string bytes(std::min(static_cast<std::size_t>(status.st_size), SetJournal::longest), '\0');
-    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(file.Read(bytes.data(), bytes.size()), 0)));
-    return SetJournal::Read(bytes);
+    const ssize_t count = file.Read(bytes.data(), bytes.size());
+    isUnclear = count < 0;
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    auto journal = SetJournal::Read(bytes);
+    if (!journal)
+        return std::nullopt;
+    return KeptSet{path, std::move(*journal), status.st_size};
 }
 
 Descriptor SetFolder::Open(const std::string& file, int access)
@@ -283,6 +353,5 @@ Descriptor SetFolder::Open(const std::string& file, int access)
 
 Descriptor SetFolder::MakeAnew(const std::string& file)
 {
-    (void)DeleteFile(file);
     return Descriptor(open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +25,7 @@ constexpr std::uint64_t mostBytesOfSets = 4 * largestSpreadAttachment;
 // What does not come within days does not come at all.
 constexpr auto longestWaitOfSets = std::chrono::hours(30 * 24);
 
-// What is still to come.
+// What is still to come. Of what is whole, and could get no name yet, nothing is.
 struct WaitingSets {
     std::uint64_t attachments = 0;
     std::uint64_t missing = 0; // articles
@@ -37,6 +38,7 @@ struct WaitingSets {
 struct KeptSet {
     std::string path; // of its two files, without their endings
     SetJournal journal;
+    std::int64_t journalSize = 0; // of its file, in bytes, when it was read
 };
 
 // The hidden folder of a destination in which parts wait for the others. In it lie a lock and two files for each set,
@@ -47,10 +49,11 @@ struct KeptSet {
 class SetFolder {
 public:
     enum class Missing { Make, Leave };
+    enum class Busy { Wait, GiveUp };
 
-    // Takes the folder in hand, which another program may have for a while. False if it cannot be had. `destination`
-    // ends in a "/".
-    bool Enter(const std::string& destination, Missing missing);
+    // Takes the folder in hand, which another program may have for a while: it is waited for 10 seconds at most, and
+    // not at all when that was in vain the last time. False if it cannot be had. `destination` ends in a "/".
+    bool Enter(const std::string& destination, Missing missing, Busy busy = Busy::Wait);
 
     // The folder goes with its last set.
     void Leave();
@@ -65,14 +68,19 @@ public:
 
     std::vector<KeptSet> SetsOf(std::string_view name, std::uint64_t size) const;
 
-    // The path of a new set: in place of what is none, or of the oldest of the key. "" if directories stand everywhere.
+    // The path of a new set: in place of what is none, or of the oldest of the key. "" if there is only what cannot be
+    // removed or read. On a disk that knows no locks only one where nothing stands.
     std::string NewPath(const std::string& key);
 
-    // Removes the oldest sets, but none of the key, until there is room for so many bytes. False if there is none.
-    bool MakeRoom(std::uint64_t size, const std::string& key);
+    // Removes the oldest sets, but none of the key, until there is room for so many bytes, and for one more set if they
+    // begin one. False if there is none.
+    bool MakeRoom(std::uint64_t size, bool addsSet, const std::string& key);
 
     // A set has changed.
     void Note(const KeptSet& set);
+
+    // False if that is not possible: the old one stays.
+    [[nodiscard]] bool ReplaceJournal(const KeptSet& set) const;
 
     void Remove(const std::string& path);
 
@@ -80,20 +88,25 @@ public:
     bool HasWhole(const std::string& destination) const;
     std::vector<std::string> TakeWhole();
 
+    // That is not possible now, and not to be tried for each article: at the next search.
+    void FinishLater(const std::string& path) { unfinished.insert(path); }
+    void TryAgain();
+
     // A file that goes when it is closed.
     Descriptor MakeScratch() const;
 
     static std::string JournalOf(std::string_view path);
     static std::string DataOf(std::string_view path);
 
-    // Nothing for what is no set.
-    static std::optional<SetJournal> Read(const std::string& path);
+    // Nothing for what is no set. `isUnclear` tells whether it may be one that cannot be read now, because of the disk
+    // or the system: such a one must stay.
+    static std::optional<KeptSet> Read(const std::string& path, bool& isUnclear);
 
     // None for a link, a directory or a pipe, and for a file that has another name too: what is done to it would be
     // done outside of the folder.
     static Descriptor Open(const std::string& file, int access);
 
-    // In place of what may be there. None if that is a directory.
+    // None if something stands there.
     static Descriptor MakeAnew(const std::string& file);
 
     // Since 1970, by the system's clock.
@@ -101,14 +114,14 @@ public:
 
 private:
     struct Counted {
-        std::uint64_t parts;
-        std::uint64_t articles;
+        WaitingSets waiting;
         std::uint64_t bytes; // on the disk
         Moment added; // when the last part came
     };
 
     void Forget(const std::string& newFolder);
-    void Count();
+    // Of the key in hand nothing is removed: its data may have no journal yet.
+    void Count(const std::string& keyInHand = {});
     void Uncount(const std::string& path);
 
     std::string folder; // which was looked into last, with a "/" at its end
@@ -117,7 +130,9 @@ private:
     WaitingSets waiting; // their sums
     std::uint64_t bytesOnDisk = 0;
     std::vector<std::string> whole; // paths
+    std::set<std::string> unfinished; // paths, also of other folders
 
     Descriptor lock;
+    bool waitedInVain = false; // the last time
     bool mayRemove = false; // nobody else has anything of it in hand
 };

@@ -67,6 +67,7 @@ void AttachmentSaving::Begin()
         (void)DeleteFile(left);
         lock.SetNote("");
     }
+    MainForm.UU.BeginSearch();
     ShowTotal();
     ShowWaiting();
 }

@@ -2,15 +2,34 @@
 #include "demo/sample/Encoders.h"
 #include "tests/decoder/DecoderTest.h"
 
+#include <chrono>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utime.h>
+
+namespace {
+
+bool diskKnowsLocks = true;
+
+}
+
+// As network disks have it that know none.
+extern "C" int flock(int file, int operation) noexcept
+{
+    if (diskKnowsLocks)
+        return static_cast<int>(syscall(SYS_flock, file, operation));
+    errno = ENOLCK;
+    return -1;
+}
 
 namespace {
 
@@ -32,6 +51,11 @@ std::string With(std::string text, std::string_view old, std::string_view now)
     const std::size_t at = text.find(old);
     EXPECT_NE(at, std::string::npos) << old;
     return text.replace(at, old.size(), now);
+}
+
+std::uint32_t PartChecksum(const std::string& body)
+{
+    return static_cast<std::uint32_t>(std::stoul(body.substr(body.find("pcrc32=") + 7, 8), nullptr, 16));
 }
 
 class AttachmentSetsTest : public DecoderTest {
@@ -119,6 +143,11 @@ TEST_F(AttachmentSetsTest, PostingsOfOneNameAreNotMixed)
     const auto bBare = Spread(others, 3, "a.bin", {.checksums = false, .total = 1});
     const auto aOfSix = Spread(bytes, 6, "a.bin", {.checksums = false, .total = 1});
     const std::string bOfFour = With(bBare[1], "total=3", "total=4");
+    // A false beginning of a, which claims a's check sum.
+    const auto checksumOf = [](const std::string& body) { return body.substr(body.find(" crc32=") + 7, 8); };
+    const std::string false1 = With(b[0], checksumOf(b[0]), checksumOf(a[0]));
+    std::string unprovenFalse1 = false1;
+    unprovenFalse1.erase(unprovenFalse1.find(" pcrc32="), 16);
     struct Row {
         const char* what;
         std::vector<std::string> bodies;
@@ -130,7 +159,13 @@ TEST_F(AttachmentSetsTest, PostingsOfOneNameAreNotMixed)
              Row{"other bytes, the first incomplete", {aBare[0], aBare[2], bBare[0], bBare[2], aBare[1]}, 0},
              Row{"overlapping", {aOfSix[1], bBare[0], aOfSix[0], bBare[1], bBare[2]}, 1},
              Row{"another total", {aBare[0], bOfFour, aBare[1], aBare[2]}, 1},
-             Row{"another attachment's check sum", {b[0], a[1], a[0], b[2], a[2]}, 1}}) {
+             Row{"another attachment's check sum", {b[0], a[1], a[0], b[2], a[2]}, 1},
+             Row{"a false part behind the true one", {a[0], false1, a[1], a[2]}, 1},
+             Row{"a false part before the true one", {false1, a[0], a[1], a[2]}, 1},
+             Row{"an unproven one behind it", {a[0], unprovenFalse1, a[1], a[2]}, 1},
+             Row{"an unproven one before it", {unprovenFalse1, a[0], a[1], a[2]}, 1},
+             Row{"silent parts behind it", {a[0], false1, aBare[1], aBare[2]}, 1},
+             Row{"silent parts of two with check sums", {a[0], b[0], aBare[1], aBare[2], bBare[1], bBare[2]}, 2}}) {
         SCOPED_TRACE(row.what);
         std::size_t whole = 0;
         for (const std::string& body : row.bodies) {
@@ -275,10 +310,35 @@ TEST_F(AttachmentSetsTest, TheWholeIsCheckedToo)
     wrong[5000] ^= 1;
     std::string unproven = Spread(wrong, 3, "a.bin", {.checksums = false, .total = 1})[1];
     unproven.insert(unproven.size() - 2, " crc32=" + sound[1].substr(sound[1].find(" crc32=") + 7, 8));
+    std::string silent = Spread(wrong, 3)[1];
+    silent.erase(silent.find(" crc32="), 15);
+    const TemporaryFolder elsewhere;
+    const std::string kept = elsewhere.File("kept");
+    MakeFile(kept, "kept");
+    for (const std::string& body : {unproven, silent}) {
+        EXPECT_EQ(Decode(body), -1);
+        const std::string replacement = folder.File(setFolder + ".replacement.new");
+        if (body == silent)
+            ASSERT_EQ(mkfifo(replacement.c_str(), 0600), 0);
+        else
+            fs::create_hard_link(kept, replacement);
+        EXPECT_EQ(Decode(sound[0]), -1);
+        EXPECT_EQ(Decode(sound[2]), -2);
+        EXPECT_EQ(Waiting(), (WaitingSets{1, 1, 3})) << "those that proved themselves and told the check sum stay";
+        EXPECT_EQ(ContentOf(kept), "kept");
+        EXPECT_EQ(Decode(sound[1]), 1);
+        ExpectWhole(bytes);
+    }
+    // The set stays if the journal cannot be written anew.
     EXPECT_EQ(Decode(unproven), -1);
     EXPECT_EQ(Decode(sound[0]), -1);
+    fs::create_directories(folder.File(setFolder + ".replacement.new/within"));
     EXPECT_EQ(Decode(sound[2]), -2);
-    EXPECT_EQ(Waiting(), (WaitingSets{1, 1, 3})) << "the parts that proved themselves stay";
+    fs::remove_all(folder.File(setFolder + ".replacement.new"));
+    Restart();
+    EXPECT_EQ(Waiting(), WaitingSets());
+    EXPECT_EQ(Decode("text\r\n"), 0);
+    EXPECT_EQ(Waiting(), (WaitingSets{1, 1, 3}));
     EXPECT_EQ(Decode(sound[1]), 1);
     ExpectWhole(bytes);
     // What all parts agree on is not true.
@@ -371,29 +431,106 @@ TEST_F(AttachmentSetsTest, SetsAreBounded)
     }
     EXPECT_LE(Waiting().attachments, 2000U);
     EXPECT_GT(Waiting().attachments, 1800U);
+    for (std::uint64_t number = Waiting().attachments; number < 2000; ++number)
+        EXPECT_EQ(Decode(tiny(static_cast<int>(3000 + number), 'b')), -1);
+    EXPECT_EQ(Waiting().attachments, 2000U);
+    EXPECT_EQ(Decode("=ybegin part=1 total=2 size=4000000000 name=x\r\n=ypart begin=1 end=3000000000\r\n"), -1);
+    EXPECT_EQ(Waiting().attachments, 2000U) << "what is announced only takes no room";
+    // Neither does a part of what is there.
     EXPECT_EQ(Decode(Yencode("a", "t2199", {.part = 1, .total = 2, .whole = "ab"})), 1) << "the newest is still there";
+    EXPECT_EQ(Waiting().attachments, 1999U);
     EXPECT_EQ(Decode(Yencode("a", "t1", {.part = 1, .total = 2, .whole = "ab"})), -1) << "the oldest is not";
 }
 
 TEST_F(AttachmentSetsTest, AFullDiskLeavesTheSetAsItWas)
 {
-    const std::string large = RandomBytes(900'000);
-    const auto bodies = Spread(large, 3);
+    struct Row {
+        const char* what;
+        std::size_t size;
+        rlim_t limit; // of a file
+    };
+    for (const Row& row : {Row{"in the middle of the part", 900'000, 870'000}, Row{"in that of its record", 3, 70}}) {
+        SCOPED_TRACE(row.what);
+        const std::string large = RandomBytes(row.size);
+        const auto bodies = Spread(large, 3);
+        EXPECT_EQ(Decode(bodies[0]), -1);
+        MakeFile(folder.File(bodyName), bodies[2]);
+        const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit old = {};
+        ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+        const rlimit small{row.limit, old.rlim_max};
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+        decoder.SetDecodeFilename(folder.File(bodyName));
+        setrlimit(RLIMIT_FSIZE, &old);
+        std::signal(SIGXFSZ, oldHandler);
+        EXPECT_EQ(decoder.DecodeStatus(), -3);
+        EXPECT_EQ(Waiting(), (WaitingSets{1, 2, 3}));
+        EXPECT_EQ(Decode(bodies[2]), -1);
+        EXPECT_EQ(Decode(bodies[1]), 1);
+        ExpectWhole(large);
+    }
+}
+
+TEST_F(AttachmentSetsTest, WhatCanHaveNoNameIsTriedOnceInEachSearch)
+{
+    const auto bodies = Spread(bytes, 2);
+    EXPECT_EQ(Decode(bodies[1]), -1);
+    AttachmentSets sets;
+    const std::string first = bytes.substr(0, (bytes.size() + 1) / 2);
+    int tries = 0;
+    const auto refuse = [&tries](const std::string&, UnnamedFile& file) {
+        ++tries;
+        file.Leave();
+        return false;
+    };
+    sets.Open(folder.Path(), "a.bin", {bytes.size(), 2, 0, first.size()});
+    sets.Write(first);
+    EXPECT_EQ(sets.Keep({PartChecksum(bodies[0]), true, {}}, refuse), Outcome::NotWritten);
+    for (int search = 2; search < 4; ++search) {
+        sets.BeginSearch();
+        sets.FinishWhole(folder.Path(), refuse);
+        sets.FinishWhole(folder.Path(), refuse);
+        EXPECT_EQ(tries, search);
+    }
+    EXPECT_EQ(sets.Waiting(folder.Path()), WaitingSets());
+    Restart();
+    (void)Waiting();
+    EXPECT_EQ(Decode("text only\r\n"), 1);
+    ExpectWhole(bytes);
+}
+
+// Without descriptors nothing can be told of what is there.
+TEST_F(AttachmentSetsTest, WhatCannotBeReadStays)
+{
+    const auto bodies = Spread(bytes, 3);
     EXPECT_EQ(Decode(bodies[0]), -1);
-    MakeFile(folder.File(bodyName), bodies[2]);
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
     rlimit old = {};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
-    const rlimit small{870'000, old.rlim_max}; // in the middle of the part
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    decoder.SetDecodeFilename(folder.File(bodyName));
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, oldHandler);
-    EXPECT_EQ(decoder.DecodeStatus(), -3);
-    EXPECT_EQ(Waiting(), (WaitingSets{1, 2, 3}));
-    EXPECT_EQ(Decode(bodies[2]), -1);
-    EXPECT_EQ(Decode(bodies[1]), 1);
-    ExpectWhole(large);
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &old), 0);
+    const int firstFree = dup(0);
+    close(firstFree);
+    MakeFile(folder.File(bodyName), bodies[1]);
+    const std::string set = SetPath();
+    for (rlim_t free = 0; free < 5; ++free) {
+        SCOPED_TRACE(free);
+        for (const bool counts : {true, false}) {
+            const rlimit few{static_cast<rlim_t>(firstFree) + free, old.rlim_max};
+            Restart();
+            ASSERT_TRUE(counts || Waiting().attachments == 1);
+            ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+            if (counts)
+                (void)Waiting();
+            else
+                decoder.SetDecodeFilename(folder.File(bodyName));
+            setrlimit(RLIMIT_NOFILE, &old);
+            EXPECT_TRUE(fs::exists(set + ".journal") && fs::exists(set + ".data"));
+            EXPECT_TRUE(free != 0 || fs::exists(folder.File(setFolder + "lock")));
+        }
+    }
+    Restart();
+    EXPECT_GE(Waiting().attachments, 1U);
+    (void)Decode(bodies[1]);
+    EXPECT_EQ(Decode(bodies[2]), 1);
+    ExpectWhole(bytes);
 }
 
 TEST_F(AttachmentSetsTest, OldSetsGoAndWholeOnesAreFinished)
@@ -418,15 +555,68 @@ TEST_F(AttachmentSetsTest, OldSetsGoAndWholeOnesAreFinished)
     ReceivedPart first = journal.Parts().front();
     first.begin = 0;
     first.size = journal.Parts().front().begin;
-    first.checksum
-        = static_cast<std::uint32_t>(std::stoul(bodies[0].substr(bodies[0].find("pcrc32=") + 7, 8), nullptr, 16));
+    first.checksum = PartChecksum(bodies[0]);
     journal.Add(first);
     MakeFile(SetPath() + ".journal", journal.Bytes());
     Restart();
-    EXPECT_EQ(Waiting().attachments, 1U);
+    EXPECT_EQ(Waiting(), WaitingSets()) << "it waits for nothing";
     EXPECT_EQ(Decode("text only\r\n"), 1);
     ExpectWhole(bytes);
     EXPECT_FALSE(FolderIsThere());
+}
+
+// Another program has stopped with the folder in hand.
+TEST_F(AttachmentSetsTest, TheFolderIsWaitedForOnce)
+{
+    const auto bodies = Spread(bytes, 3);
+    EXPECT_EQ(Decode(bodies[0]), -1);
+    Restart();
+    const int lock = open(folder.File(setFolder + "lock").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    using Clock = std::chrono::steady_clock;
+    const auto start = Clock::now();
+    EXPECT_EQ(Waiting(), WaitingSets());
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(2));
+    EXPECT_EQ(Decode(bodies[1]), -3);
+    EXPECT_GT(Clock::now() - start, std::chrono::seconds(9));
+    const auto next = Clock::now();
+    EXPECT_EQ(Decode(bodies[1] + bodies[2]), -3);
+    EXPECT_LT(Clock::now() - next, std::chrono::seconds(2));
+    close(lock);
+    EXPECT_EQ(Waiting(), (WaitingSets{1, 2, 3}));
+    EXPECT_EQ(Decode(bodies[1] + bodies[2]), 1);
+    ExpectWhole(bytes);
+}
+
+TEST_F(AttachmentSetsTest, WhereNobodyGetsALockNothingOfAnotherProgramIsTouched)
+{
+    const auto bodies = Spread(bytes, 3);
+    EXPECT_EQ(Decode(bodies[0]), -1);
+    const std::string set = SetPath();
+    const auto begin = [this, &bodies](AttachmentSets& sets, std::size_t part) {
+        const std::size_t size = (bytes.size() + 2) / 3;
+        const std::string data = bytes.substr(part * size, size);
+        sets.Open(folder.Path(), "a.bin", {bytes.size(), 3, part * size, data.size()});
+        sets.Write(data);
+        return PartEnd{PartChecksum(bodies[part]), true, {}};
+    };
+    const auto refuse = [](const std::string&, UnnamedFile&) { return false; };
+    diskKnowsLocks = false;
+    AttachmentSets one;
+    AttachmentSets other;
+    const PartEnd oneEnd = begin(one, 1);
+    const PartEnd otherEnd = begin(other, 2);
+    EXPECT_EQ(other.Keep(otherEnd, refuse), Outcome::Part);
+    EXPECT_EQ(one.Keep(oneEnd, refuse), Outcome::NotWritten) << "its record would be in place of the other's";
+    fs::remove(set + ".journal"); // not written yet
+    const std::string data = ContentOf(set + ".data");
+    Restart();
+    EXPECT_EQ(Decode(bodies[0]), -1);
+    EXPECT_TRUE(ContentOf(set + ".data") == data);
+    EXPECT_NE(SetPath(), set);
+    EXPECT_EQ(Decode(bodies[1] + bodies[2]), 1);
+    diskKnowsLocks = true;
+    ExpectWhole(bytes);
 }
 
 // Each of two programs gets all parts, in an order of its own.
