@@ -149,10 +149,9 @@ bool AttachmentSets::OpenTarget()
     if (targetPath.empty()) {
         target = folder.MakeScratch();
         return target.IsOpen() && WriteAt(target, std::exchange(inMemory, {}), 0);
-    } else {
-        const std::string path = SetFolder::DataOf(targetPath);
-        target = targetIsNew ? SetFolder::MakeAnew(path) : SetFolder::Open(path, O_RDWR);
     }
+    const std::string path = SetFolder::DataOf(targetPath);
+    target = targetIsNew ? SetFolder::MakeAnew(path) : SetFolder::Open(path, O_RDWR);
     return target.IsOpen();
 }
 

@@ -69,8 +69,8 @@ void AttachmentStore::Open(std::string_view name)
 void AttachmentStore::Write(std::string_view bytes)
 {
     if (isPart)
-        sets.Write(bytes);
-    if (isPart || failed)
+        return sets.Write(bytes);
+    if (failed)
         return;
     if (!file.IsOpen())
         file = UnnamedFile(directory);

@@ -4,7 +4,6 @@
 #include <QAbstractScrollArea>
 #include <QContextMenuEvent>
 #include <QMenu>
-#include <QPointer>
 
 namespace {
 

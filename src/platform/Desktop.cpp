@@ -122,7 +122,7 @@ void Desktop::Notify(
 {
     if (!notification)
         notification = std::make_unique<Notification>();
-    notification->Show(title, text, button, std::move(pressed));
+    notification->Show(ToDisplay(title), ToDisplay(text), ToDisplay(button), std::move(pressed));
 }
 
 void Desktop::ShowProgress(double share) { ShowInLauncher(share); }

@@ -30,13 +30,13 @@ public:
         area->installEventFilter(this);
     }
 
-    bool eventFilter(QObject*, QEvent* event) override
+    bool eventFilter(QObject* area, QEvent* event) override
     {
         if (event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove && event->type() != QEvent::Drop)
             return false;
         auto& drop = static_cast<QDropEvent&>(*event);
         const Dragged content = ContentOf(*drop.mimeData());
-        const bool taken = isEnabledArea() && means(content);
+        const bool taken = static_cast<QWidget*>(area)->isEnabled() && means(content);
         // Whatever it is, it stays where it comes from.
         drop.setDropAction(Qt::CopyAction);
         drop.setAccepted(taken);
@@ -46,8 +46,6 @@ public:
     }
 
 private:
-    bool isEnabledArea() const { return static_cast<QWidget*>(parent())->isEnabled(); }
-
     const std::function<bool(const Dragged&)> means;
     const std::function<void(const Dragged&)> take;
 };

@@ -1,7 +1,6 @@
 #include "platform/Notification.h"
 
 #include "platform/Control.h"
-#include "platform/DisplayText.h"
 #include "platform/SessionBus.h"
 
 #include <QDBusMessage>
@@ -13,62 +12,38 @@ namespace {
 // The Desktop Notifications Specification, version 1.2.
 const QString service = QStringLiteral("org.freedesktop.Notifications");
 const QString path = QStringLiteral("/org/freedesktop/Notifications");
+const QString openAction = QStringLiteral("open");
 
 }
-
-class Notification::Note : public QObject {
-    Q_OBJECT
-
-public:
-    Note()
-    {
-        (void)SessionBus().connect(
-            service, path, service, QStringLiteral("ActionInvoked"), this, SLOT(Invoked(uint, QString)));
-    }
-
-    void Show(const QString& title, const QString& text, const QString& button, std::function<void()> whenPressed)
-    {
-        pressed = std::move(whenPressed);
-        if (!SessionBus().isConnected())
-            return;
-        QDBusMessage call = QDBusMessage::createMethodCall(service, path, service, QStringLiteral("Notify"));
-        const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("tamarack")}};
-        constexpr int asTheServiceLikes = -1;
-        call << QStringLiteral("Tamarack") << number << QStringLiteral("tamarack") << title << text.toHtmlEscaped()
-             << QStringList{openAction, button} << hints << asTheServiceLikes;
-        auto* watcher = new QDBusPendingCallWatcher(SessionBus().asyncCall(call), this);
-        connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-            watcher->deleteLater();
-            const QDBusPendingReply<uint> reply = *watcher;
-            number = reply.isValid() ? reply.value() : 0;
-        });
-    }
-
-private slots:
-    // Some services tell everybody of everybody's notes.
-    void Invoked(uint which, const QString& action)
-    {
-        if (which == number && action == openAction)
-            Raise(pressed);
-    }
-
-private:
-    const QString openAction = QStringLiteral("open");
-    std::function<void()> pressed;
-    uint number = 0; // by which the service knows it
-};
 
 Notification::Notification()
-    : note(std::make_unique<Note>())
 {
+    (void)SessionBus().connect(
+        service, path, service, QStringLiteral("ActionInvoked"), this, SLOT(Invoked(uint, QString)));
 }
-
-Notification::~Notification() = default;
 
 void Notification::Show(
-    std::string_view title, std::string_view text, std::string_view button, std::function<void()> pressed)
+    const QString& title, const QString& text, const QString& button, std::function<void()> whenPressed)
 {
-    note->Show(ToDisplay(title), ToDisplay(text), ToDisplay(button), std::move(pressed));
+    pressed = std::move(whenPressed);
+    if (!SessionBus().isConnected())
+        return;
+    QDBusMessage call = QDBusMessage::createMethodCall(service, path, service, QStringLiteral("Notify"));
+    const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("tamarack")}};
+    constexpr int asTheServiceLikes = -1;
+    call << QStringLiteral("Tamarack") << number << QStringLiteral("tamarack") << title << text.toHtmlEscaped()
+         << QStringList{openAction, button} << hints << asTheServiceLikes;
+    auto* watcher = new QDBusPendingCallWatcher(SessionBus().asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        const QDBusPendingReply<uint> reply = *watcher;
+        number = reply.isValid() ? reply.value() : 0;
+    });
 }
 
-#include "Notification.moc"
+// Some services tell everybody of everybody's notes.
+void Notification::Invoked(uint which, const QString& action)
+{
+    if (which == number && action == openAction)
+        Raise(pressed);
+}

@@ -1,21 +1,23 @@
 #pragma once
 
+#include <QObject>
 #include <functional>
-#include <memory>
-#include <string_view>
 
 // The program's note among those that the desktop shows: one at a time, a newer one in its place. Where no service
 // shows such notes, nothing happens. For platform/ alone.
-class Notification {
+class Notification : public QObject {
+    Q_OBJECT
+
 public:
     Notification();
-    ~Notification();
 
-    // `pressed` is for its button.
-    void Show(std::string_view title, std::string_view text, std::string_view button, std::function<void()> pressed);
+    // `whenPressed` is for its button.
+    void Show(const QString& title, const QString& text, const QString& button, std::function<void()> whenPressed);
+
+private slots:
+    void Invoked(uint which, const QString& action);
 
 private:
-    class Note;
-
-    std::unique_ptr<Note> note;
+    std::function<void()> pressed;
+    uint number = 0; // by which the service knows it
 };

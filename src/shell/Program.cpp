@@ -47,14 +47,14 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& newPlaces)
 void Program::Start()
 {
     std::string obstacle;
-    if (lock.HeldByAnother())
+    if (lock.HeldByAnother()) {
         Activation::ActivateFirst();
-    if (lock.HeldByAnother())
         obstacle = "Tamarack is already running.\r\n"
                    "A second one would write into the same files.";
-    else if (lock.OfAnotherUser())
+    } else if (lock.OfAnotherUser()) {
         obstacle = "Tamarack may be running for another user, whose file this is:\r\n" + lockFile
             + "\r\nIf it is not, delete the file and start again.";
+    }
     if (!obstacle.empty()) {
         desktop.MsgBox(obstacle, "Tamarack");
         desktop.EndProgram();

@@ -17,10 +17,8 @@
 
 #include <filesystem>
 
-using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 

@@ -57,8 +57,6 @@ void RecordingBus::Offer(const char* name)
 
 void RecordingBus::Withdraw(const char* name) { bus.unregisterService(QString::fromLatin1(name)); }
 
-std::vector<std::string> RecordingBus::TakeRecord() { return std::exchange(record, {}); }
-
 bool RecordingBus::IsOnBus(const QString& sender) const { return bus.interface()->isServiceRegistered(sender); }
 
 void RecordingBus::Press(uint note, const QString& action)

@@ -21,8 +21,7 @@ public:
     void Offer(const char* name);
     void Withdraw(const char* name);
 
-    // What came since the last call, such as "Inhibit(Tamarack, Searching ...)"; the launcher's signals too.
-    std::vector<std::string> TakeRecord();
+    // What came so far, such as "Inhibit(Tamarack, Searching ...)"; the launcher's signals too.
     std::vector<std::string> record;
 
     // Who has called last.
