@@ -31,13 +31,15 @@ void DirectoryWalk::Dir1_Click()
         desktop.MsgBox("You need to select a different folder", "Error");
 }
 
-// In the open directory, and opens it.
+// In the directory that the menu was opened on, which is the current row; and opens it.
 void DirectoryWalk::MakeNew()
 {
+    if (Dir1.ListIndex() < 0)
+        return;
     const std::optional<std::string> name = desktop.InputBox("Name of the new directory:", "New Directory");
     if (!name || name->empty())
         return;
-    const std::string path = WithSeparator(Dir1.Path()) + *name;
+    const std::string path = WithSeparator(Dir1.List(Dir1.ListIndex())) + *name;
     if (name->find('/') != std::string::npos || MakeDirectory(path) || !Dir1.SetPath(path))
         desktop.MsgBox("The directory could not be made:\r\n" + path, "Error");
 }
