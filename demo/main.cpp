@@ -1,5 +1,6 @@
 #include "demo/DemoFolder.h"
 #include "demo/UnattendedSearch.h"
+#include "demo/WindowPictures.h"
 #include "demo/sample/SampleArticles.h"
 #include "demo/sample/SampleServer.h"
 #include "demo/support/Screen.h"
@@ -29,8 +30,9 @@ and destination are the demo's own and are made anew at each start.
 
 The server has a second port, which is named at the start, for encrypted connections; nobody vouches for its certificate.
 
-With no display it does one whole search by itself, encrypted, prints each stored file, compares it with what was posted,
-and writes pictures of the window to DIR. The exit code is then 0 if all is as posted, and 1 if not.
+With no display, or with --screenshots, it does one whole search by itself, encrypted, prints each stored file, compares
+it with what was posted, and writes pictures of all windows to DIR. Below each it prints what is hard to read in it. The
+exit code is then 0 if all is as posted, and 1 if not.
 )";
 
 bool IsSet(const char* variable)
@@ -58,11 +60,6 @@ void Start(Program& program, const SampleServer& server, std::uint16_t port)
 
 int main(int argc, char** argv)
 {
-    const bool attended = HasDisplay();
-    if (!attended)
-        setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    Application application(argc, argv);
-
     std::string screenshots;
     for (int at = 1; at < argc; ++at) {
         const std::string_view argument = argv[at];
@@ -73,6 +70,11 @@ int main(int argc, char** argv)
             return argument == "--help" ? EXIT_SUCCESS : 2;
         }
     }
+    const bool hasDisplay = HasDisplay();
+    const bool attended = hasDisplay && screenshots.empty();
+    if (!hasDisplay)
+        setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    Application application(argc, argv);
 
     const SamplePostings postings = MakeSamplePostings();
     DemoFolder folder;
@@ -103,8 +105,10 @@ int main(int argc, char** argv)
     TCP1.AuthoritiesFile = folder.Places().appDir + "certificate.pem";
     (void)MakeFile(TCP1.AuthoritiesFile, options.identity->Certificate());
     Start(program, server, server.SecurePort());
-    const bool asPosted
-        = SearchUnattended(folder, postings, desktop, screenshots.empty() ? folder.Screenshots() : screenshots);
-    std::printf("The connection was %s.\n", TCP1.Encrypted() ? TCP1.Encrypted()->protocol.c_str() : "NOT ENCRYPTED");
-    return asPosted && TCP1.Encrypted() ? EXIT_SUCCESS : EXIT_FAILURE;
+    Camera camera(screenshots.empty() ? folder.Screenshots() : screenshots);
+    const bool asPosted = SearchUnattended(folder, postings, desktop, camera);
+    const std::string protocol = TCP1.Encrypted() ? TCP1.Encrypted()->protocol : "";
+    std::printf("The connection was %s.\n", protocol.empty() ? "NOT ENCRYPTED" : protocol.c_str());
+    TakePicturesOfWindows(camera, desktop, program.MainWindow(), postings.groupsToSearch.front());
+    return asPosted && !protocol.empty() && camera.TookAll() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

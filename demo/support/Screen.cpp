@@ -319,9 +319,3 @@ bool Until(const std::function<bool()>& predicate, std::chrono::milliseconds tim
     }
     return true;
 }
-
-bool Screenshot(const std::string& path, std::string_view window)
-{
-    QWidget* found = WindowNamed(window);
-    return found && found->grab().save(Shown(path));
-}

@@ -75,6 +75,3 @@ std::string CaptionOf(std::string_view window);
 
 // Delivers events until the predicate is true; false if it does not become so in time.
 bool Until(const std::function<bool()>& predicate, std::chrono::milliseconds timeout = std::chrono::seconds(10));
-
-// Writes what a window shows to a picture file. False when that did not work.
-bool Screenshot(const std::string& path, std::string_view window = "frmTamarack");

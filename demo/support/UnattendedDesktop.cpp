@@ -10,8 +10,12 @@ MessageAnswer UnattendedDesktop::MsgBox(std::string_view text, std::string_view 
     return buttons == MessageButtons::YesNo ? MessageAnswer::Yes : MessageAnswer::Ok;
 }
 
-bool UnattendedDesktop::Ask(std::string_view text, std::string_view title, const std::function<bool()>&)
+bool UnattendedDesktop::Ask(std::string_view text, std::string_view title, const std::function<bool()>& isWanted)
 {
+    if (whileAsked) {
+        whileAsked();
+        return Desktop::Ask(text, title, isWanted);
+    }
     return MsgBox(text, title, MessageButtons::YesNo) == MessageAnswer::Yes;
 }
 

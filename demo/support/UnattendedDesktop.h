@@ -13,6 +13,9 @@ public:
     // Called instead of a hold.
     std::function<void()> whileHeld;
 
+    // Called before a question of safety, which then comes up as it does for a user; this has to see to its end.
+    std::function<void()> whileAsked;
+
     // Brings what the windows show up to date, as before a hold.
     void PaintWindows();
 

@@ -1,19 +1,17 @@
 #include "platform/Application.h"
 
+#include "platform/LegibleStyle.h"
 #include "platform/Process.h"
 #include "platform/Screen.h"
 
-#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFontInfo>
 #include <QIcon>
 #include <QPainter>
 #include <QPixmap>
-#include <QProxyStyle>
 #include <QScreen>
 #include <QSessionManager>
 #include <QSocketNotifier>
-#include <QStyleOption>
 #include <QSvgRenderer>
 #include <algorithm>
 #include <csignal>
@@ -21,24 +19,6 @@
 #include <unistd.h>
 
 namespace {
-
-// A list or text area with the keyboard focus shows so, which the toolkit leaves out. A panel draws its own edge.
-class FocusStyle : public QProxyStyle {
-public:
-    void drawControl(
-        ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const override
-    {
-        QProxyStyle::drawControl(element, option, painter, widget);
-        if (element != CE_ShapedFrame || !option->state.testFlag(State_HasFocus)
-            || qobject_cast<const QAbstractScrollArea*>(widget) == nullptr)
-            return;
-        painter->save();
-        painter->setBrush(Qt::NoBrush);
-        painter->setPen(option->palette.color(QPalette::Highlight));
-        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
-        painter->restore();
-    }
-};
 
 bool LargestWindowFits()
 {
@@ -110,7 +90,7 @@ Application::Application(int& argc, char** argv)
     QApplication::setDesktopFileName(QStringLiteral("tamarack"));
     QApplication::setApplicationVersion(QStringLiteral(TAMARACK_VERSION));
     QApplication::setWindowIcon(WindowIcon());
-    QApplication::setStyle(new FocusStyle);
+    QApplication::setStyle(MakeLegibleStyle());
     FitFontToScreens();
     // The program ends when its main form is unloaded, not when nothing is on the screen for a moment.
     QApplication::setQuitOnLastWindowClosed(false);

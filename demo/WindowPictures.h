@@ -1,0 +1,11 @@
+#pragma once
+
+#include "demo/support/Camera.h"
+#include "demo/support/UnattendedDesktop.h"
+
+#include <string>
+
+// Takes a picture of each window of the program, worked as a user would, behind a search. `group` is one that has been
+// searched. Encrypted connections are trusted no more behind it.
+void TakePicturesOfWindows(
+    Camera& camera, UnattendedDesktop& desktop, class frmTamarack& mainForm, const std::string& group);

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "demo/support/Screen.h"
+
+#include <string>
+#include <string_view>
+
+// Takes pictures of windows to a directory, and tells on the output where a text in them is cut off, or has a contrast
+// of less than 4.5 to 1 (WCAG 2.1, 1.4.3). Texts of what is disabled do not count.
+class Camera {
+public:
+    // Makes the directory.
+    explicit Camera(const std::string& directory);
+
+    void Take(std::string_view name, QWidget& window);
+    // The window of this name.
+    void Take(std::string_view name, std::string_view window = "frmTamarack");
+
+    // Takes a picture of a window that something else brings up, and gives it the Escape key then: of the one of this
+    // name, or of a message box if there is none.
+    void TakeNext(std::string_view name, std::string_view window = {});
+
+    // All pictures that were asked for have been written.
+    bool TookAll() const { return asked == written; }
+
+private:
+    const std::string directory;
+    int asked = 0;
+    int written = 0;
+};
