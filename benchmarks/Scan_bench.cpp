@@ -15,8 +15,8 @@
 #include <vector>
 
 // The search of a group beside a bare client that sends the same commands to the same server in the same order and
-// writes each body and each attachment to a file. It does not decode: it has the attachments already. The server runs
-// in processes of its own.
+// writes each body and each attachment to a file. It brings the attachment to the disk, as whoever counts the article
+// as read has to. It does not decode: it has the attachments already. The server runs in processes of its own.
 
 namespace {
 
@@ -52,11 +52,12 @@ SampleGroups Articles()
     return {GroupOf(group, 1, bodies), GroupOf(smallGroup, 1, tenth)};
 }
 
-bool WriteFile(const std::string& path, std::string_view bytes)
+bool WriteFile(const std::string& path, std::string_view bytes, bool toTheDisk)
 {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     const ssize_t written = write(file, bytes.data(), bytes.size());
-    return close(file) == 0 && written == static_cast<ssize_t>(bytes.size());
+    const bool isThere = !toTheDisk || fdatasync(file) == 0;
+    return close(file) == 0 && isThere && written == static_cast<ssize_t>(bytes.size());
 }
 
 bool SearchByBareClient(std::uint16_t port, Wire wire, const TemporaryFolder& folder)
@@ -73,8 +74,8 @@ bool SearchByBareClient(std::uint16_t port, Wire wire, const TemporaryFolder& fo
         if (client.Text("head " + article).empty())
             return false;
         const std::string_view body = client.Text("body " + article);
-        if (body.empty() || !WriteFile(folder.File("article" + article + ".uue"), body)
-            || !WriteFile(folder.File(AttachmentName(number)), Attachment(number)))
+        if (body.empty() || !WriteFile(folder.File("article" + article + ".uue"), body, false)
+            || !WriteFile(folder.File(AttachmentName(number)), Attachment(number), true))
             return false;
         ++stored;
     }
