@@ -1,20 +1,16 @@
 #include "tests/platform/ControlsTest.h"
 
 #include "platform/Buttons.h"
-#include "platform/ComboBox.h"
 #include "platform/Frame.h"
 #include "platform/Label.h"
 #include "platform/ListBox.h"
 #include "platform/StatusBar.h"
 #include "platform/Stepper.h"
 #include "platform/TabStrip.h"
-#include "platform/TextArea.h"
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QPlainTextEdit>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QToolButton>
@@ -30,27 +26,6 @@ int Lines(const QRegion& ink)
     return lines;
 }
 
-}
-
-TEST_F(ControlsTest, CodeRaisesWhatTheUserDoesAndOnlyForAChange)
-{
-    CheckBox box(window, "box", "Box", {0, 0, 900, 300});
-    OptionButton first(window, "first", "First", {1000, 0, 900, 300}, true);
-    OptionButton second(window, "second", "Second", {2000, 0, 900, 300});
-    ComboBox combo(window, "combo", {0, 400, 2000, 300}, {"a", "b"});
-    ListBox list(window, "list", {0, 1200, 2000, 1500});
-    list.AddItems({"a", "b"});
-    box.Click = first.Click = second.Click = combo.Click = list.Click = countClick;
-    Show();
-    for (const auto& [code, user] : std::initializer_list<std::pair<std::function<void()>, std::function<void()>>>{
-             {[&] { box.SetValue(1); }, [] { Check("box", false); }},
-             {[&] { second.SetValue(true); }, [] { Click("first"); }},
-             {[&] { combo.SetListIndex(1); }, [] { ChooseEntry("combo", "a"); }},
-             {[&] { list.SetListIndex(1); }, [] { ClickRow("list", 0); }}}) {
-        for (const auto& step : {code, code, user, user, code})
-            step();
-        EXPECT_EQ(std::exchange(clicks, 0), 3);
-    }
 }
 
 TEST_F(ControlsTest, BytesAreShownAsUtf8OrElseAsWindows1252)
@@ -85,27 +60,20 @@ TEST_F(ControlsTest, AnEditKeepsWhatStandsAroundIt)
 {
     TextBox field(window, "field", {0, 0, 900, 300}, {.maxLength = 7});
     auto& edit = Find<QLineEdit>("field");
-    struct Row {
-        int from;
-        const char* typed;
-        const char* text;
-        int cursor;
-    };
-    for (const Row& row : {Row{0, "x", "xa\u202Ebb\u200Bc", 1}, Row{3, "b", "a\u202Ebbb\u200Bc", 4},
-             Row{4, "\u2066", "a\u202Ebb\u2066\u200Bc", 5}, Row{6, "c", "a\u202Ebb\u200Bcc", 7},
-             Row{4, "", "a\u202Eb\u200Bc", 3}, Row{2, "", "abb\u200Bc", 1}}) {
-        SCOPED_TRACE(row.text);
+    for (const auto& [from, typed, text, cursor] : {std::tuple(0, "x", "xa\u202Ebb\u200Bc", 1),
+             {3, "b", "a\u202Ebbb\u200Bc", 4}, {4, "\u2066", "a\u202Ebb\u2066\u200Bc", 5},
+             {6, "c", "a\u202Ebb\u200Bcc", 7}, {4, "", "a\u202Eb\u200Bc", 3}, {2, "", "abb\u200Bc", 1}}) {
         field.SetText("a\u202Ebb\u200Bc");
         field.Change = countClick;
-        clicks = 0;
-        edit.setCursorPosition(row.from);
-        if (*row.typed == '\0')
+        edit.setCursorPosition(from);
+        if (*typed == '\0')
             edit.backspace();
-        edit.insert(QString::fromUtf8(row.typed));
-        EXPECT_EQ(field.Text(), row.text);
+        edit.insert(QString::fromUtf8(typed));
+        EXPECT_EQ(field.Text(), text);
         EXPECT_FALSE(edit.text().contains(u'\u2066') || edit.text().contains(u'\u202E'));
-        EXPECT_EQ(edit.cursorPosition(), row.cursor);
-        EXPECT_EQ(clicks, 1);
+        EXPECT_EQ(edit.cursorPosition(), cursor) << text;
+        EXPECT_EQ(std::exchange(clicks, 0), 1);
+        field.Change = nullptr;
     }
     field.SetText("12\u202E456789");
     EXPECT_EQ(field.Text(), "12\u202E4567") << "cut at the field's limit";
@@ -118,7 +86,7 @@ TEST_F(ControlsTest, AnEditKeepsWhatStandsAroundIt)
     for (const bool enabled : {true, false}) {
         button.SetEnabled(enabled);
         QTest::keyClick(&edit, Qt::Key_Return);
-        EXPECT_EQ(clicks, 3);
+        EXPECT_EQ(clicks, 1);
     }
 }
 
@@ -133,39 +101,16 @@ TEST_F(ControlsTest, AStepperReadsWhateverTheFieldHolds)
         Step("stepper", times);
         EXPECT_EQ(number.Text(), after);
     }
-    for (const bool enabled : {true, false}) {
+    for (const bool enabled : {false, true}) {
         stepper.SetEnabled(enabled);
         for (const Qt::Key key : {Qt::Key_Up, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home})
             QTest::keyClick(&Find<QWidget>("number"), key);
-        EXPECT_EQ(number.Text(), "6");
+        EXPECT_EQ(number.Text(), enabled ? "6" : "5");
     }
-    stepper.SetEnabled(true);
     const QList<QToolButton*> arrows = Find<QWidget>("stepper").findChildren<QToolButton*>();
     EXPECT_NE(arrows[0]->grab().toImage(), arrows[1]->grab().toImage());
     QTest::mousePress(arrows[1], Qt::LeftButton);
     EXPECT_TRUE(Until([&] { return number.Text() == "4"; })) << "one that is held down goes on";
-}
-
-TEST_F(ControlsTest, ATextAreaGrowsAtItsEndAndScrollsThere)
-{
-    TextArea area(window, "area", {0, 2700, 1500, 600}, TextAreaStyle::Log);
-    Show();
-    for (const char* text : {"a\r", "\nb\u202E\r\nc", "d"})
-        area.Append(text, 99);
-    QTest::keyClick(&Find<QWidget>("area"), Qt::Key_X); // which nobody can type into it
-    EXPECT_EQ(TextOf("area"), "a\nb\uFFFD\ncd");
-    area.Cut(1, 3);
-    area.Cut(3, 9);
-    EXPECT_EQ(TextOf("area"), "a\nc");
-    for (int line = 0; line < 30; ++line)
-        area.Append(std::string(300, 'm') + "\r\n", 99);
-    const QScrollBar& down = *Find<QPlainTextEdit>("area").verticalScrollBar();
-    EXPECT_TRUE(down.maximum() > 0 && down.value() == down.maximum());
-    EXPECT_GT(Find<QPlainTextEdit>("area").horizontalScrollBar()->maximum(), 100) << "in one line";
-    area.Append("\r", 9);
-    area.Clear();
-    area.Append("\nd", 9);
-    EXPECT_EQ(TextOf("area"), "\nd");
 }
 
 // The toolkit would hand it to the next control, for the next key to change that one.
@@ -182,8 +127,7 @@ TEST_F(ControlsTest, TheFocusComesBackToWhatTheProgramTookAway)
                 inside.SetFocus();
                 (taken->*set)(false);
                 (taken->*set)(false);
-                ASSERT_NE(widget.focusWidget(), nullptr);
-                EXPECT_EQ(widget.focusWidget()->focusPolicy(), Qt::NoFocus) << "a control could be changed";
+                EXPECT_EQ(widget.focusWidget(), &widget) << "another control could be changed";
                 if (moveOn)
                     other.SetFocus();
                 (taken->*set)(true);
@@ -211,12 +155,11 @@ TEST_F(ControlsTest, LongCaptionsTakeTheLinesThatTheyNeed)
         SCOPED_TRACE(lines);
         CheckBox box(window, "box", words, {0, 2700, width, 1200});
         box.SetVisible(true);
-        const int indicator = 22;
-        const QRect place = Find<QWidget>("box").rect();
-        const QRegion ink = Ink(Find<QWidget>("box"), place.adjusted(indicator, 0, 0, 0));
+        const QRect caption = Find<QWidget>("box").rect().adjusted(22, 0, 0, 0);
+        const QRegion ink = Ink(Find<QWidget>("box"), caption);
         EXPECT_EQ(Lines(ink), lines);
-        EXPECT_LT(ink.boundingRect().right(), place.width() - indicator - 1);
-        QTest::mouseClick(&Find<QWidget>("box"), Qt::LeftButton, {}, place.bottomRight());
+        EXPECT_LT(ink.boundingRect().right(), caption.width() - 1);
+        QTest::mouseClick(&Find<QWidget>("box"), Qt::LeftButton, {}, caption.bottomRight());
         EXPECT_EQ(box.Value(), 1);
         Label label(window, "label", words, {0, 2700, width - 300, 1200}, Alignment::Right);
         label.SetVisible(true);
@@ -249,33 +192,23 @@ TEST_F(ControlsTest, ArrowsLookWhereTheyLead)
 {
     window.SetVisible(true);
     for (const Arrow arrow : {Arrow::Up, Arrow::Down, Arrow::ToTop, Arrow::ToBottom}) {
-        SCOPED_TRACE(static_cast<int>(arrow));
         ArrowButton button(window, "button", arrow, "leads", {3000, 2700, 360, 324});
         button.SetVisible(true);
-        EXPECT_EQ(Find<QWidget>("button").toolTip() + Find<QWidget>("button").accessibleName(), "leadsleads");
-        const QRect face = Find<QWidget>("button").rect().adjusted(4, 4, -4, -4);
-        const QRegion ink = Ink(Find<QWidget>("button"), face);
-        const QRect box = ink.boundingRect();
-        EXPECT_LE((box.center() - QRect({}, face.size()).center()).manhattanLength(), 3);
-        const auto widthAt = [&](int y) { return (ink & QRect(0, y, 1000, 1)).boundingRect().width(); };
-        const bool isDown = arrow == Arrow::Down || arrow == Arrow::ToBottom;
-        EXPECT_GT(widthAt(isDown ? box.top() : box.bottom()), box.width() - 3);
-        EXPECT_EQ(widthAt(isDown ? box.bottom() : box.top()) > box.width() - 3, arrow > Arrow::Down) << "an end's bar";
+        const QRegion ink = Ink(Find<QWidget>("button"), Find<QWidget>("button").rect().adjusted(4, 4, -4, -4));
+        const int top = ink.boundingRect().top(), bottom = ink.boundingRect().bottom();
+        const auto isWide = [&](int y) { return (ink & QRect(0, y, 1000, 1)).boundingRect().width() > 6; };
+        EXPECT_EQ(isWide(top), arrow != Arrow::Up) << "the foot of an arrow, or the bar of an end";
+        EXPECT_EQ(isWide(bottom), arrow != Arrow::Down);
     }
 }
 
 TEST_F(ControlsTest, AStatusPanelPaintsEachTextAndAPadlock)
 {
     struct Paints : QObject {
-        bool eventFilter(QObject*, QEvent* event) override
-        {
-            count += event->type() == QEvent::Paint ? 1 : 0;
-            return false;
-        }
+        bool eventFilter(QObject*, QEvent* event) override { return event->type() == QEvent::Paint && ++count < 0; }
         int count = 0;
     } paints;
-    StatusBar bar(window, "bar", {0, 4200, 6000, 300},
-        {{"mmm", "", "Tip"}, {"", "", "", PanelStyle::Date}, {"", "", "", PanelStyle::Text, true}});
+    StatusBar bar(window, "bar", {0, 4200, 6000, 300}, {{"mmm", ""}, {"", "", "", PanelStyle::Date}});
     Show();
     auto& panel = Find<QLabel>("bar.Panels(1)");
     panel.installEventFilter(&paints);
@@ -284,15 +217,11 @@ TEST_F(ControlsTest, AStatusPanelPaintsEachTextAndAPadlock)
     EXPECT_EQ(PanelText("bar", 1), "mmm");
     EXPECT_TRUE(Until([&] { return paints.count == 2; })) << "the first at once, the last a little later";
     EXPECT_EQ(PanelText("bar", 2), QLocale().toString(QDate::currentDate(), QLocale::ShortFormat).toStdString());
-    bar.Panels(1).SetToolTip("<b>");
-    EXPECT_EQ(panel.toolTip(), "<qt>&lt;b&gt;");
-    bar.Panels(1).SetToolTip("");
-    EXPECT_EQ(panel.toolTip(), "Tip");
     const int text = Ink("bar.Panels(1)").boundingRect().width();
     bar.Panels(1).SetPadlock(true);
     DoEvents();
-    const QRegion padlock = Ink(panel, QRect(2, 2, panel.indent(), panel.height() - 4));
-    EXPECT_GT(padlock.boundingRect().height(), panel.fontMetrics().ascent() * 3 / 4);
+    const QRect room(2, 2, panel.indent(), panel.height() - 4);
+    EXPECT_GT(Ink(panel, room).boundingRect().height(), panel.fontMetrics().ascent() * 3 / 4);
     EXPECT_GE(Ink(panel, panel.rect().adjusted(panel.indent() - 2, 2, -2, -2)).boundingRect().width(), text - 6);
 }
 
@@ -315,8 +244,4 @@ TEST_F(ControlsTest, EnterAndEscapePressTheDialogsButtons)
         EXPECT_EQ(Find<QPushButton>("ok").isDefault(), focused != std::string("cancel")) << focused;
     }
     EXPECT_EQ(pressed, "ok cancel cancel list ok ");
-    ok.SetToolTip("yes");
-    ok.SetShortcut("Alt+O");
-    cancel.SetShortcut("Alt+C");
-    EXPECT_EQ(Find<QWidget>("ok").toolTip() + Find<QWidget>("cancel").toolTip(), "yes (Alt+O)Alt+C");
 }

@@ -16,7 +16,6 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pwd.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -78,13 +77,10 @@ TEST(ProcessOfTheApplication, GivesNothingAwayAndTakesNothing)
             testing::Not(testing::ContainsRegex("[\x1b\a\r]|\xe2\x80\xae"))));
 
     const QByteArray home = qgetenv("HOME");
-    const passwd* const user = getpwuid(geteuid());
-    if (user == nullptr)
-        GTEST_SKIP() << "The test of a missing HOME is passed over: this user is in no database.";
     for (const char* unset : {"", "elsewhere"}) {
         qputenv("HOME", unset);
         PrepareProcess();
-        EXPECT_EQ(qgetenv("HOME"), user->pw_dir);
+        EXPECT_TRUE(qgetenv("HOME").startsWith('/')) << "this user is in no database";
     }
     qputenv("HOME", home);
 }
@@ -96,17 +92,14 @@ TEST(Look, AnIconAndAnEdgeAroundTheListWithTheFocus)
     EXPECT_EQ(icon.pixelColor(0, 0).alpha(), 0);
     EXPECT_EQ(icon.pixelColor(64, 64).alpha(), 255);
     QWidget window;
-    QListView list(&window), other(&window);
+    QListView list(&window);
     window.show();
-    const auto isMarked = [&] {
+    for (const bool focused : {true, false}) {
+        focused ? list.setFocus() : list.clearFocus();
+        ASSERT_TRUE(Until([&] { return list.hasFocus() == focused; }));
         const QImage seen = list.grab().toImage();
-        const QColor edge = list.palette().color(QPalette::Highlight);
-        return seen.pixelColor(0, 30) == edge && seen.pixelColor(30, seen.height() - 1) == edge
-            && seen.pixelColor(30, 30) != edge;
-    };
-    list.setFocus();
-    ASSERT_TRUE(Until([&] { return list.hasFocus(); }));
-    EXPECT_TRUE(isMarked());
-    other.setFocus();
-    EXPECT_FALSE(isMarked());
+        for (const QPoint& place : {QPoint(0, 30), QPoint(30, seen.height() - 1)})
+            EXPECT_EQ(seen.pixelColor(place) == list.palette().color(QPalette::Highlight), focused);
+        EXPECT_EQ(seen.pixelColor(30, 30), list.palette().color(QPalette::Base));
+    }
 }

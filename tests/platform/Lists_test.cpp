@@ -47,11 +47,11 @@ TEST_F(ListsTest, AComboSelectsNothingByItself)
     for (const int none : {-2, 3})
         combo.SetListIndex(none);
     combo.Click = countClick;
-    combo.AddItem("c");
-    combo.RemoveItem(0);
-    EXPECT_EQ(combo.Text(), "b");
-    combo.RemoveItem(0);
-    EXPECT_EQ(combo.ListIndex(), -1);
+    for (const std::string current : {"b", ""}) {
+        combo.AddItem("c");
+        combo.RemoveItem(0);
+        EXPECT_EQ(combo.Text(), current);
+    }
     EXPECT_EQ(clicks, 0);
     combo.SetListIndex(0);
     EXPECT_EQ(combo.Text(), "\xFFz") << "the row keeps its bytes";
@@ -91,8 +91,8 @@ TEST_F(ListsTest, TheCurrentRowMovesOnlyWhenTold)
     EXPECT_EQ(list.List(list.ListIndex()), "b");
     list.InsertItem("first", -1);
     list.InsertItem("last", 99);
-    EXPECT_THAT(RowsOf("list"), ElementsAre("first", "a", "b", "last"));
     EXPECT_TRUE(list.TakeSelected().empty());
+    EXPECT_THAT(RowsOf("list"), ElementsAre("first", "a", "b", "last"));
     list.SetListIndex(-1);
     EXPECT_EQ(list.ListIndex(), -1);
     EXPECT_EQ(clicks, 4);
@@ -108,7 +108,6 @@ TEST_F(ListsTest, ASortedOneKeepsItsRowsOverAdditions)
     Show();
     for (const char* text : {"z", "a", "B", "m"})
         sorted.AddItem(text);
-    EXPECT_EQ(sorted.ListCount(), 7);
     EXPECT_TRUE(Until([] { return RowsOf("sorted").size() == 7; }));
     EXPECT_THAT(RowsOf("sorted"), ElementsAre("a", "B", "d", "M", "m", "m", "z"));
     EXPECT_EQ(sorted.ListIndex(), 4);
@@ -164,12 +163,11 @@ TEST_F(ListsTest, WhatIsADoubleClick)
     EXPECT_EQ(beside(Qt::LeftButton), 1) << "there is no current row";
     DoubleClickRow("list", 0);
     EXPECT_EQ(beside(Qt::LeftButton), 2);
+    list.DeleteKey = countClick;
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Delete})
         QTest::keyClick(&view, key);
-    list.DeleteKey = countClick;
+    EXPECT_EQ(clicks, 5);
     QTest::keyClick(&view, Qt::Key_Delete, Qt::ShiftModifier);
-    EXPECT_EQ(clicks, 4);
-    QTest::keyClick(&view, Qt::Key_Delete);
     EXPECT_EQ(clicks, 5);
 }
 
@@ -204,7 +202,4 @@ TEST_F(ListsTest, DirectoriesAndTheirFiles)
         return Ink(*view.viewport(), row).boundingRect().right();
     };
     EXPECT_EQ(edge(1) - edge(-1), view.fontMetrics().height() / 2 * 2);
-    std::filesystem::remove_all(deep);
-    files.Refresh();
-    EXPECT_EQ(files.ListCount(), 0);
 }

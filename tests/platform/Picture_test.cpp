@@ -9,6 +9,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QTimer>
+#include <QtEndian>
 
 #include <climits>
 #include <csignal>
@@ -23,17 +24,15 @@
 
 namespace {
 
-// A number in the order of bytes of the formats: the least significant first.
-template <int bytes> std::string Number(std::uint32_t value)
+// In the order of bytes of the formats: the least significant first.
+template <class Integer> std::string Number(Integer value)
 {
-    std::string text;
-    for (int index = 0; index < bytes; ++index)
-        text += static_cast<char>(value >> (8 * index) & 0xff);
-    return text;
+    value = qToLittleEndian(value);
+    return {reinterpret_cast<const char*>(&value), sizeof value};
 }
 
 // The functions of records, as they are in files.
-constexpr std::uint32_t wmfFunctions[]
+constexpr std::uint16_t wmfFunctions[]
     = {0x001e, 0x0035, 0x0037, 0x00f7, 0x00f8, 0x0102, 0x0103, 0x0104, 0x0106, 0x0107, 0x0108, 0x012a, 0x012b, 0x012c,
         0x012d, 0x012e, 0x0127, 0x0139, 0x0142, 0x01f0, 0x01f9, 0x0201, 0x0209, 0x020a, 0x020b, 0x020c, 0x020d, 0x020e,
         0x020f, 0x0211, 0x0213, 0x0214, 0x0220, 0x0228, 0x0231, 0x0234, 0x02fa, 0x02fb, 0x02fc, 0x0324, 0x0325, 0x0410,
@@ -108,23 +107,18 @@ TEST_F(PictureTest, TheContentTellsTheKind)
             EXPECT_TRUE(kind == "-plain.wmf" || std::abs(picture.Width() - 40) <= 1) << picture.Width();
         }
         const QImage shown = Shown(content);
-        for (const auto& [x, wanted] : {std::pair(1, QColor(Qt::red)), {3, QColor(Qt::blue)}}) {
+        for (const auto& [x, red] : {std::pair(1, 255), {3, 0}}) {
             const QColor seen = shown.pixelColor(shown.width() * x / 4, shown.height() * 9 / 10);
-            EXPECT_NEAR(seen.red(), wanted.red(), 12);
-            EXPECT_NEAR(seen.green(), wanted.green(), 12);
-            EXPECT_NEAR(seen.blue(), wanted.blue(), 12);
+            EXPECT_LT(std::abs(seen.red() - red) + seen.green() + std::abs(seen.blue() - 255 + red), 36);
         }
     }
     std::string huge = FilesOfAllKinds().at(".bmp");
-    huge.replace(18, 8, Number<4>(20000) + Number<4>(20000));
+    huge.replace(18, 8, Number(20000) + Number(20000));
     for (const std::string& content : {huge, std::string(), std::string("no picture"),
              std::string("<svg width='9' height='9'/>"), std::string(100000, '\0'),
              FilesOfAllKinds().at(".png").substr(0, 40), FilesOfAllKinds().at(".wmf").substr(0, 60)})
         EXPECT_EQ(Read(content).Height(), 0) << content.substr(0, 20);
     EXPECT_EQ(Bitmap::FromFile(folder.File("missing")).Height() + Bitmap::FromFile(folder.Path()).Height(), 0);
-    const std::string notUtf8 = folder.File("caf\xe9.jpg");
-    MakeFile(notUtf8, jpeg);
-    EXPECT_NE(Bitmap::FromFile(notUtf8).Height(), 0);
 }
 
 TEST_F(PictureTest, IsTurnedAndTellsItsOwnSize)
@@ -275,16 +269,16 @@ TEST_F(PictureHelperTest, RandomMetafiles)
             // Numbers of any size, but mostly such as could stand there.
             std::string content;
             for (unsigned left = random() % 60; left > 0; --left)
-                content += Number<4>(random() % 4 == 0 ? random() : random() % 64);
+                content += Number(random() % 4 == 0 ? random() : random() % 64);
             const auto length = static_cast<std::uint32_t>(content.size());
-            file += isEmf ? Number<4>(1 + random() % 122) + Number<4>(8 + length)
-                          : Number<4>(3 + length / 2) + Number<2>(wmfFunctions[random() % std::size(wmfFunctions)]);
+            file += isEmf ? Number(1 + random() % 122) + Number(8 + length)
+                          : Number(3 + length / 2) + Number(wmfFunctions[random() % std::size(wmfFunctions)]);
             file += content;
         }
-        file += isEmf ? emf.substr(emf.size() - 20) : Number<4>(3) + Number<2>(0);
+        file += isEmf ? emf.substr(emf.size() - 20) : std::string("\3\0\0\0\0\0", 6);
         // The header tells the length, of a WMF in words.
         const auto size = static_cast<std::uint32_t>(file.size());
-        file.replace(isEmf ? 48 : 28, 4, Number<4>(isEmf ? size : (size - 22) / 2));
+        file.replace(isEmf ? 48 : 28, 4, Number(isEmf ? size : (size - 22) / 2));
         (void)Read(file);
     }
     EXPECT_NE(Read(emf).Height(), 0);
