@@ -3,8 +3,6 @@
 #include "forms/frmTamarack.h"
 
 #include <QProcess>
-#include <QTabBar>
-#include <QTabWidget>
 #include <QTest>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -15,13 +13,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Text(const QRect& place)
-{
-    QString text;
-    QDebug(&text) << place;
-    return text.toStdString();
-}
 
 // The four numbers behind these labels, in their order.
 QList<int> Numbers(const std::string& text, std::initializer_list<const char*> labels)
@@ -109,8 +100,7 @@ public:
         std::string window;
         if (!Until([&] { return !(window = Window(title)).empty(); }))
             throw std::runtime_error("There is no window " + title);
-        const QRect place = Settled(window);
-        EXPECT_TRUE(room.contains(place)) << title << ": " << Text(place);
+        EXPECT_TRUE(room.contains(Settled(window))) << title;
         return window;
     }
 
@@ -147,8 +137,7 @@ public:
             return (now.topLeft() - place.topLeft()).manhattanLength() <= 2
                 && (now.bottomRight() - place.bottomRight()).manhattanLength() <= 2;
         };
-        EXPECT_TRUE(Until([&] { return isThere(Place(window)); }, std::chrono::seconds(3)) && isThere(Settled(window)))
-            << Text(Place(window)) << " and not " << Text(place);
+        EXPECT_TRUE(Until([&] { return isThere(Place(window)); }, std::chrono::seconds(3)) && isThere(Settled(window)));
     }
 
     void ExpectMiddle(const std::string& window, QPoint middle) const
@@ -198,16 +187,7 @@ public:
     void Click(const std::string& control) const
     {
         const QWidget& widget = Find<QWidget>(control);
-        const auto click = [&](const QWidget& part, QPoint place) {
-            Click(Main(), QPointF(part.mapTo(part.window(), place)) / part.window()->width());
-        };
-        ::Click(control);
-        for (const char* strip : {"SSTMain", "SSTab1"}) {
-            const auto& tabs = Find<QTabWidget>(strip);
-            if (tabs.isAncestorOf(&widget))
-                click(*tabs.tabBar(), tabs.tabBar()->tabRect(tabs.currentIndex()).center());
-        }
-        click(widget, widget.rect().center());
+        Click(Main(), QPointF(widget.mapTo(widget.window(), widget.rect().center())) / widget.window()->width());
     }
 
     std::string Choose(const std::string& keys, const std::string& title) const
@@ -305,10 +285,6 @@ TEST(Windows, ComeBackWhereTheyWere)
         EXPECT_TRUE(screen.HasEnded());
         EXPECT_THAT(FilesBelow(screen.temporary), testing::IsEmpty());
 
-        std::string groups;
-        for (int group = 0; group < 50; ++group)
-            groups += "alt.kites\r\n";
-        MakeFile(screen.folder.File("home/Tamarack/#!@!.news.example.com"), groups);
         screen.Start();
         screen.Do(screen.Opened("The Tamarack"), "key Return");
         const std::string main = screen.Opened("Tamarack -- ");
@@ -318,21 +294,14 @@ TEST(Windows, ComeBackWhereTheyWere)
         }
 
         // Dialogs over the main window, and as near to it as the screen lets them.
-        const auto dialog = [&](const char* control, const char* title) {
-            SCOPED_TRACE(title);
-            screen.Click(control);
-            const std::string window = screen.Opened(title);
+        for (const QPoint& corner : {QPoint(90, 60), QPoint(screen.room.width() - 200, screen.room.height() - 150)}) {
+            screen.Move(main, {corner, QSize(-1, -1)});
+            screen.Click("cmdSelectDir");
+            const std::string dialog = screen.Opened("Select the image destination");
             if (const QRect place = screen.Place(main); screen.room.contains(place))
-                screen.ExpectMiddle(window, place.center());
-            screen.Do(window, "key Escape");
-        };
-        screen.Move(main, {90, 160, -1, -1});
-        screen.Click("lstSelectedGroups");
-        dialog("Command4", "Set Article Pointer");
-        dialog("cmdAddNewsServer", "Add News Server");
-        dialog("cmdSelectDir", "Select the image destination");
-        screen.Move(main, {screen.room.width() - 200, screen.room.height() - 150, -1, -1});
-        dialog("cmdSelectDir", "Select the image destination");
+                screen.ExpectMiddle(dialog, place.center());
+            screen.Do(dialog, "key Escape");
+        }
         screen.ExpectMiddle(screen.Choose("alt+h Down Return", "About "), screen.room.center());
     }
 }
