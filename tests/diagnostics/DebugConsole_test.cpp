@@ -9,8 +9,8 @@
 #include <QScrollBar>
 #include <QTest>
 
-using testing::AllOf;
-using testing::HasSubstr;
+#include <filesystem>
+
 using testing::StartsWith;
 
 namespace {
@@ -46,9 +46,7 @@ TEST_F(DebugConsoleTest, AllTrafficIsLoggedWhileItIsOpen)
     Forget();
     Search();
     const std::string log = ContentOf(logFile);
-    EXPECT_THAT(log,
-        AllOf(StartsWith("@"), HasSubstr("#group alt.kites\r\n"), HasSubstr("\r\n211 "),
-            HasSubstr("begin 644 kite.jpg")));
+    EXPECT_THAT(log, testing::ContainsRegex("^@.*#group alt.kites\r\n211 .*begin 644 kite.jpg"));
     const std::string shown = Shown();
     EXPECT_EQ(QString::fromStdString(shown).replace("\n", "\r\n").toStdString(), log);
 
@@ -59,9 +57,9 @@ TEST_F(DebugConsoleTest, AllTrafficIsLoggedWhileItIsOpen)
     EXPECT_THAT(ContentOf(logFile), StartsWith("#stat 2\r\n223 2 "));
     EXPECT_THAT(Shown(), StartsWith(shown));
     WindowNamed("frmDebug")->close();
-    const std::string before = ContentOf(logFile);
+    std::filesystem::remove(logFile);
     Search();
-    EXPECT_EQ(ContentOf(logFile), before);
+    EXPECT_FALSE(FileExists(logFile));
     Open("frmShowPicture/Image1");
     EXPECT_EQ(Shown(), "");
 }
@@ -134,8 +132,7 @@ TEST_F(DebugConsoleTest, OldTextGoesAndTroubleIsTold)
 
     TypeInto("txtLogFile", ProgramFile("no such directory/debug.log"));
     session.DebugLog("e");
-    ASSERT_EQ(desktop.BoxTitles(), std::vector<std::string>{"Access Error"});
-    EXPECT_THAT(desktop.boxes[0].text, AllOf(StartsWith("Tamarack\r\n"), HasSubstr("no such directory")));
+    EXPECT_EQ(desktop.BoxTitles(), std::vector<std::string>{"Access Error"});
 
     QWidget& window = *WindowNamed("frmDebug");
     const int width = area.width();

@@ -58,10 +58,10 @@ TEST_F(HelpTest, EachControlAndWindowHasItsTopic)
             << widget->objectName().toStdString();
     }
     // Most have no topic of their own.
-    for (const auto& [control, topic] : {std::pair{"txtNamed", "Name & Location  140"},
-             {"chkGroupSubDir", "Name & Location  1010"}, {"lblUserName", "Server Setup  1030"},
-             {"StatusBar2", "News Groups  1040"}, {"lblNewsGroups", "News Groups  1042"},
-             {"cmdClear(1)", "The preview strip  1050"}, {"cmdStop", "What Tamarack does"}})
+    for (const auto& [control, topic] :
+        {std::pair{"txtNamed", "Name & Location  140"}, {"chkGroupSubDir", "Name & Location  1010"},
+            {"lblUserName", "Server Setup  1030"}, {"lblNewsGroups", "News Groups  1042"},
+            {"cmdClear(1)", "The preview strip  1050"}, {"cmdStop", "What Tamarack does"}})
         EXPECT_EQ(TopicOf(Find<QWidget>(control)), topic) << control;
     SelectTab("SSTMain", 1);
     EXPECT_EQ(TopicIn("frmTamarack"), "Advanced Filtering  1020") << "on the tabs themselves";
@@ -78,9 +78,9 @@ TEST_F(HelpTest, PagesAreFoundAndGoneBackTo)
     ChooseMenu("mnuHelpTopics");
     EXPECT_EQ(Shown(), "What Tamarack does");
     ChooseMenu("mnuSlideShow");
+    EXPECT_EQ(TopicIn("frmSlideShow"), "The slide show  1070");
     ChooseMenu("mnuTips");
     EXPECT_EQ(Shown(), "The slide show  1180");
-    EXPECT_EQ(TopicIn("frmSlideShow"), "The slide show  1070");
     TypeInto("txtSearch", "RETENTION");
     Click("cmdSearch");
     TypeInto("txtSearch", "Backspace"); // not searched for yet
@@ -107,17 +107,15 @@ TEST_F(HelpTest, PagesAreFoundAndGoneBackTo)
 TEST_F(HelpTest, F1InModalWindows)
 {
     Start();
-    for (const bool closed : {true, false}) {
-        WhenUp("frmNewsServer", [&] {
-            EXPECT_EQ(TopicIn("frmNewsServer"), "Server Setup  550");
-            ClickInWindow(closed ? "frmHelp/cmdClose" : "frmHelp/cmdContents");
-            EXPECT_EQ(Shown(), closed ? "" : "What Tamarack does");
-            ClickInWindow("frmNewsServer/cmdCancel");
-        });
-        Click("cmdAddNewsServer");
-        EXPECT_FALSE(IsVisible("frmNewsServer"));
-        EXPECT_NE(IsVisible("frmHelp"), closed);
-    }
+    WhenUp("frmNewsServer", [&] {
+        EXPECT_EQ(TopicIn("frmNewsServer"), "Server Setup  550");
+        ClickInWindow("frmHelp/cmdContents");
+        EXPECT_EQ(Shown(), "What Tamarack does");
+        ClickInWindow("frmHelp/cmdClose");
+        ClickInWindow("frmNewsServer/cmdCancel");
+    });
+    Click("cmdAddNewsServer");
+    EXPECT_FALSE(IsVisible("frmNewsServer") || IsVisible("frmHelp"));
     WhenUp("frmAbout", [] {
         EXPECT_THAT(TextOf("frmAbout/Label1(2)"), testing::MatchesRegex("Version [0-9]+\\.[0-9]+"));
         EXPECT_FALSE(Find<QLabel>("frmAbout/Image1").pixmap(Qt::ReturnByValue).isNull());

@@ -3,14 +3,12 @@
 #include "platform/Buttons.h"
 #include "platform/Frame.h"
 #include "platform/Label.h"
-#include "platform/ListBox.h"
 #include "platform/StatusBar.h"
 #include "platform/Stepper.h"
 #include "platform/TabStrip.h"
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QToolButton>
@@ -135,12 +133,6 @@ TEST_F(ControlsTest, TheFocusComesBackToWhatTheProgramTookAway)
             }
         }
     }
-    inside.SetFocus();
-    for (const bool allowed : {false, true}) {
-        inside.SetVisible(allowed);
-        inside.SetEnabled(allowed);
-    }
-    EXPECT_TRUE(Find<QWidget>("inside").hasFocus());
     EXPECT_EQ(clicks, 0) << "behind what brought it";
     DoEvents();
     EXPECT_EQ(clicks, 4);
@@ -223,25 +215,4 @@ TEST_F(ControlsTest, AStatusPanelPaintsEachTextAndAPadlock)
     const QRect room(2, 2, panel.indent(), panel.height() - 4);
     EXPECT_GT(Ink(panel, room).boundingRect().height(), panel.fontMetrics().ascent() * 3 / 4);
     EXPECT_GE(Ink(panel, panel.rect().adjusted(panel.indent() - 2, 2, -2, -2)).boundingRect().width(), text - 6);
-}
-
-TEST_F(ControlsTest, EnterAndEscapePressTheDialogsButtons)
-{
-    TextBox field(window, "field", {0, 0, 900, 300});
-    ListBox list(window, "list", {0, 1200, 2000, 1500});
-    CommandButton ok(window, "ok", "OK", {3000, 0, 900, 300});
-    CommandButton cancel(window, "cancel", "Cancel", {3000, 300, 900, 300});
-    std::string pressed;
-    window.SetDialogButtons(ok, cancel);
-    ok.Click = [&] { pressed += "ok "; };
-    cancel.Click = [&] { pressed += "cancel "; };
-    list.DblClick = [&] { pressed += "list "; };
-    Show();
-    for (const auto& [focused, key] : {std::pair("field", Qt::Key_Return), {"cancel", Qt::Key_Return},
-             {"field", Qt::Key_Escape}, {"list", Qt::Key_Enter}, {"ok", Qt::Key_Enter}}) {
-        Find<QWidget>(focused).setFocus();
-        QTest::keyClick(&Find<QWidget>(focused), key);
-        EXPECT_EQ(Find<QPushButton>("ok").isDefault(), focused != std::string("cancel")) << focused;
-    }
-    EXPECT_EQ(pressed, "ok cancel cancel list ok ");
 }

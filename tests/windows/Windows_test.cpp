@@ -3,11 +3,11 @@
 #include "forms/frmTamarack.h"
 
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTest>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -81,15 +81,9 @@ public:
     std::string Window(const std::string& title) const
     {
         // 0x00600006  0 host Tamarack Help
-        std::istringstream rows(Run("wmctrl -l"));
-        for (std::string row; std::getline(rows, row);) {
-            std::string window, desktop, host, rest;
-            std::istringstream fields(row);
-            fields >> window >> desktop >> host >> std::ws;
-            if (std::getline(fields, rest) && rest.starts_with(title))
-                return window;
-        }
-        return {};
+        const QRegularExpression row(
+            "(0x\\w+) +\\S+ \\S+ " + QRegularExpression::escape(QString::fromStdString(title)));
+        return row.match(QString::fromStdString(Run("wmctrl -l"))).captured(1).toStdString();
     }
     std::string Main() const { return Window("Tamarack -- "); }
 
