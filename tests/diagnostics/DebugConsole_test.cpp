@@ -64,37 +64,27 @@ TEST_F(DebugConsoleTest, AllTrafficIsLoggedWhileItIsOpen)
     EXPECT_EQ(Shown(), "");
 }
 
-// Whatever sends commands keeps the others from it, whichever of them was first.
+// While one command waits, whatever sends another is disabled.
 TEST_F(DebugConsoleTest, OneCommandAtATime)
 {
-    ScriptedServer server("S: 200\nC: group alt.kites\nS: 211 2 1 2 alt.kites\nC: next\nS: 223 2 <a>\nC: body 2\n"
-                          "X: pause\nS: 222\nS: begin 644 kite.jpg\nS: #<F5D\nS: `\nS: end\nS: .\nC: next\nS: 421\n"
-                          "C: help\nX: pause\nS: 100 help\nS: next\nS: .\n"
+    ScriptedServer server("S: 200\nC: help\nX: pause\nS: 100 help\nS: next\nS: .\n"
                           // A text that is still on its way is no reply to anything; "group" has none.
                           "C: date\nS: 215 groups\nX: connect\nS: 200\nC: group alt.kites\nS: 211 2 1 2 alt.kites\n"
-                          "C: stat 2\nS: 223 2 <a>\n");
-    const std::vector<std::string> commands = {"cmdFindNow", "cmdRefresh", "cmdRefreshDisk", "cmdCmd(0)", "cmdCmd(1)"};
+                          "C: stat 2\nS: 223 2 <a>\nC: next\nX: pause\nS: 421\n");
     const auto expectEnabled = [&](bool enabled) {
-        for (const std::string& command : commands)
+        for (const char* command : {"cmdFindNow", "cmdRefresh", "cmdRefreshDisk", "cmdCmd(0)", "cmdCmd(1)"}) {
             EXPECT_EQ(IsEnabled(command), enabled) << command;
+            if (!enabled)
+                Click(command);
+        }
         EXPECT_EQ(IsEnabled("mnuFindNow") && IsEnabled("cboNewsServer"), enabled);
     };
-    server.OnPause = [&](const std::string&) {
-        expectEnabled(false);
-        for (const std::string& command : commands)
-            Click(command);
-        QTest::keyClick(&Find<QWidget>("TxtManual"), Qt::Key_Return);
-    };
+    server.OnPause = [&](const std::string&) { expectEnabled(false); };
     Start({"alt.kites"}, server.Port());
-    Check("chkAllArticles", true);
     Open();
-    Search();
-    expectEnabled(true);
-    EXPECT_EQ(ContentOf(destination + "alt.kites/kite.jpg"), "red");
-    EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(2, "alt.kites"));
     Click("cmdCmd(0)");
     expectEnabled(true);
-    for (const char* const line : {"date", "group alt.kites", "stat 2"}) {
+    for (const char* const line : {"date", "group alt.kites", "stat 2", "next"}) {
         TypeInto("TxtManual", line);
         QTest::keyClick(&Find<QWidget>("TxtManual"), Qt::Key_Return);
     }

@@ -20,12 +20,11 @@ TEST(MainForm, PanelsHaveRoomForTheirLongestTexts)
     const QFont ownFont = QApplication::font();
     for (const QFont& font : {ownFont, QFont(ownFont.family(), 20)}) {
         for (const char* locale : {"C", "en_US", "de_DE", "el_GR", "hu_HU", "zh_TW"}) {
-            SCOPED_TRACE(locale);
             QApplication::setFont(font);
             QLocale::setDefault(QLocale(QLatin1String(locale)));
             frmTamarack form;
-            form.SetVisible(true);
             form.SSTMain.SetTab(3);
+            form.SetVisible(true);
             form.StatusBar1.Panels(4).SetStyle(PanelStyle::Time);
             form.StatusBar1.Panels(1).SetPadlock(std::string_view(locale) != "C");
             DoEvents();
@@ -123,13 +122,12 @@ TEST(DirectoryWalking, AnotherVolumeOpensAtItsTop)
     volumes.AddItem("/no such volume");
     const QWidget& window = *WindowNamed("frmTamarack");
     desktop.whileBoxIsUp = [&](const TestDesktop::Box& box) {
-        EXPECT_EQ(box.text + "|" + box.title, "You need to put a disk in the drive|Error");
+        EXPECT_EQ(box.text, "You need to put a disk in the drive");
         EXPECT_EQ(window.cursor().shape(), Qt::WaitCursor);
     };
     EXPECT_TRUE(volumes.SelectText("/no such volume"));
-    EXPECT_EQ(desktop.boxes.size(), 1U);
     EXPECT_EQ(window.cursor().shape(), Qt::ArrowCursor);
-    EXPECT_EQ(directories.Path() + volumes.Text(), "//");
+    EXPECT_EQ(directories.Path() + volumes.Text() + std::to_string(desktop.boxes.size()), "//1");
 }
 
 // The margin is taken off each side, and once more off the width of what is too high.

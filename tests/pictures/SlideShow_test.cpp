@@ -21,9 +21,8 @@ protected:
     {
         for (int number = 1; number <= pictures; ++number)
             MakeFile(destination + "p" + std::to_string(number) + (number % 2 ? ".jpg" : ".GIF"), Drawn(number));
-        MakeFile(destination + "p2a.bmp", "no picture");
-        MakeFile(destination + ".p3.jpg", "hidden");
-        MakeFile(destination + "p3.png", "another kind");
+        for (const char* name : {"p2a.bmp", ".p3.jpg", "p3.png"})
+            MakeFile(destination + name, "no picture");
         Start();
         ChooseMenu("mnuSlideShow");
         EXPECT_EQ(Image(), "Total: " + std::to_string(pictures + 1));
@@ -119,7 +118,6 @@ TEST_F(SlideShowTest, ThePictureOfAPane)
     Click(Button(4));
     EXPECT_TRUE(ShowsNothing(2) && !IsHighlighted(2));
     EXPECT_EQ(NameIn(2), "p3.jpg");
-    EXPECT_TRUE(FileExists(destination + "p3.jpg"));
 
     // With the keyboard, and with a double click, which is a click too.
     QTest::keyClick(&Frame(1), Qt::Key_Space);
