@@ -25,8 +25,7 @@ def wait_for(what, condition):
 
 class Node:
     def __init__(self, bus, reference):
-        self.bus, (self.service, self.path) = bus, reference
-        self.proxy = bus.get_object(*reference, introspect=False)
+        self.bus, self.proxy = bus, bus.get_object(*reference, introspect=False)
 
     def name(self):
         return str(self.proxy.Get(ACCESSIBLE, "Name", dbus_interface="org.freedesktop.DBus.Properties"))
@@ -34,63 +33,55 @@ class Node:
     def role(self):
         return str(self.proxy.GetRoleName(dbus_interface=ACCESSIBLE))
 
+    def children(self):
+        return [Node(self.bus, child) for child in self.proxy.GetChildren(dbus_interface=ACCESSIBLE)]
+
     def below(self):
-        for child in self.proxy.GetChildren(dbus_interface=ACCESSIBLE):
-            node = Node(self.bus, child)
+        for node in self.children():
             # The list that a combo box opens is part of it.
-            if node.role() == "list" and self.role() == "combo box":
-                continue
-            yield node
-            yield from node.below()
+            if node.role() != "list" or self.role() != "combo box":
+                yield node
+                yield from node.below()
 
-    def press(self):
+    def press(self, role, name):
+        node = wait_for(name, lambda: next((n for n in self.below() if (n.role(), n.name()) == (role, name)), None))
         # A dialog answers only when it is closed.
-        self.proxy.get_dbus_method("DoAction", "org.a11y.atspi.Action")(dbus.Int32(0), ignore_reply=True)
+        node.proxy.get_dbus_method("DoAction", "org.a11y.atspi.Action")(dbus.Int32(0), ignore_reply=True)
 
 
-def main():
-    home = tempfile.TemporaryDirectory()
-    display = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
-                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-    screen = ":" + display.stdout.readline().decode().strip()
-    launcher = subprocess.Popen(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"], stderr=subprocess.DEVNULL)
-    environment = dict(os.environ, DISPLAY=screen, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb",
-                       XDG_DATA_HOME=home.name, XDG_CONFIG_HOME=home.name)
-    session = dbus.SessionBus()
-    wait_for("the accessibility bus", lambda: session.name_has_owner("org.a11y.Bus"))
-    address = session.get_object("org.a11y.Bus", "/org/a11y/bus").GetAddress(dbus_interface="org.a11y.Bus")
-    bus = dbus.bus.BusConnection(str(address))
-    nameless, controls = [], 0
-    demo = subprocess.Popen([sys.argv[1]], env=environment, stdout=subprocess.DEVNULL)
-    try:
-        root = Node(bus, ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"))
-        program = wait_for("the program", lambda: next(root.below(), None))
-        windows = lambda: [Node(bus, child) for child in program.proxy.GetChildren(dbus_interface=ACCESSIBLE)]
-
-        def press(role, name):
-            wait_for(name, lambda: next((n for n in program.below() if (n.role(), n.name()) == (role, name)), None)).press()
-
-        wait_for("the main window", lambda: any(w.name().startswith("Tamarack --") for w in windows()))
-        for role, name, close in (("menu item", "Slide Show", None), ("menu item", "Sizeable Viewer", None),
-                                  ("menu item", "Help Topics", None), ("menu item", "About", "OK"),
-                                  ("push button", "Add News Server...", "Cancel"),
-                                  ("push button", "Select Destination Drive", "Cancel")):
-            before = len(windows())
-            press(role, name)
-            wait_for("the window of " + name, lambda: len(windows()) > before)
-            seen = [(node.role(), node.name()) for node in program.below()]
-            if close:
-                press("push button", close)
-                wait_for("the end of " + name, lambda: len(windows()) == before)
-            nameless += [role + " in " + name for role, text in seen if role in SPEAKING and not text]
-            controls += sum(role in SPEAKING for role, text in seen)
-    finally:
-        for process in (demo, launcher, display):
-            process.terminate()
-            process.wait()
-    print(controls, "controls")
-    if nameless or controls < 500:
-        sys.exit("without a name: " + ", ".join(sorted(set(nameless))))
-
-
-main()
+home = tempfile.TemporaryDirectory()
+display = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
+                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+screen = ":" + display.stdout.readline().decode().strip()
+launcher = subprocess.Popen(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"], stderr=subprocess.DEVNULL)
+environment = dict(os.environ, DISPLAY=screen, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb",
+                   XDG_DATA_HOME=home.name, XDG_CONFIG_HOME=home.name)
+session = dbus.SessionBus()
+wait_for("the accessibility bus", lambda: session.name_has_owner("org.a11y.Bus"))
+address = session.get_object("org.a11y.Bus", "/org/a11y/bus").GetAddress(dbus_interface="org.a11y.Bus")
+demo = subprocess.Popen([sys.argv[1]], env=environment, stdout=subprocess.DEVNULL)
+nameless, controls = set(), 0
+try:
+    root = Node(dbus.bus.BusConnection(str(address)), ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"))
+    program = wait_for("the program", lambda: next(root.below(), None))
+    wait_for("the main window", lambda: any(w.name().startswith("Tamarack --") for w in program.children()))
+    for role, name, close in (("menu item", "Slide Show", None), ("menu item", "Sizeable Viewer", None),
+                              ("menu item", "Help Topics", None), ("menu item", "About", "OK"),
+                              ("push button", "Add News Server...", "Cancel"),
+                              ("push button", "Select Destination Drive", "Cancel")):
+        before = len(program.children())
+        program.press(role, name)
+        wait_for("the window of " + name, lambda: len(program.children()) > before)
+        seen = [(node.role(), node.name()) for node in program.below()]
+        if close:
+            program.press("push button", close)
+            wait_for("the end of " + name, lambda: len(program.children()) == before)
+        nameless |= {role + " in " + name for role, text in seen if role in SPEAKING and not text}
+        controls += sum(role in SPEAKING for role, text in seen)
+finally:
+    for process in (demo, launcher, display):
+        process.terminate()
+        process.wait()
+print(controls, "controls")
+if nameless or controls < 500:
+    sys.exit("without a name: " + ", ".join(sorted(nameless)))

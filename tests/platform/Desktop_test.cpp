@@ -16,109 +16,71 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pwd.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-TEST(ShellOpen, TellsWhetherSomethingOpensTheDocument)
+TEST(DesktopTest, TellsWhetherSomethingOpensTheDocument)
 {
     const QByteArray path = qgetenv("PATH");
     const TemporaryFolder folder;
     const std::string opener = folder.File("xdg-open");
     const std::string address = AddressOfFile(folder.File("a page.html"));
     qputenv("PATH", folder.Path().c_str());
-    struct Row {
-        const char* what;
-        const char* script;
-        bool works;
-    };
+    qputenv("ADDRESS", address.c_str());
     Desktop desktop;
-    for (const Row& row : {Row{"no opener", nullptr, false}, Row{"no program for it", "exit 3", false},
-             Row{"it is handed on", "[ \"$1\" = \"$ADDRESS\" ]", true},
-             Row{"the program stays", "exec /bin/sleep 1.5", true}, Row{"it crashes", "kill -SEGV $$", false}}) {
-        SCOPED_TRACE(row.what);
-        qputenv("ADDRESS", address.c_str());
-        if (row.script != nullptr) {
-            MakeFile(opener, std::string("#!/bin/sh\n") + row.script + '\n');
-            std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
-        }
-        EXPECT_EQ(desktop.ShellOpen(address), row.works);
+    EXPECT_FALSE(desktop.ShellOpen(address)) << "no opener";
+    for (const auto& [script, works] : {std::pair("exit 3", false), {"[ \"$1\" = \"$ADDRESS\" ]", true},
+             {"exec /bin/sleep 1.5", true}, {"kill -SEGV $$", false}}) {
+        MakeFile(opener, std::string("#!/bin/sh\n") + script + '\n');
+        std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
+        EXPECT_EQ(desktop.ShellOpen(address), works) << script;
     }
     qputenv("PATH", path);
     // What is kept for the program that stays goes with it.
-    EXPECT_TRUE(Until([] { return waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) != 0 && errno == ECHILD; }));
+    EXPECT_TRUE(Until([&] { return waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) != 0 && errno == ECHILD; }));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-TEST(MsgBox, GivesWhatTheUserAnswers)
+TEST(DesktopTest, ABoxGivesWhatTheUserAnswers)
 {
-    struct Row {
-        MessageButtons buttons;
-        Qt::Key key;
-        MessageAnswer answer;
-    };
-    for (const Row& row : {Row{MessageButtons::Ok, Qt::Key_Escape, MessageAnswer::Ok},
-             Row{MessageButtons::Ok, Qt::Key_Return, MessageAnswer::Ok},
-             Row{MessageButtons::OkCancel, Qt::Key_Return, MessageAnswer::Ok},
-             Row{MessageButtons::OkCancel, Qt::Key_Escape, MessageAnswer::Cancel},
-             Row{MessageButtons::YesNo, Qt::Key_Return, MessageAnswer::Yes},
-             Row{MessageButtons::YesNo, Qt::Key_Escape, MessageAnswer::No}}) {
-        QTimer::singleShot(0, [&] {
+    for (const auto& [buttons, key, answer] : {std::tuple(MessageButtons::Ok, Qt::Key_Escape, MessageAnswer::Ok),
+             {MessageButtons::Ok, Qt::Key_Return, MessageAnswer::Ok},
+             {MessageButtons::OkCancel, Qt::Key_Return, MessageAnswer::Ok},
+             {MessageButtons::OkCancel, Qt::Key_Escape, MessageAnswer::Cancel},
+             {MessageButtons::YesNo, Qt::Key_Return, MessageAnswer::Yes},
+             {MessageButtons::YesNo, Qt::Key_Escape, MessageAnswer::No}}) {
+        QTimer::singleShot(0, [pressed = key] {
             auto& box = dynamic_cast<QMessageBox&>(*QApplication::activeModalWidget());
             EXPECT_EQ(box.windowTitle() + "|" + box.text(), QStringLiteral("t\uFFFD|a\n<b>b</b>\uFFFD"));
             EXPECT_EQ(box.textFormat(), Qt::PlainText);
             EXPECT_EQ(box.cursor().shape(), Qt::ArrowCursor);
-            QTest::keyClick(&box, row.key);
+            QTest::keyClick(&box, pressed);
         });
-        EXPECT_EQ(Desktop().MsgBox("a\r\n<b>b</b>\u202E", "t\u202E", row.buttons), row.answer);
+        EXPECT_EQ(Desktop().MsgBox("a\r\n<b>b</b>\u202E", "t\u202E", buttons), answer);
     }
 }
 
-TEST(Sleep, ShowsWhatWasSetJustBefore)
-{
-    struct Window : QWidget {
-        void paintEvent(QPaintEvent*) override { ++paints; }
-        int paints = 0;
-    } shown, hidden;
-    shown.show();
-    ASSERT_TRUE(Until([&] { return shown.paints > 0; }));
-    const int before = shown.paints;
-    Desktop().Sleep(std::chrono::milliseconds(1));
-    EXPECT_EQ(shown.paints, before + 1);
-    EXPECT_EQ(hidden.paints, 0);
-}
-
 // Each test program has an application, as the program has.
-TEST(ProcessOfTheApplication, GivesNothingAway)
+TEST(ProcessOfTheApplication, GivesNothingAwayAndTakesNothing)
 {
     EXPECT_EQ(QCoreApplication::libraryPaths(), QStringList{QLibraryInfo::path(QLibraryInfo::PluginsPath)});
     EXPECT_EQ(prctl(PR_GET_DUMPABLE), 0);
     rlimit core{};
     ASSERT_EQ(getrlimit(RLIMIT_CORE, &core), 0);
     EXPECT_EQ(core.rlim_max, 0U);
-}
-
-TEST(ProcessOfTheApplication, TheToolkitsMessagesHoldNoControls)
-{
     testing::internal::CaptureStderr();
     qWarning("profile \x1b]0;owned\a\x9b\r\xe2\x80\xae named so");
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
         testing::AllOf(testing::HasSubstr("profile"), testing::EndsWith(" named so\n"),
             testing::Not(testing::ContainsRegex("[\x1b\a\r]|\xe2\x80\xae"))));
-}
 
-TEST(ProcessOfTheApplication, HasAHomeThatNobodyElseCanMake)
-{
     const QByteArray home = qgetenv("HOME");
-    const passwd* const user = getpwuid(geteuid());
-    if (user == nullptr)
-        GTEST_SKIP() << "The test of a missing HOME is passed over: this user is in no database.";
     for (const char* unset : {"", "elsewhere"}) {
         qputenv("HOME", unset);
         PrepareProcess();
-        EXPECT_EQ(qgetenv("HOME"), user->pw_dir);
+        EXPECT_TRUE(qgetenv("HOME").startsWith('/')) << "this user is in no database";
     }
     qputenv("HOME", home);
 }
@@ -130,18 +92,14 @@ TEST(Look, AnIconAndAnEdgeAroundTheListWithTheFocus)
     EXPECT_EQ(icon.pixelColor(0, 0).alpha(), 0);
     EXPECT_EQ(icon.pixelColor(64, 64).alpha(), 255);
     QWidget window;
-    QListView list(&window), other(&window);
+    QListView list(&window);
     window.show();
-    const auto isMarked = [&] {
+    for (const bool focused : {true, false}) {
+        focused ? list.setFocus() : list.clearFocus();
+        ASSERT_TRUE(Until([&] { return list.hasFocus() == focused; }));
         const QImage seen = list.grab().toImage();
-        const QColor edge = list.palette().color(QPalette::Highlight);
-        return seen.pixelColor(0, 30) == edge && seen.pixelColor(30, seen.height() - 1) == edge
-            && seen.pixelColor(30, 30) != edge;
-    };
-    list.setFocus();
-    ASSERT_TRUE(Until([&] { return list.hasFocus(); }));
-    EXPECT_TRUE(isMarked());
-    other.setFocus();
-    EXPECT_FALSE(isMarked());
-    EXPECT_FALSE(QApplication::quitOnLastWindowClosed());
+        for (const QPoint& place : {QPoint(0, 30), QPoint(30, seen.height() - 1)})
+            EXPECT_EQ(seen.pixelColor(place) == list.palette().color(QPalette::Highlight), focused);
+        EXPECT_EQ(seen.pixelColor(30, 30), list.palette().color(QPalette::Base));
+    }
 }
