@@ -5,8 +5,7 @@
 #include <string>
 #include <string_view>
 
-// Takes pictures of windows to a directory, and tells on the output where a text in them is cut off, or has a contrast
-// of less than 4.5 to 1 (WCAG 2.1, 1.4.3). Texts of what is disabled do not count.
+// Takes pictures of windows to a directory, and tells on the output what is hard to see in them.
 class Camera {
 public:
     // Makes the directory.
