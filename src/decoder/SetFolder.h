@@ -55,8 +55,8 @@ public:
     // must not stop this one, and not once for each article.
     std::chrono::milliseconds LongestWait{10'000};
 
-    // Takes the folder in hand, which another program may have for a while: it is waited for so long at most, and not at
-    // all when that was in vain the last time. False if it cannot be had. `destination` ends in a "/".
+    // Takes the folder in hand, which another program may have for a while: it is waited for so long at most, and not
+    // at all when that was in vain the last time. False if it cannot be had. `destination` ends in a "/".
     bool Enter(const std::string& destination, Missing missing, Busy busy = Busy::Wait);
 
     // The folder goes with its last set.
