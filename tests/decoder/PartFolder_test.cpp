@@ -3,12 +3,9 @@
 #include <chrono>
 #include <fcntl.h>
 #include <functional>
-#include <map>
-#include <random>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -30,16 +27,11 @@ namespace {
 
 class PartFolderTest : public PartsTest {
 protected:
-    ~PartFolderTest() override { diskKnowsLocks = true; }
-
     // The only set's, without the ending.
     std::string SetPath() const
     {
-        for (const auto& file : fs::directory_iterator(parts)) {
-            if (file.path().extension() == ".journal")
-                return fs::path(file.path()).replace_extension();
-        }
-        return {};
+        const std::string file = FilesBelow(parts).front(); // "0123456789abcdef-0.data"
+        return parts + "/" + file.substr(0, file.find('.'));
     }
 
     // A part is taken, but for its end.
@@ -183,16 +175,11 @@ TEST_F(PartFolderTest, SetsAreBounded)
 
     // At all, and in one body.
     fs::remove_all(parts);
-    std::string body;
-    for (int number = 0; number < 101; ++number)
-        body += tiny(number, 'b');
-    EXPECT_EQ(Decode(body), -2);
-    EXPECT_EQ(Waiting().attachments, 100U);
-    body.clear();
-    for (int number = 100; number < 2000; ++number) {
-        body += tiny(number, 'b');
-        if (number % 100 == 99)
-            Await({std::exchange(body, {})});
+    for (int hundred = 0; hundred < 2000; hundred += 100) {
+        std::string body;
+        for (int number = hundred; number < hundred + 100; ++number)
+            body += tiny(number, 'b');
+        EXPECT_EQ(Decode(body + (hundred == 0 ? tiny(9999, 'b') : "")), hundred == 0 ? -2 : -1);
     }
     EXPECT_EQ(Waiting().attachments, 2000U);
     Await({"=ybegin part=1 total=2 size=4000000000 name=x\r\n=ypart begin=1 end=3000000000\r\n"});
@@ -313,32 +300,8 @@ TEST_F(PartFolderTest, WhereNobodyGetsALockNothingOfAnotherProgramIsTouched)
     Restart();
     Await({bodies[0]});
     EXPECT_TRUE(ContentOf(set + ".data") == data);
-    EXPECT_NE(SetPath(), set);
+    EXPECT_EQ(FilesBelow(parts).size(), 4U) << "a set of its own";
     EXPECT_EQ(Decode(bodies[1] + bodies[2]), 1);
+    diskKnowsLocks = true;
     ExpectWhole(bytes);
-}
-
-// Each of two programs gets all parts, in an order of its own.
-TEST_F(PartFolderTest, TwoProgramsStoreIntoOneDirectory)
-{
-    std::vector<std::string> bodies;
-    for (int number = 0; number < 12; ++number)
-        std::ranges::copy(Spread(bytes, 5, std::to_string(number) + ".bin"), std::back_inserter(bodies));
-    const pid_t other = fork();
-    std::shuffle(bodies.begin(), bodies.end(), std::mt19937(other == 0));
-    const std::string path = other == 0 ? folder.File("article8.uue") : bodyPath;
-    for (const std::string& body : bodies) {
-        MakeFile(path, body);
-        decoder.SetDecodeFilename(path);
-        EXPECT_GE(decoder.DecodeStatus(), -1);
-    }
-    fs::remove(path);
-    if (other == 0)
-        std::_Exit(HasFailure() ? 1 : 0);
-    int status = -1;
-    EXPECT_EQ(waitpid(other, &status, 0), other);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(Files().size(), 12U);
-    for (const std::string& file : Files())
-        EXPECT_TRUE(Content(file) == bytes) << file;
 }
