@@ -22,9 +22,6 @@ constexpr std::string_view dataEnding = ".data";
 constexpr std::size_t keyDigits = 16;
 constexpr std::size_t setNameSize = keyDigits + 2;
 
-// Another program has the folder while a part is decoded, or a whole attachment is read. One that has stopped there
-// must not stop this one, and not once for each article.
-constexpr auto longestWaitForLock = std::chrono::seconds(10);
 constexpr auto pauseBetweenTries = std::chrono::milliseconds(5);
 
 constexpr auto countingLasts = std::chrono::hours(24);
@@ -82,7 +79,7 @@ SetFolder::Moment Now() { return std::chrono::system_clock::now().time_since_epo
 bool SetFolder::Enter(const std::string& destination, Missing missing, Busy busy)
 {
     const std::string directory = FileOf(destination, folderName);
-    const auto deadline = std::chrono::steady_clock::now() + longestWaitForLock;
+    const auto deadline = std::chrono::steady_clock::now() + LongestWait;
     if (folder != directory + "/")
         Forget(directory + "/");
     const bool waits = busy == Busy::Wait && !waitedInVain;

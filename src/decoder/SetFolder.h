@@ -51,8 +51,12 @@ public:
     enum class Missing { Make, Leave };
     enum class Busy { Wait, GiveUp };
 
-    // Takes the folder in hand, which another program may have for a while: it is waited for 10 seconds at most, and
-    // not at all when that was in vain the last time. False if it cannot be had. `destination` ends in a "/".
+    // Another program has the folder while a part is decoded, or a whole attachment is read. One that has stopped there
+    // must not stop this one, and not once for each article.
+    std::chrono::milliseconds LongestWait{10'000};
+
+    // Takes the folder in hand, which another program may have for a while: it is waited for so long at most, and not
+    // at all when that was in vain the last time. False if it cannot be had. `destination` ends in a "/".
     bool Enter(const std::string& destination, Missing missing, Busy busy = Busy::Wait);
 
     // The folder goes with its last set.

@@ -1,23 +1,19 @@
+#include "decoder/AttachmentStore.h"
 #include "decoder/BodyDecoder.h"
 #include "decoder/Processor.h"
 #include "decoder/SixBit.h"
-#include "demo/sample/Encoders.h"
 #include "tests/decoder/DecoderTest.h"
 
-#include <filesystem>
 #include <map>
+#include <random>
 #include <set>
 
 namespace {
-
-namespace fs = std::filesystem;
 
 class BodyDecoderTest : public DecoderTest {
 protected:
     ~BodyDecoderTest() override { Processor::Limit(Processor::Vectors::Avx512); }
 };
-
-std::size_t OpenFiles() { return static_cast<std::size_t>(std::distance(fs::directory_iterator("/proc/self/fd"), {})); }
 
 // The gateway that put blanks at the line ends, the one that doubled each line end, and a disk that keeps only the LF.
 std::string Replaced(std::string text, std::string_view from, std::string_view to)
@@ -90,30 +86,16 @@ TEST_F(BodyDecoderTest, ForeignCharactersAreSeenAtEachPlace)
     for (const auto vectors : {Processor::Vectors::Common, Processor::Vectors::Avx512}) {
         Processor::Limit(vectors);
         for (const auto alphabet : {SixBitAlphabet::Uuencode, SixBitAlphabet::Base64}) {
-            for (int character = 0; character < 256; ++character) {
-                for (std::size_t place = 0; place < 60; ++place) {
-                    std::string text(60, 'A');
-                    text[place] = static_cast<char>(character);
-                    char bytes[45 + AttachmentWriter::slack];
-                    ASSERT_EQ(
-                        DecodeGroups(alphabet, text.data(), 15, bytes).foreign, SixBitValue(alphabet, text[place]) < 0)
-                        << character << " at " << place;
-                }
+            for (std::size_t at = 0; at < 256 * 60; ++at) {
+                std::string text(60, 'A');
+                const char character = text[at % 60] = static_cast<char>(at / 60);
+                char bytes[45 + AttachmentWriter::slack];
+                ASSERT_EQ(DecodeGroups(alphabet, text.data(), 15, bytes).foreign, SixBitValue(alphabet, character) < 0)
+                    << at;
             }
         }
     }
 }
-
-class MemorySink : public AttachmentSink {
-public:
-    void Open(std::string_view name) override { current = {std::string(name), {}}; }
-    void Write(std::string_view bytes) override { current.second += bytes; }
-    [[nodiscard]] bool Keep() override { return kept.insert(current).second; }
-    void Drop() override { }
-
-    std::pair<std::string, std::string> current;
-    std::map<std::string, std::string> kept;
-};
 
 // However the body comes out of its file, and whatever kinds follow each other in it.
 TEST_F(BodyDecoderTest, TornBodyGivesTheSame)
@@ -133,53 +115,41 @@ TEST_F(BodyDecoderTest, TornBodyGivesTheSame)
             at += count;
             return count;
         });
-        MemorySink sink;
-        EXPECT_EQ(DecodeBody(lines, sink), Outcome::Stored);
-        EXPECT_EQ(sink.kept.size(), 8U);
-        for (const auto& [name, content] : sink.kept)
-            EXPECT_TRUE(content == bytes) << name;
+        const std::vector<std::string> noNames;
+        AttachmentSets sets;
+        AttachmentStore store(bodyPath, noNames, sets);
+        EXPECT_EQ(DecodeBody(lines, store), Outcome::Stored);
+        EXPECT_EQ(store.Names(), (std::vector<std::string>{"1", "2", "3", "4", "5", "6", "7", "8"}));
+        for (const std::string& name : store.Names())
+            EXPECT_TRUE(Taken(name) == bytes) << name;
     }
 }
 
+// Each sample is named for what is wrong with it.
 TEST_F(BodyDecoderTest, SamplesTellTheirFault)
 {
-    const std::map<int, std::vector<const char*>> samples{
-        {1, {"cat.uue", "cat.b64", "cat.ync", "quoted-name-blanks-lost.uue"}},
-        {0, {"size-beyond-64-bits.ync", "named-text.mime", "unnamed-image.mime"}},
-        {-1,
-            {"no-end-line.uue", "middle-of-a-posting.uue", "no-yend.ync", "part-2-of-3.ync",
-                "ypart-of-less-than-all.ync", "no-equals-signs.b64", "no-closing-boundary.mime"}},
-        {-2,
-            {"line-too-long.uue", "line-too-short.uue", "small-letters.uue", "data-after-closing-line.uue",
-                "crc-wrong.ync", "crc-no-number.ync", "size-wrong.ync", "sizes-differ.ync", "escape-cut-off.ync",
-                "half-a-group.b64", "data-after-padding.b64", "foreign-character.mime"}}};
-    for (const auto& [status, names] : samples) {
-        for (const std::string name : names) {
+    for (const auto& [samples, status] : {std::pair{"stored", 1}, {"none", 0}, {"part", -1}, {"damaged", -2}}) {
+        const std::vector<std::string> names = FilesBelow(DECODER_SAMPLES + std::string(samples));
+        EXPECT_GT(names.size(), 3U);
+        for (const std::string& name : names) {
             SCOPED_TRACE(name);
-            const std::string body = ContentOf(DECODER_SAMPLES + name);
-            ASSERT_FALSE(body.empty());
-            EXPECT_EQ(Decode(body), status);
+            EXPECT_EQ(Decode(ContentOf(DECODER_SAMPLES + std::string(samples) + "/" + name)), status);
             EXPECT_EQ(Taken(decoder.ImageFilename()), status < 1 ? "" : name.starts_with("cat") ? "Cat\n" : "\1\2\3");
             EXPECT_TRUE(Files().empty());
         }
     }
 }
 
-TEST_F(BodyDecoderTest, ProseIsNoAttachment)
+// Far longer than the reader's block.
+TEST_F(BodyDecoderTest, EndlessLinesDoNoHarm)
 {
-    for (const char* prose : {"", "begin", "begin 5 minutes early\r\nM\r\n", "begin 644 \r\n#0V%T\r\n`\r\nend\r\n",
-             "begin 644 is how it begins,\r\nand so on\r\nend\r\n", "begin 999 x\r\n#0V%T\r\nend\r\n",
-             "begin 64444 x\r\n#0V%T\r\nend\r\n", " begin 644 x\r\n#0V%T\r\nend\r\n",
-             "begin-base64 644 x\r\nis the line you want.\r\n", "=ybegin is a line of yEnc\r\n=yend\r\n",
-             "=ybegin line=128 name=x.jpg\r\n=yend size=0\r\n", "--\r\nContent with it all\r\n",
-             "-- \r\nContent-Type: my signature\r\n", "--x\r\nno header\r\n\r\n--x--\r\n", "end\r\n",
-             "--x\r\nContent-Type: text/plain\r\n\r\n--x--\r\n--x\r\nX: closed\r\nContent-Type: a/b; name=x\r\n"
-             "Content-Transfer-Encoding: base64\r\n\r\nQ2F0\r\n--x--\r\n",
-             "MANY THANKS\r\nMANY MORE\r\nM\r\nMM\r\n"}) {
-        SCOPED_TRACE(prose);
-        EXPECT_EQ(Decode(prose), 0);
-        EXPECT_TRUE(Files().empty());
-    }
+    const std::string endless(3 * LineReader::blockSize + 5, 'M');
+    for (const auto& [body, status] : {std::pair{endless, 0}, {"begin 644 a\r\n" + endless, 0},
+             {"begin 644 a\r\n#0V%T\r\n" + endless, -2}, {"begin 644 " + endless + "\r\n#0V%T\r\n`\r\nend\r\n", 0},
+             {"=ybegin size=3 name=a\r\n" + endless, -2}, {"--x\r\nContent-Type: " + endless + "\r\n\r\n--x--\r\n", 0},
+             {std::string(LineReader::blockSize, 'x') + Uuencode("Cat\n", "cat"), 0}, // not at the start of a line
+             {endless + "\r\n" + Uuencode("Cat\n", "cat") + endless, 1}})
+        EXPECT_EQ(Decode(body), status) << body.substr(0, 30);
 }
 
 TEST_F(BodyDecoderTest, WholeOnesAreStoredBesideBrokenOnes)
@@ -191,27 +161,22 @@ TEST_F(BodyDecoderTest, WholeOnesAreStoredBesideBrokenOnes)
     std::string wrong = Yencode(red, "wrong.jpg");
     wrong[wrong.size() / 2] ^= 1;
     struct Row {
-        const char* what;
         std::string body;
         std::vector<std::string> names;
         int status;
     };
+    const std::string blueOne = Yencode(blue, "b.jpg");
     const std::string part = Yencode(red, "part.jpg", {.part = 1, .total = 2, .whole = blue});
-    for (const Row& row :
-        {
-            Row{"in their order", Yencode(blue, "b.jpg") + "and\r\n" + Uuencode(red, "a.jpg"), {"b.jpg", "a.jpg"}, 2},
-            Row{"after one cut off", cut + Uuencode(blue, "b.jpg"), {"b.jpg"}, 1},
-            Row{"after one cut off by text", cut + "text\r\n" + Base64Block(blue, "b.jpg"), {"b.jpg"}, 1},
-            Row{"after a damaged one", wrong + Yencode(blue, "b.jpg"), {"b.jpg"}, 1},
-            Row{"after a yEnc part", part + Yencode(blue, "b.jpg"), {"b.jpg"}, 1},
-            Row{"yEnc cut off by the next", wrong.substr(0, 400) + "\r\n" + Yencode(blue, "b.jpg"), {"b.jpg"}, 1},
-            Row{"the same twice", Uuencode(red, "a.jpg") + Yencode(red, "a.jpg"), {"a.jpg", "a.jpg"}, 2},
-            Row{"cut off by a boundary", MimeMultipart({cut, MimeBase64Part(blue, "b.jpg")}), {"b.jpg"}, 1},
-            Row{"cut off by the last boundary", MimeMultipart({MimeTextPart(cut)}), {}, -1},
-            Row{"the end of one", "=ybegin size=9 name=x\r\n=ypart begin=5 end=9\r\nabcde\r\n=yend size=5\r\n", {}, -1},
-            Row{"only broken ones: the worst counts", cut + "\r\n" + wrong, {}, -2},
-        }) {
-        SCOPED_TRACE(row.what);
+    for (const Row& row : {Row{blueOne + "and\r\n" + Uuencode(red, "a.jpg"), {"b.jpg", "a.jpg"}, 2},
+             Row{cut + Uuencode(blue, "b.jpg"), {"b.jpg"}, 1},
+             Row{cut + "text\r\n" + Base64Block(blue, "b.jpg"), {"b.jpg"}, 1}, Row{wrong + blueOne, {"b.jpg"}, 1},
+             Row{part + blueOne, {"b.jpg"}, 1}, Row{wrong.substr(0, 400) + "\r\n" + blueOne, {"b.jpg"}, 1},
+             Row{Uuencode(red, "a.jpg") + Yencode(red, "a.jpg"), {"a.jpg", "a.jpg"}, 2},
+             Row{MimeMultipart({cut, MimeBase64Part(blue, "b.jpg")}), {"b.jpg"}, 1},
+             Row{MimeMultipart({MimeTextPart(cut)}), {}, -1},
+             Row{"=ybegin size=9 name=x\r\n=ypart begin=5 end=9\r\nabcde\r\n=yend size=5\r\n", {}, -1},
+             Row{cut + "\r\n" + wrong, {}, -2}}) {
+        SCOPED_TRACE(row.body.substr(0, 60));
         EXPECT_EQ(Decode(DotStuff(row.body)), row.status);
         EXPECT_EQ(decoder.StoredNames(), row.names);
         for (const std::string& name : std::set(row.names.begin(), row.names.end()))
@@ -220,102 +185,35 @@ TEST_F(BodyDecoderTest, WholeOnesAreStoredBesideBrokenOnes)
     }
 }
 
-// The rest counts as damaged, and nothing of it lies about.
 TEST_F(BodyDecoderTest, OneArticleStoresSoManyAttachments)
 {
-    std::string whole, besideDamaged;
-    for (std::size_t i = 0; i < mostAttachments + 5; ++i) {
-        whole += Uuencode("red", "r" + std::to_string(i));
-        besideDamaged += Uuencode("red", "r") + "begin 644 x\r\n#<F5D\r\n!!!!\r\n";
-    }
-    EXPECT_EQ(Decode(whole), 100);
-    EXPECT_EQ(Files().size(), 100U);
-    EXPECT_EQ(Decode(besideDamaged), 50);
+    std::string body;
+    for (std::size_t i = 0; i < mostAttachments + 5; ++i)
+        body += Uuencode("red", "r" + std::to_string(i / 2)) + (i % 2 == 0 ? "" : "begin 644 x\r\n#<F5D\r\n!!!!\r\n");
+    EXPECT_EQ(Decode(body), 67); // of a hundred that begin
 }
 
 TEST_F(BodyDecoderTest, MimeHeadersNameTheAttachment)
 {
-    for (const auto& [header, name] : {
-             // The disposition goes first.
-             std::pair(
-                 "Content-Disposition: inline; size=3; filename=red.jpg\r\nContent-Type: image/jpeg; name=blue.jpg",
-                 "red.jpg"),
-             {"CONTENT-TYPE: IMAGE/JPEG;\r\n\tNAME=\"red.jpg\"", "red.jpg"},
-             {"X-Sender: ada\r\nContent-ID: <1@x>\r\nContent-Type: image/png; name=red.png", "red.png"},
-             {"Content-Type: image/png; name=\"a \\\"red\\\"; one.png\"", "a \"red\"; one.png"},
-             // RFC 2231, whole and in pieces, and RFC 2047.
-             {"Content-Disposition: attachment; filename=x; filename*=utf-8'de'gr%C3%BCn%20.jpg", "gr\xc3\xbcn .jpg"},
-             {"Content-Disposition: attachment; filename*1=\"ne kite\"; filename*0*=''gr%C3%BC; filename*2=.jpg",
-                 "gr\xc3\xbcne kite.jpg"},
-             {"Content-Type: image/jpeg; name=\"=?utf-8?B?Z3LDvG4=?= =?iso-8859-1?q?_k=FCte?=.jpg\"",
-                 "gr\xc3\x83\xc2\xbcn k\xc3\xbcte.jpg"},
-             {"Content-Type: image/png; name*=''..%2F..%2Fred.png", "red.png"},
-         }) {
-        SCOPED_TRACE(header);
+    for (const auto& [header, name] :
+        {std::pair("Content-Disposition: inline; size=3; filename=red.jpg\r\nContent-Type: image/jpeg; name=blue.jpg",
+             "red.jpg"),
+            {"CONTENT-TYPE: IMAGE/JPEG;\r\n\tNAME=\"red.jpg\"", "red.jpg"},
+            {"X-Sender: ada\r\nContent-ID: <1@x>\r\nContent-Type: image/png; name=red.png", "red.png"},
+            {"Content-Type: image/png; name=\"a \\\"red\\\"; one.png\"", "a \"red\"; one.png"},
+            // RFC 2231, whole and in pieces, and RFC 2047.
+            {"Content-Disposition: attachment; filename=x; filename*=utf-8'de'gr%C3%BCn%20.jpg", "gr\xc3\xbcn .jpg"},
+            {"Content-Disposition: attachment; filename*1=\"ne kite\"; filename*0*=''gr%C3%BC; filename*2=.jpg",
+                "gr\xc3\xbcne kite.jpg"},
+            {"Content-Type: image/jpeg; name=\"=?utf-8?B?Z3LDvG4=?= =?iso-8859-1?q?_k=FCte?=.jpg\"",
+                "gr\xc3\x83\xc2\xbcn k\xc3\xbcte.jpg"},
+            {"Content-Type: image/png; name*=''..%2F..%2Fred.png", "red.png"}}) {
         // The boundary shows only by the header that follows it, so one with Content- has to come first.
-        const std::string body = MimeMultipart(
-            {MimeTextPart("Hello"), header + std::string("\r\nContent-Transfer-Encoding: base64\r\n\r\nQ2F0Cg==\r\n")});
-        EXPECT_EQ(Decode(body), 1);
-        EXPECT_EQ(decoder.ImageFilename(), name);
-        EXPECT_EQ(Taken(name), "Cat\n");
+        (void)Decode(MimeMultipart({MimeTextPart("Hello"),
+            header + std::string("\r\nContent-Transfer-Encoding: base64\r\n\r\nQ2F0Cg==\r\n")}));
+        EXPECT_EQ(Taken(name), "Cat\n") << header;
+        EXPECT_TRUE(Files().empty());
     }
-}
-
-// Lines without an end, and far longer than the reader's block.
-TEST_F(BodyDecoderTest, EndlessLinesDoNoHarm)
-{
-    const std::string endless(3 * LineReader::blockSize + 5, 'M');
-    for (const auto& [body, status] : {std::pair{endless, 0}, {"begin 644 a\r\n" + endless, 0},
-             {"begin 644 a\r\n#0V%T\r\n" + endless, -2}, {"begin 644 " + endless + "\r\n#0V%T\r\n`\r\nend\r\n", 0},
-             {"=ybegin size=3 name=a\r\n" + endless, -2}, {"--x\r\nContent-Type: " + endless + "\r\n\r\n--x--\r\n", 0},
-             // Not at the start of a line.
-             {std::string(LineReader::blockSize, 'x') + Uuencode("Cat\n", "cat"), 0}})
-        EXPECT_EQ(Decode(body), status) << body.substr(0, 30);
-    EXPECT_TRUE(Files().empty());
-    EXPECT_EQ(Decode(endless + "\r\n" + Uuencode("Cat\n", "cat") + endless), 1);
-}
-
-// Bodies of each kind, cut and changed at random. What must hold for all of them: nothing but whole attachments under
-// reported names in the directory, existing files as they were, no file left open.
-TEST_F(BodyDecoderTest, NoDamageGetsOutOfTheDirectory)
-{
-    const std::string bytes = RandomBytes(700);
-    std::vector<std::string> bodies{DotStuff(Uuencode(bytes, "../x"))};
-    for (const auto& [dialect, encoded] : InEachDialect(bytes))
-        bodies.push_back(DotStuff(encoded));
-    const std::vector<std::string> inserted{"\n", "\r\n", "..", "=y", "=", "begin 644 ../x\r\n",
-        "=ybegin size=9 name=x\r\n", "\r\n--=_tamarack_part\r\n", "end\r\n", "====\r\n", std::string(1, '\0'), " ", "/",
-        "99999999999999999999"};
-    ASSERT_TRUE(MakeFile(folder.File("k.bin"), "kept"));
-    const std::size_t openFiles = OpenFiles();
-    std::mt19937 random(3);
-    const auto below = [&random](std::size_t limit) { return random() % std::max<std::size_t>(limit, 1); };
-
-    int stored = 0;
-    for (std::size_t round = 0; round < 6000; ++round) {
-        SCOPED_TRACE(round);
-        std::string body = bodies[round % bodies.size()];
-        const std::size_t changes = below(4);
-        for (std::size_t change = 0; change < changes; ++change) {
-            const std::size_t at = below(body.size()), kind = below(4);
-            if (kind == 0)
-                body.resize(at);
-            else if (kind == 1 && !body.empty())
-                body[at] = static_cast<char>(body[at] ^ 1 << below(8));
-            else
-                body.replace(at, kind == 2 ? 0 : below(80), kind == 2 ? inserted[below(inserted.size())] : "");
-        }
-        stored += Decode(body) > 0 ? 1 : 0;
-        ASSERT_EQ(Content("k.bin"), "kept");
-        ASSERT_TRUE(changes != 0 || Content(decoder.ImageFilename()) == bytes);
-        for (const std::string& name : std::set(decoder.StoredNames().begin(), decoder.StoredNames().end()))
-            EXPECT_TRUE(fs::remove(folder.File(name))) << name;
-        ASSERT_EQ(Files(), std::vector<std::string>{"k.bin"});
-    }
-    EXPECT_GT(stored, 1500) << "the damage left too little to test";
-    EXPECT_LT(stored, 5000) << "damage is not noticed";
-    EXPECT_FALSE(fs::exists(folder.File("../x")));
-    EXPECT_EQ(OpenFiles(), openFiles);
 }
 
 }

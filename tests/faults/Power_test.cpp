@@ -19,23 +19,17 @@ std::set<std::pair<dev_t, ino_t>> onDisk;
 std::vector<std::string> namedTooEarly;
 int named = 0;
 
-void Note(const struct stat& status, bool isOnDisk)
-{
-    if (isOnDisk)
-        onDisk.insert({status.st_dev, status.st_ino});
-    else
-        onDisk.erase({status.st_dev, status.st_ino});
-}
-
 long NoteAndCall(long call, int descriptor, const void* bytes = nullptr, size_t length = 0)
 {
     struct stat status { };
-    if (fstat(descriptor, &status) == 0)
-        Note(status, call != SYS_write);
+    if (fstat(descriptor, &status) == 0 && call != SYS_write)
+        onDisk.insert({status.st_dev, status.st_ino});
+    else
+        onDisk.erase({status.st_dev, status.st_ino});
     return syscall(call, descriptor, bytes, length);
 }
 
-template <class... Arguments> int NameAndCall(const char* file, const char* name, Arguments... call)
+int NameAndCall(const char* file, const char* name, long call, unsigned flags)
 {
     struct stat status { };
     if (lstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
@@ -43,7 +37,7 @@ template <class... Arguments> int NameAndCall(const char* file, const char* name
         if (!onDisk.contains({status.st_dev, status.st_ino}))
             namedTooEarly.emplace_back(name);
     }
-    return static_cast<int>(syscall(call...));
+    return static_cast<int>(syscall(call, AT_FDCWD, file, AT_FDCWD, name, flags));
 }
 
 }
@@ -58,26 +52,24 @@ int fsync(int descriptor) { return static_cast<int>(NoteAndCall(SYS_fsync, descr
 
 int fdatasync(int descriptor) { return static_cast<int>(NoteAndCall(SYS_fdatasync, descriptor)); }
 
-int rename(const char* from, const char* to) noexcept
+// All paths of this program are absolute.
+int rename(const char* from, const char* to) noexcept { return NameAndCall(from, to, SYS_renameat2, 0); }
+
+int renameat2(int, const char* from, int, const char* to, unsigned flags) noexcept
 {
-    return NameAndCall(from, to, SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0);
+    return NameAndCall(from, to, SYS_renameat2, flags);
 }
 
-int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned flags) noexcept
+int linkat(int, const char* from, int, const char* to, int flags) noexcept
 {
-    return NameAndCall(from, to, SYS_renameat2, fromDirectory, from, toDirectory, to, flags);
-}
-
-int linkat(int fromDirectory, const char* from, int toDirectory, const char* to, int flags) noexcept
-{
-    return NameAndCall(from, to, SYS_linkat, fromDirectory, from, toDirectory, to, flags);
+    return NameAndCall(from, to, SYS_linkat, static_cast<unsigned>(flags));
 }
 
 int unlink(const char* path) noexcept
 {
     struct stat status { };
     if (lstat(path, &status) == 0)
-        Note(status, false); // its number may be another file's next
+        onDisk.erase({status.st_dev, status.st_ino}); // its number may be another file's next
     return static_cast<int>(syscall(SYS_unlink, path));
 }
 }

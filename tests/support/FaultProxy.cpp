@@ -83,6 +83,7 @@ bool FaultProxy::PassOn(Channel& client, std::string_view bytes, const Fault& no
     passed += bytes.size();
     if (now.kind == None || now.at < before || now.at >= passed)
         return client.Send(bytes);
+    struck = now.kind == Split; // the first part may be all that the client waits for
     const std::size_t first = static_cast<std::size_t>(now.at - before);
     if (!client.Send(bytes.substr(0, first)))
         return false;
@@ -90,13 +91,13 @@ bool FaultProxy::PassOn(Channel& client, std::string_view bytes, const Fault& no
         std::this_thread::sleep_for(1ms);
     const linger reset{now.kind == Reset ? 1 : 0, 0};
     setsockopt(client.Descriptor(), SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
-    if (now.kind == Insert)
-        (void)client.Send("garbage");
+    bool goesOn = now.kind != Close && now.kind != Reset;
+    for (std::size_t time = 0; now.kind == Insert && goesOn && time < now.times; ++time)
+        goesOn = client.Send(now.bytes);
     struck = true;
-    while (now.kind == Stall && !stopping) {
+    while ((now.kind == Stall || now.thenStall) && goesOn) {
         pollfd end{client.Descriptor(), POLLIN, 0};
-        if (poll(&end, 1, 20) > 0)
-            return false;
+        goesOn = poll(&end, 1, 20) == 0 && !stopping;
     }
-    return now.kind != Close && now.kind != Reset && client.Send(bytes.substr(first));
+    return goesOn && client.Send(bytes.substr(first));
 }

@@ -13,10 +13,20 @@ class FaultProxy {
 public:
     // What happens once so many bytes have come from the server.
     struct Fault {
-        enum class Kind { None, Split, Close, Reset, Stall, Insert };
+        enum class Kind {
+            None,
+            Split, // the rest of what has come so far follows a moment later
+            Close,
+            Reset,
+            Stall, // nothing comes any more, and the connection stays open
+            Insert, // these bytes come in between, `times` over; then as Stall if `thenStall`
+        };
 
         Kind kind = Kind::None;
         std::uint64_t at = 0;
+        std::string bytes = "garbage";
+        std::size_t times = 1;
+        bool thenStall = false;
     };
 
     explicit FaultProxy(std::uint16_t serverPort, const Identity* identity = nullptr);
