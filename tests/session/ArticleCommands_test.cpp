@@ -113,7 +113,9 @@ TEST(ArticleCommandsTest, EveryClassOfReplyAndEveryStop)
         {Row{"S: 411", "false/connected!", ok, found, cut, old.c_str()},
             Row{"S: 412", "false/connected!", ok, found, cut, old.c_str()},
             Row{"S: 423", ok, "false/connected", none, nullptr, nullptr},
+            Row{"S: 430", ok, "false/connected", none, nullptr, nullptr},
             Row{"S: 421", ok, "false/connected", found, cut, old.c_str()},
+            Row{"S: 481", ok, "false/connected", found, cut, old.c_str()},
             Row{"S: 400", ok, ok, found, cut, old.c_str()},
             Row{"S: 502", "true/connected stop", "false/connected stop", "false 13/connected stop", closed, closed},
             Row{"X: pause stop", "true/closed stop", "false/connected stop", "false 13/connected stop", closed, closed},
@@ -131,6 +133,8 @@ TEST(ArticleCommandsTest, EveryClassOfReplyAndEveryStop)
     }
 
     Check("group x", "S: 411\nS: a text ends it\nS: .", ok);
+    Check("head 7", "S: 221\nS: a\nS: .\nS: b\nS: .\nS: c", "b/connected");
+    Check("body 7", "S~ 222\\r\\n\\r\\n.\\r\\n.\\r\\na\\r\\n.\\r\\n", "\r\na/connected");
     Check("stat 11", "S: 502\nC: stat 12\nS: 223 12 <a@b>", found);
     Check("stat 11", "X: pause stop\nC: stat 12\nS: 223 12 <a@b>", found);
     Check("head 7", "S: 221\nS: the only line is kept\nS: .", "the only line is kept/connected");

@@ -81,28 +81,15 @@ struct ScriptedSession {
         return (result ? "true" : "false") + (isStat ? " " + std::to_string(number) : "");
     }
 
-    // Connects, sends a line as a command of that kind, and takes all that the server has for it.
-    void Judge(Command kind, bool haveUserName = false)
-    {
-        ASSERT_TRUE(Session.TcpConnect());
-        MainForm.chkUserName.SetValue(haveUserName ? 1 : 0);
-        Session.CommandKind = kind;
-        Session.ReplyState = Reply::Awaiting;
-        ASSERT_TRUE(Session.SendLine("command"));
-        EXPECT_TRUE(Until([this] { return Session.ReplyState != Reply::Awaiting && Server.Finished(); }))
-            << Server.FirstProblem();
-    }
-
     static std::string Status() { return PanelText("StatusBar1", 1); }
 
     // "connected", "closed" by the client or "gone", and " stop" while StopFlag is set.
     std::string Outcome()
     {
-        const SocketState state = MainForm.TCP1.State();
-        const std::string outcome = state == SocketState::Connected ? "connected"
-            : state == SocketState::Closed                          ? "closed"
-                                                                    : "gone";
-        return outcome + (Session.StopFlag ? " stop" : "");
+        const std::map<SocketState, std::string> outcomes
+            = {{SocketState::Connected, "connected"}, {SocketState::Closed, "closed"}};
+        const auto outcome = outcomes.find(MainForm.TCP1.State());
+        return (outcome == outcomes.end() ? "gone" : outcome->second) + (Session.StopFlag ? " stop" : "");
     }
 
     void ExpectGone()
