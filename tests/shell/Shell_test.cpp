@@ -3,8 +3,6 @@
 #include <QProcess>
 #include <QTest>
 #include <csignal>
-#include <filesystem>
-#include <sys/stat.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -43,12 +41,17 @@ TEST_F(ShellTest, SettingsComeBackAndAreKept)
     }
     EXPECT_EQ(TextOf("txtSelectDir"), "/no such place");
     // The handlers follow a value that was brought back, except the warning.
-    EXPECT_TRUE(IsEnabled("txtMaxToDownload"));
-    EXPECT_TRUE(IsEnabled("lblPerNewsGroup"));
+    EXPECT_TRUE(IsEnabled("txtMaxToDownload") && IsEnabled("lblPerNewsGroup"));
     EXPECT_THAT(desktop.boxes, IsEmpty());
 
     for (const std::string& key : settings.GetAllSettings("Startup"))
         settings.DeleteSetting("Startup", key);
+    // A second copy says so and ends, and keeps nothing.
+    TestDesktop otherDesktop;
+    otherDesktop.atEndProgram = [this] { EXPECT_THAT(settings.GetAllSettings("Startup"), IsEmpty()); };
+    Program(otherDesktop, places).Start();
+    EXPECT_EQ(otherDesktop.programEnds, 1);
+    EXPECT_THAT(otherDesktop.BoxTitles(), ElementsAre("Tamarack"));
     ChooseMenu("mnuClose");
     EXPECT_EQ(desktop.programEnds, 1);
     for (const StoredControl& row : storedControls)
@@ -59,20 +62,17 @@ TEST_F(ShellTest, SettingsComeBackAndAreKept)
 // Whatever became of the settings file, the program starts with its design and can write there again.
 TEST_F(ShellTest, MissingOddAndDamagedSettings)
 {
-    const std::string servers = "[Servers]\n127.0.0.1=1\n";
     for (const char* content : {"[Startup]\n2=yes\n7=maybe\n15=At Sea\nAutoLoad=7\n", "[Startup]\n2=1\n6=k\\x",
              "\xff\xfe=[[\n[\n]\x01\n", "[Startup]\n10=@ByteArray(\n16=@Variant(x)\n15=a, b"}) {
         SCOPED_TRACE(content);
-        MakeFile(places.settingsFile, servers + content);
+        MakeFile(places.settingsFile, std::string("[Servers]\n127.0.0.1=1\n") + content);
         Start();
         EXPECT_EQ(TextOf("txtKB") + TextOf("cboSizeIs"), "10");
         EXPECT_EQ(TextOf("txtSelectDir"), std::filesystem::current_path().string() + "/");
         TypeInto("txtNamed", "boats");
         Click("Command1");
         EXPECT_EQ(Stored("2") + Stored("6") + Stored("7") + Stored("AutoLoad"), "1boatsTrue1");
-        struct stat status { };
-        ASSERT_EQ(stat(places.settingsFile.c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 0777, 0600U);
+        EXPECT_EQ(std::filesystem::status(places.settingsFile).permissions(), std::filesystem::perms(0600));
     }
 }
 
@@ -119,23 +119,6 @@ TEST_F(ShellTest, AnEndDuringTheStartKeepsTheSettings)
     EXPECT_EQ(desktop.programEnds, 2);
 }
 
-TEST_F(ShellTest, TheSecondCopyTellsSoAndEnds)
-{
-    Start();
-    settings.SaveSetting("Startup", "6", "kites");
-    TestDesktop otherDesktop;
-    {
-        Program other(otherDesktop, places);
-        other.Start();
-        EXPECT_FALSE(other.MainWindow().Visible());
-    }
-    EXPECT_THAT(otherDesktop.BoxTitles(), ElementsAre("Tamarack"));
-    EXPECT_EQ(otherDesktop.programEnds, 1);
-    EXPECT_EQ(Stored("6"), "kites");
-    Start(); // the first one's end makes way for the next
-    EXPECT_EQ(desktop.programEnds, 0);
-}
-
 // The real program, ended by the system while a message box holds it.
 TEST_F(ShellTest, ASignalEndsTheProgramAsItsUserWould)
 {
@@ -143,21 +126,18 @@ TEST_F(ShellTest, ASignalEndsTheProgramAsItsUserWould)
     MakeFile(home + "/Tamarack/Tamarack.ini", "[Servers]\n127.0.0.1=1\n\n[Startup]\n6=kites\n");
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
-        environment.insert(name, QString::fromStdString(home));
-    environment.insert("QT_QPA_PLATFORMTHEME", "cat");
-    environment.insert("TAMARACK_HOSTILE_MARK", QString::fromStdString(folder.File("ran")));
+    for (const auto& [name, value] : std::map<const char*, std::string>{{"XDG_CONFIG_HOME", home},
+             {"XDG_DATA_HOME", home}, {"QT_QPA_PLATFORMTHEME", "cat"}, {"TAMARACK_HOSTILE_MARK", folder.File("ran")}})
+        environment.insert(name, QString::fromStdString(value));
     process.setProcessEnvironment(environment);
     std::filesystem::create_directories(folder.File("bin/platformthemes"));
-    std::filesystem::copy_file(
-        TAMARACK_PROGRAM, folder.File("bin/tamarack")); // an installed one keeps nothing beside it
-    // What was stored beside it decides nothing.
+    // An installed one keeps nothing beside it; and what was stored there decides nothing.
+    std::filesystem::copy_file(TAMARACK_PROGRAM, folder.File("bin/tamarack"));
     std::filesystem::copy_file(TAMARACK_HOSTILE_PLUGIN, folder.File("bin/platformthemes/cat.so"));
     for (const char* name : {"bin/qt.conf", "bin/qt6.conf"})
         MakeFile(folder.File(name), "[Paths]\nPrefix=/nonexistent\n");
     process.start(QString::fromStdString(folder.File("bin/tamarack")), {});
-    const std::string lock = home + "/Tamarack/tamarack.lock";
-    ASSERT_TRUE(Until([&] { return std::filesystem::exists(lock); }));
+    ASSERT_TRUE(Until([&] { return std::filesystem::exists(home + "/Tamarack/tamarack.lock"); }));
     QTest::qWait(300); // it has no list of groups, and says so
     kill(static_cast<pid_t>(process.processId()), SIGTERM);
     ASSERT_TRUE(process.waitForFinished());
