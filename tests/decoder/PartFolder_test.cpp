@@ -5,23 +5,7 @@
 #include <functional>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
-
-namespace {
-
-bool diskKnowsLocks = true;
-
-}
-
-// As network disks have it that know none.
-extern "C" int flock(int file, int operation) noexcept
-{
-    if (diskKnowsLocks)
-        return static_cast<int>(syscall(SYS_flock, file, operation));
-    errno = ENOLCK;
-    return -1;
-}
 
 namespace {
 
@@ -281,27 +265,4 @@ TEST_F(PartFolderTest, TheFolderIsWaitedForOnce)
     EXPECT_EQ(Waiting(), WaitingSets());
     waiting.Leave();
     EXPECT_EQ(Waiting(), (WaitingSets{1, 1, 2}));
-}
-
-TEST_F(PartFolderTest, WhereNobodyGetsALockNothingOfAnotherProgramIsTouched)
-{
-    const auto bodies = Spread(bytes, 3);
-    Await({bodies[0]});
-    const std::string set = SetPath();
-    const auto refuse = [](const std::string&, UnnamedFile&) { return false; };
-    diskKnowsLocks = false;
-    AttachmentSets one, other;
-    const PartEnd oneEnd = Begin(one, 1, 3);
-    const PartEnd otherEnd = Begin(other, 2, 3);
-    EXPECT_EQ(other.Keep(otherEnd, refuse), Outcome::Part);
-    EXPECT_EQ(one.Keep(oneEnd, refuse), Outcome::NotWritten) << "its record would be in place of the other's";
-    fs::remove(set + ".journal"); // not written yet
-    const std::string data = ContentOf(set + ".data");
-    Restart();
-    Await({bodies[0]});
-    EXPECT_TRUE(ContentOf(set + ".data") == data);
-    EXPECT_EQ(FilesBelow(parts).size(), 4U) << "a set of its own";
-    EXPECT_EQ(Decode(bodies[1] + bodies[2]), 1);
-    diskKnowsLocks = true;
-    ExpectWhole(bytes);
 }

@@ -2,11 +2,11 @@
 
 #include "demo/sample/Encoders.h"
 #include "tests/support/FaultProxy.h"
-#include "tests/support/ResidentMemory.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
 
+#include <fstream>
 #include <malloc.h>
 #include <openssl/ssl.h>
 
@@ -191,7 +191,9 @@ TEST_F(WireTest, MoreThanAnybodyWants)
 {
     const auto kilobytesInUse = [] {
         malloc_trim(0);
-        return ResidentKilobytes();
+        long size = 0, resident = 0;
+        std::ifstream("/proc/self/statm") >> size >> resident;
+        return resident * 4;
     };
     std::uint64_t inBody = 20;
     for (auto reply = replies.begin(); !reply->starts_with("222 "); ++reply)

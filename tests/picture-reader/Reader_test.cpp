@@ -3,8 +3,9 @@
 #include "demo/support/TemporaryFolder.h"
 #include "picture-reader/MetafilePainting.h"
 #include "picture-reader/Protocol.h"
-#include "tests/support/HostilePictures.h"
 
+#include <QBuffer>
+#include <QImage>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -118,9 +119,14 @@ TEST(Protocol, WhatCannotBeAnAnswer)
 
 TEST(PixelParts, WithoutTextsAndProfiles)
 {
-    const QByteArray png = QByteArray::fromStdString(PngWithTexts());
+    QImage image(8, 8, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    image.setText("A", QString(9000, 'x'));
+    QByteArray png;
+    QBuffer buffer(&png);
+    image.save(&buffer, "PNG");
     const QByteArray parts = PixelParts(png);
-    EXPECT_LT(parts.size(), 200);
+    EXPECT_FALSE(!png.contains("zTXt") || parts.contains("zTXt"));
     EXPECT_TRUE(parts.startsWith(png.left(8 + 25)) && parts.endsWith(png.last(12)));
     // Cut off anywhere, it is no more than it was.
     for (qsizetype length = 0; length < 300; ++length)

@@ -6,8 +6,11 @@
 
 #include <QAction>
 #include <QClipboard>
+#include <QDrag>
 #include <QMenu>
+#include <QMimeData>
 #include <QScreen>
+#include <QUrl>
 
 using testing::ElementsAre;
 
@@ -126,6 +129,24 @@ TEST_F(ViewerTest, ThePicturesMenuAndThatOfTheBanner)
     EXPECT_EQ(QApplication::clipboard()->image().size(), QSize(80, 40));
     EXPECT_THAT(
         desktop.opened, ElementsAre(AddressOfFile(Stored("wide.jpg")), AddressOfFile(destination + "alt.kites/")));
+}
+
+// As far as the toolkit, which drags nothing on a screen that nobody sees.
+TEST_F(ViewerTest, APictureIsDraggedOutAsItsFile)
+{
+    Start({"alt.kites"}, server.Port());
+    ChooseMenu("mnuInteractiveDownload");
+    SearchFor({Uuencode(wide, "wide.jpg")});
+    for (const auto& [name, beyond] : {std::pair("Image2(0)", -1), {"Image2(1)", 0}, {"Image2(0)", 0}}) {
+        auto& image = Find<QWidget>(name);
+        QTest::mousePress(&image, Qt::LeftButton, {}, {5, 5});
+        const QPointF place(5 + QApplication::startDragDistance() + beyond, 5);
+        QMouseEvent move(QEvent::MouseMove, place, place, {}, Qt::LeftButton, {});
+        QApplication::sendEvent(&image, &move);
+        const auto* drag = image.findChild<QDrag*>();
+        EXPECT_EQ(drag != nullptr ? drag->mimeData()->urls().value(0).toLocalFile().toStdString() : "",
+            ShowsNothing(name) || beyond < 0 ? "" : Stored("wide.jpg"));
+    }
 }
 
 TEST_F(ViewerTest, ASlowPictureHoldsNobody)

@@ -197,18 +197,6 @@ TEST_F(PictureHelperTest, IsKeptAndStartedAnew)
     EXPECT_NE(Helpers().at(0), first);
 }
 
-TEST_F(PictureHelperTest, ANewerPictureStaysOverASlowOne)
-{
-    const std::string slow = folder.File("slow.jpg");
-    MakeFile(slow, SlowJpeg(15));
-    MakeFile(path, jpeg);
-    bool another = false;
-    QTimer::singleShot(60, [&] { another = image.Load(path); });
-    EXPECT_FALSE(image.Load(slow));
-    EXPECT_TRUE(another);
-    EXPECT_EQ(image.Picture().Width(), 40);
-}
-
 // The texts of a metafile are drawn, though fonts can no longer be looked for; no file is opened that it names.
 TEST_F(PictureHelperTest, AMetafileOpensNoFile)
 {

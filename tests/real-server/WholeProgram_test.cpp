@@ -2,7 +2,6 @@
 #include "demo/support/InterNetNews.h"
 #include "tests/shell/ProgramTest.h"
 #include "tests/support/RandomBytes.h"
-#include "tests/support/ResidentMemory.h"
 
 #include <QTest>
 #include <QTimer>
@@ -89,13 +88,11 @@ protected:
         MakeFile(SelectedFile(), selected);
     }
 
-    void StartProgram(bool withLog = true)
+    void StartProgram()
     {
         EXPECT_TRUE(desktop.boxes.empty());
         Start();
         TypeInto("txtPort", std::to_string(server.Port()));
-        if (!withLog)
-            return;
         ChooseMenu("mnuSizeableViewer");
         QTest::mouseClick(&Find<QWidget>("frmShowPicture/SSPanel1"), Qt::RightButton, Qt::ControlModifier);
         ChooseMenu("mnuSizeableViewer");
@@ -190,8 +187,6 @@ protected:
     std::map<std::string, std::pair<std::string, int>> attachments; // and stores: path below the destination, article
 };
 
-using SoakTest = WholeProgramTest;
-
 }
 
 TEST_F(WholeProgramTest, StopInTheMiddleAndSearchOn)
@@ -270,59 +265,6 @@ TEST_F(WholeProgramTest, PasswordDemandedAndEncrypted)
     TypeInto("txtNewsGroups", "kites; alt");
     Click("cmdAndFilter");
     EXPECT_TRUE(Until([&] { return RowsOf("lstFilteredGroups") == std::vector<std::string>{"alt.kites"}; }));
-}
-
-// A long use of the program. TAMARACK_SOAK is the number of groups, if other than a few.
-TEST_F(SoakTest, MemoryStaysFlatAndFilesAreRight)
-{
-    const char* const count = std::getenv("TAMARACK_SOAK");
-    std::vector<std::string> groups(count != nullptr ? std::max(2UL, std::stoul(count)) : 3UL);
-    for (std::size_t index = 0; index < groups.size(); ++index)
-        groups[index] = "alt.kites" + std::to_string(index + 1);
-    constexpr int articles = 400;
-    Serve(groups, articles, {});
-    if (HasFatalFailure())
-        return;
-    StartProgram(false);
-
-    const auto openDescriptors = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
-    const std::ptrdiff_t descriptors = openDescriptors();
-    long afterFirstGroup = 0;
-    long highest = 0;
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
-        if (afterFirstGroup == 0 && Reached().first > 1)
-            afterFirstGroup = ResidentKilobytes();
-        else if (afterFirstGroup != 0)
-            highest = std::max(highest, ResidentKilobytes());
-    });
-    watch.start(5);
-    // An article at which a search was stopped counts as read, whether it was stored or not.
-    std::set<std::string> brokenOff;
-    std::mt19937 random(5);
-    std::size_t runs = 0;
-    for (; Reached() != std::pair(groups.size(), articles); ++runs) {
-        ASSERT_LT(runs, 3 * groups.size() + 20) << "the searches do not get on";
-        program->MainWindow().StatusBar1.Panels(2).SetText("Items: 0"); // the user does not go by the last search's
-        // The first one is let run into the second group.
-        SearchPatiently(runs == 0 ? articles : 50 + static_cast<int>(random() % articles));
-        if (const auto [group, article] = Reached(); group != 0)
-            brokenOff.insert(groups[group - 1] + "/" + Posting(groups[group - 1], article).name);
-    }
-    watch.stop();
-
-    EXPECT_LE(openDescriptors(), descriptors + 1); // the connection stays
-    const double growth = static_cast<double>(highest - afterFirstGroup) / static_cast<double>(afterFirstGroup);
-    std::printf("%zu searches over %zu articles; resident after the first group %ld KB, at most %ld KB (%+.1f %%)\n",
-        runs, groups.size() * articles, afterFirstGroup, highest, 100 * growth);
-#ifndef __SANITIZE_ADDRESS__ // which keeps what is freed for a while
-    EXPECT_GT(highest, 0);
-    EXPECT_LT(growth, 0.05);
-#endif
-    EXPECT_GT(StoredWhole(), 0U);
-    for (const auto& [file, article] : attachments)
-        EXPECT_TRUE(fs::exists(destination + file) || brokenOff.contains(file)) << file << " is missing";
-    EXPECT_TRUE(desktop.boxes.empty());
 }
 
 TEST_F(WholeProgramTest, AttachmentInPartsInAnyOrder)

@@ -4,7 +4,6 @@
 #include <QTest>
 
 #include <malloc.h>
-#include <random>
 
 TEST(ReplyReceiverTest, Numbers)
 {
@@ -84,37 +83,5 @@ TEST(ReplyReceiverTest, NoTextKeepsTheMemoryOfALargeOne)
         EXPECT_GE(client.Session.CmdBody(2).size(), large);
         leave ? client.Session.TcpDisconnect() : void(client.Run("head 2"));
         EXPECT_TRUE(Until([&] { return inUse() < before + (2 << 20); })) << leave;
-    }
-    // The first text comes in one packet with the start of the next.
-    for (const std::vector<std::size_t>& sizes : {std::vector<std::size_t>{10, large}, {large, large, large, 10}}) {
-        ReceiveBuffer buffer;
-        for (const std::size_t size : sizes)
-            buffer.Append(std::string(size, 'x'));
-        for (const std::size_t size : sizes)
-            (void)buffer.Take(size - 1, 0);
-        EXPECT_LT(inUse(), before + (2 << 20)) << sizes.size();
-    }
-}
-
-// The buffer against a plain string, over a few thousand steps of any size.
-TEST(ReceiveBufferTest, KeepsWhatHasNotBeenTaken)
-{
-    std::mt19937 random(1);
-    const auto upTo = [&random](std::size_t most) { return random() % (most + 1); };
-    ReceiveBuffer buffer;
-    std::string model;
-    for (int step = 0; step < 5000; ++step) {
-        const std::string bytes(upTo(step % 7 == 0 ? 500 : 5), static_cast<char>('a' + step % 26));
-        buffer.Append(bytes);
-        model += bytes;
-        const std::size_t count = upTo(model.size());
-        const std::size_t dropped = upTo(std::min<std::size_t>(model.size() - count, 3));
-        if (step % 3 != 0) {
-            ASSERT_EQ(buffer.Take(count, dropped), model.substr(0, count));
-            model.erase(0, count + dropped);
-        }
-        ASSERT_EQ(buffer.Text(), model);
-        const std::size_t from = upTo(model.size() + 3) + 1;
-        ASSERT_EQ(buffer.Find("zz", from), from > model.size() ? 0 : model.find("zz", from - 1) + 1);
     }
 }

@@ -1,4 +1,3 @@
-#include "demo/sample/Loopback.h"
 #include "demo/sample/SampleServer.h"
 #include "demo/support/Screen.h"
 #include "platform/Events.h"
@@ -10,10 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <malloc.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 TEST(SocketTest, PortIsAWholeNumberWithWhichTheTextBegins)
 {
@@ -97,30 +93,4 @@ TEST(SocketTest, WhatNobodyTakesWaitsAtTheOtherSide)
         EXPECT_TRUE(Until([&] { return closed; }));
         EXPECT_EQ(received, sent);
     }
-}
-
-// A search is one long call: what its connections held must not be kept until it has returned. The call is a handler of
-// the very socket here, which closes the connection that it tells of, too.
-TEST(SocketTest, WhatIsOverIsGivenBackWhileAHandlerStillRuns)
-{
-    const auto descriptors = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
-    const int listening = socket(AF_INET, SOCK_STREAM, 0);
-    const std::uint16_t port = ListenOnLoopback(listening);
-    Socket socket;
-    bool done = false;
-    socket.StateChanged = [&] {
-        if (socket.State() != SocketState::Connected || std::exchange(done, true))
-            return;
-        const std::ptrdiff_t before = descriptors();
-        for (int round = 0; round < 4; ++round) {
-            const bool refused = round % 2 == 0; // such a connection has no descriptor
-            socket.Connect("127.0.0.1", refused ? 1 : port);
-            EXPECT_TRUE(
-                Until([&] { return socket.State() == (refused ? SocketState::Error : SocketState::Connected); }));
-            EXPECT_EQ(descriptors(), refused ? before - 1 : before);
-        }
-    };
-    socket.Connect("127.0.0.1", port);
-    EXPECT_TRUE(Until([&] { return done; }));
-    close(listening);
 }

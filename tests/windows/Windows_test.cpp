@@ -293,18 +293,6 @@ TEST(Windows, ComeBackWhereTheyWere)
     screen.ExpectMiddle(screen.Choose("alt+h Down Return", "About "), screen.room.center());
 }
 
-TEST(Windows, LeaveNothingBehindWhenThereIsNoServer)
-{
-    XScreen screen({1024, 768});
-    const std::string first = screen.Opened("Add News Server");
-    screen.Do(first, "key F1");
-    screen.Opened("Tamarack Help");
-    screen.Do(first, "key Escape");
-    screen.Do(screen.Opened("Error"), "key Escape");
-    EXPECT_TRUE(screen.HasEnded());
-    EXPECT_THAT(FilesBelow(screen.temporary), testing::IsEmpty());
-}
-
 TEST(Windows, FitASmallScreenOfManyDots)
 {
     const XScreen screen({1280, 900}, 192);
