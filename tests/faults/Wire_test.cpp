@@ -57,7 +57,7 @@ protected:
         beat.start();
         heart.start(2ms);
         Click("cmdFindNow");
-        EXPECT_TRUE(proxy->HasStruck() || fault.kind == None);
+        EXPECT_TRUE(Until([&] { return proxy->HasStruck() || fault.kind == None; }));
         EXPECT_EQ(CaptionOf("frmTamarack"), frmTamarack::idleCaption);
         EXPECT_TRUE(IsEnabled("cmdFindNow"));
         return longest;

@@ -215,7 +215,7 @@ TEST_F(EncryptionTest, WhatCannotBeAccepted)
             SearchAndWhen([&] { return spoilt.HasStruck(); }, [] { Click("cmdStop"); });
         else
             Search();
-        EXPECT_EQ(spoilt.HasStruck(), row.fault.kind != None);
+        EXPECT_TRUE(Until([&] { return spoilt.HasStruck() == (row.fault.kind != None); }));
         EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Connection Error"));
         EXPECT_EQ(PanelText("StatusBar1", 1), "Status: Error");
         EXPECT_FALSE(HasPadlock());
