@@ -54,7 +54,10 @@ public:
             }
         });
         if (encrypted)
-            connect(tls, &QSslSocket::encrypted, this, [this] { Post([this] { Judge(); }); });
+            connect(tls, &QSslSocket::encrypted, this, [this] {
+                judging = true;
+                Post([this] { Judge(); });
+            });
     }
 
     // The end of the socket itself raises signals, which must not meet what is already half gone.
@@ -145,20 +148,20 @@ private:
         const Certificate& certificate = encryption.certificate;
         if (!certificate.IsTrusted()) {
             // An answer takes longer than many a server waits; what becomes of the connection meanwhile is told then.
-            judging = true;
             const QPointer<Connection> self(this);
             const auto accept = owner.AcceptCertificate;
             const bool accepted = !certificate.Fingerprint().empty() && accept
                 && accept(certificate, [self] { return !self.isNull(); });
             if (!self)
                 return;
-            judging = false;
             if (!accepted) {
                 owner.Fail("The certificate was not accepted.");
                 return;
             }
         }
-        if (tcp->state() != QAbstractSocket::ConnectedState) {
+        // A server that is too busy may say so and hang up at once.
+        const bool isOver = tcp->state() != QAbstractSocket::ConnectedState;
+        if (isOver && (!certificate.IsTrusted() || tcp->bytesAvailable() == 0)) {
             owner.Fail(tcp->errorString().toStdString());
             return;
         }
@@ -166,6 +169,8 @@ private:
         if (tcp->bytesAvailable() > 0)
             PostArrival();
         owner.encryption = std::move(encryption);
+        if (isOver)
+            PostClosed();
         owner.Enter(SocketState::Connected);
     }
 
@@ -205,7 +210,7 @@ private:
     const std::unique_ptr<QTcpSocket> tcp;
     std::string host;
     SocketState closedState = SocketState::Closing;
-    bool judging = false;
+    bool judging = false; // from the end of the handshake on
     bool established = false;
     bool arrivalPosted = false;
 };

@@ -1,9 +1,6 @@
-#include "demo/sample/SampleServer.h"
 #include "tests/session/ScriptedSession.h"
 
 #include <QTest>
-
-#include <malloc.h>
 
 TEST(ReplyReceiverTest, Numbers)
 {
@@ -67,21 +64,4 @@ TEST(ReplyReceiverTest, AReplyThatIsTooLongEndsTheSession)
     EXPECT_EQ(client.Outcome(), "closed stop");
     EXPECT_EQ(client.Status(), "Status: Reply Too Long");
     EXPECT_EQ(client.Session.RecvBuffer.Length(), 0U);
-}
-
-TEST(ReplyReceiverTest, NoTextKeepsTheMemoryOfALargeOne)
-{
-    const std::size_t large = 8 << 20;
-    const SampleServer server({GroupOf("alt.kites", 1, {std::string(large, 'x')})});
-    ScriptedSession client("", "");
-    client.MainForm.txtPort.SetText(std::to_string(server.Port()));
-    ASSERT_TRUE(client.Session.TcpConnect());
-    EXPECT_EQ(client.Run("group alt.kites"), "true");
-    const auto inUse = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
-    const std::size_t before = inUse();
-    for (const bool leave : {false, true}) {
-        EXPECT_GE(client.Session.CmdBody(2).size(), large);
-        leave ? client.Session.TcpDisconnect() : void(client.Run("head 2"));
-        EXPECT_TRUE(Until([&] { return inUse() < before + (2 << 20); })) << leave;
-    }
 }

@@ -1,5 +1,6 @@
 #include "demo/sample/SampleServer.h"
 #include "demo/support/Screen.h"
+#include "demo/support/TemporaryFolder.h"
 #include "platform/Events.h"
 #include "platform/Socket.h"
 #include "tests/support/ScriptedServer.h"
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <malloc.h>
+#include <openssl/ssl.h>
 
 TEST(SocketTest, PortIsAWholeNumberWithWhichTheTextBegins)
 {
@@ -92,5 +94,28 @@ TEST(SocketTest, WhatNobodyTakesWaitsAtTheOtherSide)
         socket.AnnounceWaiting();
         EXPECT_TRUE(Until([&] { return closed; }));
         EXPECT_EQ(received, sent);
+    }
+}
+
+// A server that is too busy. In TLS 1.2 its words and its end may come with the end of the handshake.
+TEST(SocketTest, AGreetingThatIsFollowedByTheEnd)
+{
+    const TemporaryFolder folder;
+    const auto identity = std::make_shared<Identity>(Identity::Wishes{.names = {"IP:127.0.0.1"}, .isAuthority = true});
+    MakeFile(folder.File("authority.pem"), identity->Certificate());
+    const SampleServer server({},
+        {.send = [](Channel& client, std::string_view bytes) { return client.Send(bytes) && false; },
+            .identity = identity,
+            .protocol = TLS1_2_VERSION});
+    for (int round = 0; round < 20; ++round) {
+        Socket socket;
+        socket.SecurePorts = {server.SecurePort()};
+        socket.AuthoritiesFile = folder.File("authority.pem");
+        std::string events;
+        socket.DataArrival = [&] { events += socket.GetData().substr(0, 4); };
+        socket.Closed = [&] { events += "closed"; };
+        socket.Connect("127.0.0.1", server.SecurePort());
+        EXPECT_TRUE(Until([&] { return events.ends_with("closed") || socket.State() == SocketState::Error; }));
+        EXPECT_EQ(events, "201 closed") << socket.FailureReason();
     }
 }
