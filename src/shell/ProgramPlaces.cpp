@@ -16,9 +16,8 @@ fs::path UserDataDirectory()
 {
     if (const char* dataHome = std::getenv("XDG_DATA_HOME"); dataHome != nullptr && *dataHome == '/')
         return dataHome;
-    // Somebody without a home directory has none that others could foresee either.
-    const char* home = std::getenv("HOME");
-    return fs::path(home != nullptr && *home == '/' ? home : "/") / ".local" / "share";
+    // It is there, and absolute, from the start of the application on.
+    return fs::path(std::getenv("HOME")) / ".local" / "share";
 }
 
 bool IsInstallation(std::string_view executables) { return executables.ends_with("/bin/"); }
