@@ -40,13 +40,14 @@ void TakeSlideShow(Camera& camera, const std::string& group)
     Click("frmSlideShow/Command1(0)");
     int shown = 0;
     std::string last;
-    (void)Until([&] {
+    const bool hasComeRound = Until([&] {
         const std::string pane = PanelText("frmSlideShow/StatusBar1", 2);
         shown += pane != last && pane.starts_with("Pane: ");
         last = pane;
         return shown > 6;
     });
-    camera.Take("9-slide-show", "frmSlideShow");
+    if (hasComeRound)
+        camera.Take("9-slide-show", "frmSlideShow");
     Click("frmSlideShow/Command1(1)");
     ChooseMenu("mnuSlideShow");
 }

@@ -32,8 +32,10 @@ The server has a second port, which is named at the start, for encrypted connect
 
 With no display, or with --screenshots, it does one whole search by itself, encrypted, prints each stored file, compares
 it with what was posted, and writes pictures of all windows to DIR. Below each it prints what is hard to read in it. The
-exit code is then 0 if all is as posted, and 1 if not.
+exit code is then 0 if all is as posted and each picture was taken, and 1 if not.
 )";
+
+constexpr int pictures = 16; // one during the search, and those of the windows
 
 bool IsSet(const char* variable)
 {
@@ -60,6 +62,11 @@ void Start(Program& program, const SampleServer& server, std::uint16_t port)
 
 int main(int argc, char** argv)
 {
+    const bool hasDisplay = HasDisplay();
+    if (!hasDisplay)
+        setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    Application application(argc, argv);
+
     std::string screenshots;
     for (int at = 1; at < argc; ++at) {
         const std::string_view argument = argv[at];
@@ -70,11 +77,7 @@ int main(int argc, char** argv)
             return argument == "--help" ? EXIT_SUCCESS : 2;
         }
     }
-    const bool hasDisplay = HasDisplay();
     const bool attended = hasDisplay && screenshots.empty();
-    if (!hasDisplay)
-        setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    Application application(argc, argv);
 
     const SamplePostings postings = MakeSamplePostings();
     DemoFolder folder;
@@ -110,5 +113,5 @@ int main(int argc, char** argv)
     const std::string protocol = TCP1.Encrypted() ? TCP1.Encrypted()->protocol : "";
     std::printf("The connection was %s.\n", protocol.empty() ? "NOT ENCRYPTED" : protocol.c_str());
     TakePicturesOfWindows(camera, desktop, program.MainWindow(), postings.groupsToSearch.front());
-    return asPosted && !protocol.empty() && camera.TookAll() ? EXIT_SUCCESS : EXIT_FAILURE;
+    return asPosted && !protocol.empty() && camera.Taken() == pictures ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -22,7 +22,6 @@ Camera::Camera(const std::string& newDirectory)
 
 void Camera::Take(std::string_view name, QWidget& window)
 {
-    ++asked;
     const std::string path = directory + std::string(name) + ".png";
     // Some styles pale what is in a window that is not in use, or take their time over a change.
     window.activateWindow();
@@ -39,7 +38,6 @@ void Camera::Take(std::string_view name, std::string_view window) { Take(name, F
 
 void Camera::TakeNext(std::string_view name, std::string_view window)
 {
-    ++asked;
     // Behind the event that brings it up, and once its desktop has had time to place it.
     QTimer::singleShot(0, qApp, [this, name = std::string(name), window = std::string(window)] {
         const auto found = [&]() -> QWidget* {
@@ -51,10 +49,12 @@ void Camera::TakeNext(std::string_view name, std::string_view window)
             }
             return nullptr;
         };
-        if (!Until([&] { return found() != nullptr && found()->isVisible(); }))
+        if (!Until([&] { return found() != nullptr && found()->isVisible(); })) {
+            // Whatever came in its place would wait for ever.
+            QApplication::closeAllWindows();
             return;
+        }
         QTest::qWait(100);
-        --asked;
         Take(name, *found());
         QTest::keyClick(found(), Qt::Key_Escape);
     });

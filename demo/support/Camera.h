@@ -19,11 +19,10 @@ public:
     // name, or of a message box if there is none.
     void TakeNext(std::string_view name, std::string_view window = {});
 
-    // All pictures that were asked for have been written.
-    bool TookAll() const { return asked == written; }
+    // How many pictures have been written.
+    int Taken() const { return written; }
 
 private:
     const std::string directory;
-    int asked = 0;
     int written = 0;
 };

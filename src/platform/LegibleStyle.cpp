@@ -3,6 +3,7 @@
 #include <QAbstractScrollArea>
 #include <QPainter>
 #include <QProxyStyle>
+#include <QPushButton>
 #include <QStyleOption>
 
 namespace {
@@ -28,7 +29,7 @@ public:
     void drawControl(
         ControlElement element, const QStyleOption* option, QPainter* painter, const QWidget* widget) const override
     {
-        if (element == CE_PushButtonLabel && widget != nullptr) {
+        if (element == CE_PushButtonLabel && qobject_cast<const QPushButton*>(widget) != nullptr) {
             QStyleOptionButton label(*static_cast<const QStyleOptionButton*>(option));
             if (label.fontMetrics.size(Qt::TextShowMnemonic, label.text).width() > label.rect.width())
                 label.rect = widget->rect();
@@ -71,6 +72,8 @@ public:
         QProxyStyle::drawComplexControl(control, option, painter, widget);
         if (control == CC_ComboBox && IsBlack(option->palette))
             DrawEdge(option, QPalette::WindowText, painter);
+        if (control == CC_ToolButton && option->state.testFlag(State_HasFocus) && name() == QLatin1String("adwaita"))
+            DrawEdge(option, QPalette::Highlight, painter);
     }
 
 private:

@@ -26,8 +26,9 @@ void FindHome()
     const char* const home = std::getenv("HOME");
     if (home != nullptr && *home == '/')
         return;
-    if (const passwd* user = getpwuid(geteuid()); user != nullptr && *user->pw_dir == '/')
-        setenv("HOME", user->pw_dir, 1);
+    const passwd* user = getpwuid(geteuid());
+    // Somebody without a home directory has none that others could foresee either.
+    setenv("HOME", user != nullptr && *user->pw_dir == '/' ? user->pw_dir : "/", 1);
 }
 
 // When the application is made, the toolkit works out its list of directories once more, that of the executable at its

@@ -44,7 +44,8 @@ public:
         connect(tcp.get(), &QTcpSocket::readyRead, this, [this] { PostArrival(); });
         connect(tcp.get(), &QTcpSocket::disconnected, this, [this] { PostClosed(); });
         connect(tcp.get(), &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError error) {
-            if (!established && !judging) {
+            hasEnded = true;
+            if (!established && !handshaken) {
                 PostFailure(tcp->errorString().toStdString());
             } else if (error != QAbstractSocket::RemoteHostClosedError) {
                 closedState = SocketState::Error;
@@ -55,7 +56,9 @@ public:
         });
         if (encrypted)
             connect(tls, &QSslSocket::encrypted, this, [this] {
-                judging = true;
+                // What there is to know of it goes with the connection.
+                handshaken = Encryption{ProtocolName(tls->sessionProtocol()), tls->sessionCipher().name().toStdString(),
+                    Certificate(*tls, host)};
                 Post([this] { Judge(); });
             });
     }
@@ -143,9 +146,8 @@ private:
 
     void Judge()
     {
-        Encryption encryption{
-            ProtocolName(tls->sessionProtocol()), tls->sessionCipher().name().toStdString(), Certificate(*tls, host)};
-        const Certificate& certificate = encryption.certificate;
+        const bool hadEnded = hasEnded;
+        const Certificate& certificate = handshaken->certificate;
         if (!certificate.IsTrusted()) {
             // An answer takes longer than many a server waits; what becomes of the connection meanwhile is told then.
             const QPointer<Connection> self(this);
@@ -159,17 +161,16 @@ private:
                 return;
             }
         }
-        // A server that is too busy may say so and hang up at once.
-        const bool isOver = tcp->state() != QAbstractSocket::ConnectedState;
-        if (isOver && (!certificate.IsTrusted() || tcp->bytesAvailable() == 0)) {
+        // A server that is too busy may say so and hang up at once; one that hung up while the user was asked has gone.
+        if (hasEnded && (!hadEnded || tcp->bytesAvailable() == 0)) {
             owner.Fail(tcp->errorString().toStdString());
             return;
         }
         established = true;
         if (tcp->bytesAvailable() > 0)
             PostArrival();
-        owner.encryption = std::move(encryption);
-        if (isOver)
+        owner.encryption = handshaken;
+        if (tcp->state() == QAbstractSocket::UnconnectedState)
             PostClosed();
         owner.Enter(SocketState::Connected);
     }
@@ -210,7 +211,8 @@ private:
     const std::unique_ptr<QTcpSocket> tcp;
     std::string host;
     SocketState closedState = SocketState::Closing;
-    bool judging = false; // from the end of the handshake on
+    std::optional<Encryption> handshaken; // from the end of the handshake on
+    bool hasEnded = false; // with an error, as which the toolkit counts the other side's end
     bool established = false;
     bool arrivalPosted = false;
 };

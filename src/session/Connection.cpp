@@ -41,7 +41,8 @@ bool NewsSession::TcpConnect()
     ShowStatus("Connecting");
     TCP1.Connect(MainForm.cboNewsServer.Text(), Socket::PortFrom(MainForm.txtPort.Text()));
     LogStep("waiting for connection");
-    while (TCP1.State() != SocketState::Connected) {
+    // A server may have hung up again by the time that anybody looks.
+    while (TCP1.State() != SocketState::Connected && TCP1.State() != SocketState::Closing) {
         WaitForEvents();
         if (TCP1.State() == SocketState::Error || StopFlag)
             return ConnectionFailed();

@@ -91,6 +91,7 @@ TEST_F(FindNowTest, ControlsDuringASearch)
     server.StopListening();
     Search();
     EXPECT_EQ(desktop.boxes.back().title, "Connection Error");
+    EXPECT_THAT(desktop.boxes.back().text, testing::StartsWith("Could not connect to server\r\nPlease make sure the "));
     ExpectBusy(false);
 }
 
