@@ -72,7 +72,8 @@ public:
         QProxyStyle::drawComplexControl(control, option, painter, widget);
         if (control == CC_ComboBox && IsBlack(option->palette))
             DrawEdge(option, QPalette::WindowText, painter);
-        if (control == CC_ToolButton && option->state.testFlag(State_HasFocus) && name() == QLatin1String("adwaita"))
+        if (control == CC_ToolButton && option->state.testFlag(State_HasFocus)
+            && baseStyle()->name().startsWith(QLatin1String("adwaita")))
             DrawEdge(option, QPalette::Highlight, painter);
     }
 
