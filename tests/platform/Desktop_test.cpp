@@ -9,6 +9,7 @@
 #include <QLibraryInfo>
 #include <QListView>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 
@@ -102,4 +103,9 @@ TEST(Look, AnIconAndAnEdgeAroundTheListWithTheFocus)
             EXPECT_EQ(seen.pixelColor(place) == list.palette().color(QPalette::Highlight), focused);
         EXPECT_EQ(seen.pixelColor(30, 30), list.palette().color(QPalette::Base));
     }
+    const QPalette own = QApplication::palette();
+    QApplication::setPalette(QPalette(Qt::black, Qt::black));
+    EXPECT_GT(QPushButton("m").grab().toImage().pixelColor(0, 9).lightness(), 200) << "an edge on a black ground";
+    EXPECT_GT(own.color(QPalette::PlaceholderText).alpha(), 160) << "a hint can be read";
+    QApplication::setPalette(own);
 }
