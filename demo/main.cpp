@@ -35,8 +35,6 @@ it with what was posted, and writes pictures of all windows to DIR. Below each i
 exit code is then 0 if all is as posted and each picture was taken, and 1 if not.
 )";
 
-constexpr int pictures = 16; // one during the search, and those of the windows
-
 bool IsSet(const char* variable)
 {
     const char* value = std::getenv(variable);
@@ -113,5 +111,5 @@ int main(int argc, char** argv)
     const std::string protocol = TCP1.Encrypted() ? TCP1.Encrypted()->protocol : "";
     std::printf("The connection was %s.\n", protocol.empty() ? "NOT ENCRYPTED" : protocol.c_str());
     TakePicturesOfWindows(camera, desktop, program.MainWindow(), postings.groupsToSearch.front());
-    return asPosted && !protocol.empty() && camera.Taken() == pictures ? EXIT_SUCCESS : EXIT_FAILURE;
+    return asPosted && !protocol.empty() && camera.Taken() == 1 + windowPictures ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -21,12 +21,10 @@ bool UnattendedDesktop::Ask(std::string_view text, std::string_view title, const
 
 void UnattendedDesktop::Sleep(std::chrono::milliseconds)
 {
-    PaintWindows();
+    Desktop::Sleep(std::chrono::milliseconds::zero()); // brings the windows up to date
     if (whileHeld)
         whileHeld();
 }
-
-void UnattendedDesktop::PaintWindows() { Desktop::Sleep(std::chrono::milliseconds::zero()); }
 
 bool UnattendedDesktop::ShellOpen(const std::string& address)
 {

@@ -16,9 +16,6 @@ public:
     // Called before a question of safety, which then comes up as it does for a user; this has to see to its end.
     std::function<void()> whileAsked;
 
-    // Brings what the windows show up to date, as before a hold.
-    void PaintWindows();
-
     MessageAnswer MsgBox(std::string_view text, std::string_view title, MessageButtons buttons) override;
     bool Ask(std::string_view text, std::string_view title, const std::function<bool()>& isWanted) override;
     void Sleep(std::chrono::milliseconds duration) override;

@@ -147,7 +147,8 @@ private:
     void Judge()
     {
         const bool hadEnded = hasEnded;
-        const Certificate& certificate = handshaken->certificate;
+        // A copy: the connection may go while the user is asked.
+        const Certificate certificate = handshaken->certificate;
         if (!certificate.IsTrusted()) {
             // An answer takes longer than many a server waits; what becomes of the connection meanwhile is told then.
             const QPointer<Connection> self(this);

@@ -4,11 +4,9 @@
 #include "demo/support/TemporaryFolder.h"
 #include "platform/Form.h"
 #include "platform/ImageControl.h"
-#include "tests/support/HostilePictures.h"
 
 #include <QImage>
 #include <QLabel>
-#include <QTimer>
 #include <QtEndian>
 
 #include <climits>

@@ -7,7 +7,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <sstream>
