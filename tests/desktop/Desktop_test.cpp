@@ -9,6 +9,7 @@
 #include <QAbstractScrollArea>
 #include <QClipboard>
 #include <QDropEvent>
+#include <QInputDialog>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
@@ -155,9 +156,12 @@ TEST_F(DesktopServicesTest, TheEndOfALongSearchIsToldOnce)
         search(0s, "Stopped.");
         return Recorded("Notify(Tamarack, 7, tamarack, The search has ended, 2 attachments from 1 group. Stop", 9ms);
     }));
-    for (const auto& [note, action] : {std::pair(8U, "open"), {7U, "default"}, {7U, "open"}})
+    const auto hasOpened = [&] { return !desktop.opened.empty(); };
+    for (const auto& [note, action] : {std::pair(8U, "open"), {7U, "default"}})
         Bus().Press(note, action);
-    EXPECT_TRUE(Until([&] { return !desktop.opened.empty(); }));
+    EXPECT_FALSE(Until(hasOpened, 50ms));
+    Bus().Press(7, "open");
+    EXPECT_TRUE(Until(hasOpened));
     EXPECT_THAT(desktop.opened, ElementsAre(AddressOfFile(destination)));
 }
 
@@ -219,4 +223,26 @@ TEST_F(DesktopServicesTest, MenusDoWhatButtonsDo)
         EXPECT_EQ(DropOn("txtSelectDir", dragged), *name == '\0');
     }
     EXPECT_EQ(TextOf("txtSelectDir"), folder.File(""));
+}
+
+TEST_F(DesktopServicesTest, ADirectoryIsMadeInTheOpenOne)
+{
+    Start();
+    ChooseMenu("mnuSlideShow");
+    for (const auto& [name, end] : {std::pair("", Qt::Key_Return), {"boats", Qt::Key_Escape}, {"kites", Qt::Key_Return},
+             {"a/b", Qt::Key_Return}}) {
+        const std::function<void()> type = [&, name = name, end = end] {
+            auto* box = dynamic_cast<QInputDialog*>(QApplication::activeModalWidget());
+            if (box == nullptr)
+                return QTimer::singleShot(1, type);
+            QTest::keyClicks(box->focusWidget(), name);
+            QTest::keyClick(box, end);
+        };
+        type();
+        ChooseFromMenu("frmSlideShow/Dir1", "New directory...");
+    }
+    EXPECT_THAT(RowsOf("frmSlideShow/Dir1"), testing::Contains("kites"));
+    EXPECT_FALSE(FileExists(destination + "boats"));
+    ASSERT_EQ(desktop.boxes.size(), 1U);
+    EXPECT_THAT(desktop.boxes[0].text, testing::EndsWith("\r\n" + destination + "kites/a/b"));
 }

@@ -82,6 +82,7 @@ protected:
         captions.clear();
         Click("cmdFindNow");
         EXPECT_EQ(CaptionOf("frmTamarack"), frmTamarack::idleCaption);
+        EXPECT_EQ(QApplication::overrideCursor(), nullptr);
         EXPECT_TRUE(atCaption.empty()) << atCaption.begin()->first << " was not seen";
     }
 
