@@ -36,7 +36,10 @@ protected:
     static void Filter(const char* button, const std::string& terms)
     {
         TypeInto("txtNewsGroups", terms);
-        Click(button);
+        if (std::string_view(button) == "cmdAndFilter")
+            QTest::keyClick(&Find<QWidget>("txtNewsGroups"), Qt::Key_Return);
+        else
+            Click(button);
         Until([] { return PanelText("StatusBar2", 4).empty(); });
     }
 };

@@ -109,7 +109,7 @@ TEST_F(DesktopServicesTest, ASearchKeepsTheComputerAwakeAndTellsHowFarItIs)
     SearchWith(
         [] {
             EXPECT_TRUE(Recorded("Inhibit(, 4, reason=Searching"));
-            Click("cmdStop");
+            PressAlt(Qt::Key_S);
         },
         "X: wait-close\n");
     EXPECT_TRUE(Recorded("Close()"));

@@ -82,6 +82,8 @@ TEST_F(DebugConsoleTest, OneCommandAtATime)
     server.OnPause = [&](const std::string&) { expectEnabled(false); };
     Start({"alt.kites"}, server.Port());
     Open();
+    for (const char* name : {"txtLogFile", "DebugWindow", "TxtManual"})
+        EXPECT_FALSE(Find<QWidget>(name).accessibleName().isEmpty()) << name;
     Click("cmdCmd(0)");
     expectEnabled(true);
     for (const char* const line : {"date", "group alt.kites", "stat 2", "next"}) {

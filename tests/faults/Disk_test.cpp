@@ -76,7 +76,8 @@ TEST_F(DiskTest, ADestinationThatCannotBeWrittenOrGoes)
     Search();
     EXPECT_FALSE(fs::exists(destination));
     EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(3, "alt.kites"));
-    Click("cmdFindNow");
+    PressAlt(Qt::Key_N);
+    EXPECT_TRUE(Until([this] { return !desktop.boxes.empty(); }));
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
 }
 

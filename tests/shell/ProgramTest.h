@@ -7,6 +7,7 @@
 #include "shell/Program.h"
 #include "tests/support/TestDesktop.h"
 
+#include <QTest>
 #include <QTimer>
 
 #include <filesystem>
@@ -84,6 +85,15 @@ protected:
         EXPECT_EQ(CaptionOf("frmTamarack"), frmTamarack::idleCaption);
         EXPECT_EQ(QApplication::overrideCursor(), nullptr);
         EXPECT_TRUE(atCaption.empty()) << atCaption.begin()->first << " was not seen";
+    }
+
+    // On the main form.
+    static void PressAlt(Qt::Key key)
+    {
+        QWidget* const window = WindowNamed("frmTamarack");
+        window->activateWindow();
+        ASSERT_TRUE(Until([&] { return window->isActiveWindow(); }));
+        QTest::keyClick(window, key, Qt::AltModifier);
     }
 
     // Makes the next search begin with this pointer file, none if it is empty, and an empty destination.

@@ -69,8 +69,12 @@ TEST_F(ShellTest, MissingOddAndDamagedSettings)
         Start();
         EXPECT_EQ(TextOf("txtKB") + TextOf("cboSizeIs"), "10");
         EXPECT_EQ(TextOf("txtSelectDir"), std::filesystem::current_path().string() + "/");
+        for (const char* name :
+            {"txtLimitPictures", "lblPerNewsGroup", "txtMaxToDownload", "txtPassword", "cmdSavePicks"})
+            EXPECT_FALSE(IsEnabled(name)) << name;
         TypeInto("txtNamed", "boats");
-        Click("Command1");
+        PressAlt(Qt::Key_X);
+        EXPECT_TRUE(Until([this] { return Stored("6") == "boats"; }));
         EXPECT_EQ(Stored("2") + Stored("6") + Stored("7") + Stored("AutoLoad"), "1boatsTrue1");
         EXPECT_EQ(std::filesystem::status(places.settingsFile).permissions(), std::filesystem::perms(0600));
     }
