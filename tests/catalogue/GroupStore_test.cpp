@@ -17,6 +17,7 @@ protected:
         ScriptedServer server(script);
         server.OnPause = [](const std::string&) { Click("cmdStop"); };
         TypeInto("txtPort", std::to_string(server.Port()));
+        Click("cmdStop"); // of nothing
         Click("cmdRefresh");
         EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
         const bool closes = script.ends_with("X: close\n");

@@ -142,19 +142,20 @@ TEST_F(DesktopServicesTest, TheEndOfALongSearchIsToldOnce)
         progress.EnterGroup(1, 9);
         progress.Fetched(10, 1);
         progress.Fetched(10, 2);
+        progress.Fetched(10, 3);
         progress.End(obstacle);
     };
     search(0s, "before somebody's eyes");
     QApplication::setActiveWindow(nullptr);
     search(60s, "too short");
     search(0s, "");
-    EXPECT_TRUE(Recorded("Notify(Tamarack, 0, tamarack, The search is done, 2 attachments from 1 group., "
+    EXPECT_TRUE(Recorded("Notify(Tamarack, 0, tamarack, The search is done, 3 attachments from 1 group., "
                          "open|Open the directory"));
     EXPECT_THAT(Bus().record, Not(Contains(testing::HasSubstr("has ended"))));
     // In place of the first, once that has its number.
     EXPECT_TRUE(Until([&] {
         search(0s, "Stopped.");
-        return Recorded("Notify(Tamarack, 7, tamarack, The search has ended, 2 attachments from 1 group. Stop", 9ms);
+        return Recorded("Notify(Tamarack, 7, tamarack, The search has ended, 3 attachments from 1 group. Stop", 9ms);
     }));
     const auto hasOpened = [&] { return !desktop.opened.empty(); };
     for (const auto& [note, action] : {std::pair(8U, "open"), {7U, "default"}})

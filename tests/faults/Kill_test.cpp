@@ -189,6 +189,7 @@ TEST_F(KilledProgramTest, WhatItHadInHandGoesAtTheNextSearch)
     Start({"alt.kites"}, server.Port());
     const std::string elsewhere = folder.File("elsewhere/");
     fs::create_directory(elsewhere);
+    MakeFile(elsewhere + ".attachment-" + process + "-0.part", "half, and nothing tells of it");
     program->MainWindow().txtSelectDir.SetText(elsewhere);
     Search();
     EXPECT_THAT(FilesBelow(destination), testing::ElementsAre(held, "article7.uue", "red.jpg"));
