@@ -17,7 +17,6 @@ struct frmHelp : Form {
     {
         lblSearch.SetBuddy(txtSearch);
         lstFound.SetAccessibleName("Pages found");
-        lstFound.SetVisible(false);
         cmdBack.SetShortcut("Alt+Left");
         SetDialogButtons(cmdSearch, cmdClose);
     }

@@ -19,8 +19,7 @@ void DirectoryWalk::Begin(const std::string& path)
 {
     if (!Dir1.SetPath(path))
         (void)Dir1.SetPath(CurrentDirectory());
-    // A change of the volume by its user leads to the top of it; this one must not.
-    Drive1.Click = nullptr;
+    // A change of the volume by its user leads to the top of it; this one does not.
     Drive1.SetDrive(Dir1.Path());
     Drive1.Click = [this] { Drive1_Change(); };
 }

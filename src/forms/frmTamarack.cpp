@@ -73,11 +73,7 @@ frmTamarack::frmTamarack()
     txtNewsGroups.EnterPresses(cmdAndFilter);
 
     // The step to the top comes first on screen.
-    Command3.PrecedesInTabOrder(lstSelectedGroups);
     lstSelectedGroups.PrecedesInTabOrder(MyUpDown[2]);
-    MyUpDown[2].PrecedesInTabOrder(MyUpDown[0]);
-    MyUpDown[0].PrecedesInTabOrder(MyUpDown[1]);
-    MyUpDown[1].PrecedesInTabOrder(MyUpDown[3]);
     for (int slot = 0; slot < 3; ++slot) {
         const std::string picture = "picture " + std::to_string(slot + 1);
         SSPanel1[slot].SetAccessibleName("Room of " + picture);
@@ -86,11 +82,9 @@ frmTamarack::frmTamarack()
         cmdClear[slot].SetAccessibleName("Clear " + picture);
         cmdDelete[slot].SetAccessibleName("Delete " + picture);
         Command2[slot].PrecedesInTabOrder(cmdClear[slot]);
-        cmdClear[slot].PrecedesInTabOrder(cmdDelete[slot]);
         if (slot < 2)
             cmdDelete[slot].PrecedesInTabOrder(Command2[slot + 1]);
     }
-    MyUpDown[3].PrecedesInTabOrder(cmdClearAll);
 
     struct Topic {
         int number;

@@ -86,7 +86,6 @@ Application::Application(int& argc, char** argv)
     QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::Floor);
     application = std::make_unique<QApplication>(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tamarack"));
-    QApplication::setOrganizationName(QStringLiteral("Tamarack"));
     QApplication::setDesktopFileName(QStringLiteral("tamarack"));
     QApplication::setApplicationVersion(QStringLiteral(TAMARACK_VERSION));
     QApplication::setWindowIcon(WindowIcon());

@@ -132,6 +132,7 @@ TEST_F(DebugConsoleTest, OldTextGoesAndTroubleIsTold)
         window.resize(window.width() + 100, height);
         DoEvents();
         EXPECT_TRUE(area.width() == width + 100 && Find<QWidget>("txtLogFile").width() == width + 100);
-        EXPECT_GT(Find<QWidget>("TxtManual").y(), area.geometry().bottom());
+        for (const char* below : {"TxtManual", "cmdReset"})
+            EXPECT_GT(Find<QWidget>(below).y(), area.geometry().bottom()) << below;
     }
 }

@@ -59,6 +59,7 @@ TEST_F(SlideShowTest, SixPanesInACircle)
 {
     Open(8);
     EXPECT_EQ(TextOf("txtDelay"), "10");
+    EXPECT_FALSE(IsEnabled(Button(6))) << "a backdrop";
     EXPECT_THAT(RowsOf("lstFiles"),
         ElementsAre("p1.jpg", "p2.GIF", "p2a.bmp", "p3.jpg", "p4.GIF", "p5.jpg", "p6.GIF", "p7.jpg", "p8.GIF"));
     Click(Button(0));

@@ -95,6 +95,7 @@ TEST_F(ViewerTest, FollowsTheSearch)
     EXPECT_EQ(CaptionOf("frmShowPicture"), "square.jpg");
     Click("frmShowPicture/Command2");
     EXPECT_THAT(FilesBelow(destination), ElementsAre("alt.kites/odd.jpg", "alt.kites/wide.jpg"));
+    EXPECT_TRUE(ShowsNothing(shown) && CaptionOf("frmShowPicture").empty());
 
     // Closed, it lets go of the search.
     QTest::keyClick(&Find<QWidget>("Check1"), Qt::Key_Escape);
