@@ -83,6 +83,7 @@ TEST_F(HelpTest, PagesAreFoundAndGoneBackTo)
     EXPECT_EQ(Shown(), "The slide show  1180");
     TypeInto("txtSearch", "RETENTION");
     Click("cmdSearch");
+    EXPECT_GT(Find<QWidget>("Pages").y(), Find<QWidget>("lstFound").geometry().bottom());
     TypeInto("txtSearch", "Backspace"); // not searched for yet
     ClickRow("lstFound", 0);
     EXPECT_EQ(RowsOf("lstFound").size(), 1U);
@@ -99,6 +100,9 @@ TEST_F(HelpTest, PagesAreFoundAndGoneBackTo)
     EXPECT_EQ(Shown(), "The sizeable viewer");
     EXPECT_EQ(TopicOf(Find<QWidget>("cmdRefresh")), "News Groups  330"); // far down
     EXPECT_GT(Find<QTextBrowser>("page").verticalScrollBar()->value(), 0);
+    Click("frmHelp/cmdClose");
+    ChooseMenu("mnuHelpTopics");
+    EXPECT_FALSE(IsVisible("lstFound") || !TextOf("txtSearch").empty());
     Click("frmTamarack/Command1");
     EXPECT_FALSE(IsVisible("frmHelp"));
 }
