@@ -52,6 +52,7 @@ protected:
         server.OnPause = [&](const std::string&) { meanwhile(); };
         Start({"alt.kites"}, server.Port());
         Search();
+        EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
     }
 
     void SetUp() override { Bus().record.clear(); }
