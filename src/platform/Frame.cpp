@@ -1,6 +1,7 @@
 #include "platform/Frame.h"
 
 #include "platform/DisplayText.h"
+#include "platform/EventFilter.h"
 #include "platform/MouseReporting.h"
 
 #include <QEvent>
@@ -16,32 +17,6 @@ QFrame::Shape Shape(PanelEdge edge, const Place& place)
     const bool divider = place.height < 60;
     return divider ? QFrame::HLine : QFrame::StyledPanel;
 }
-
-// The edge of a panel that has the focus, above the picture that may cover it.
-class Edge : public QFrame {
-public:
-    explicit Edge(QWidget* panel)
-        : QFrame(panel)
-    {
-        setFrameShape(Box);
-        setLineWidth(2);
-        setForegroundRole(QPalette::Highlight);
-        setAttribute(Qt::WA_TransparentForMouseEvents);
-        hide();
-        panel->installEventFilter(this);
-    }
-
-protected:
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
-            setGeometry(parentWidget()->rect());
-            raise();
-            setVisible(event->type() == QEvent::FocusIn);
-        }
-        return false;
-    }
-};
 
 }
 
@@ -69,5 +44,19 @@ void Panel::SetHighlighted(bool highlighted)
 void Panel::TakesFocus()
 {
     widget->setFocusPolicy(Qt::TabFocus);
-    new Edge(widget);
+    // Above the picture that may cover the panel.
+    auto* edge = new QFrame(widget);
+    edge->setFrameShape(QFrame::Box);
+    edge->setLineWidth(2);
+    edge->setForegroundRole(QPalette::Highlight);
+    edge->setAttribute(Qt::WA_TransparentForMouseEvents);
+    edge->hide();
+    new EventFilter(widget, [this, edge](const QEvent& event) {
+        if (event.type() == QEvent::FocusIn || event.type() == QEvent::FocusOut) {
+            edge->setGeometry(widget->rect());
+            edge->raise();
+            edge->setVisible(event.type() == QEvent::FocusIn);
+        }
+        return false;
+    });
 }
