@@ -104,6 +104,9 @@ protected:
     Control(Container& container, QWidget* widget, std::string_view name, const Place& place);
     ~Control();
 
+    // The widget as what it was made as.
+    template <class Made> Made& As() const { return static_cast<Made&>(*widget); }
+
     QWidget* const widget;
 
 private:

@@ -30,9 +30,8 @@ Panel::Panel(Container& container, std::string_view name, const Place& place, Pa
     : Control(container, new MouseReporting<QFrame>(*this), name, place)
     , Container(widget)
 {
-    auto* frame = static_cast<QFrame*>(widget);
-    frame->setFrameShape(Shape(edge, place));
-    frame->setFrameShadow(edge == PanelEdge::Sunken ? QFrame::Sunken : QFrame::Plain);
+    As<QFrame>().setFrameShape(Shape(edge, place));
+    As<QFrame>().setFrameShadow(edge == PanelEdge::Sunken ? QFrame::Sunken : QFrame::Plain);
 }
 
 void Panel::SetHighlighted(bool highlighted)

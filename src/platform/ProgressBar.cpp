@@ -6,16 +6,16 @@
 ProgressBar::ProgressBar(Container& container, std::string_view name, const Place& place)
     : Control(container, new QProgressBar, name, place)
 {
-    static_cast<QProgressBar*>(widget)->setTextVisible(false);
+    As<QProgressBar>().setTextVisible(false);
     SetValue(0);
 }
 
-void ProgressBar::SetMinimum(int minimum) { static_cast<QProgressBar*>(widget)->setMinimum(minimum); }
+void ProgressBar::SetMinimum(int minimum) { As<QProgressBar>().setMinimum(minimum); }
 
-void ProgressBar::SetMaximum(int maximum) { static_cast<QProgressBar*>(widget)->setMaximum(maximum); }
+void ProgressBar::SetMaximum(int maximum) { As<QProgressBar>().setMaximum(maximum); }
 
 void ProgressBar::SetValue(int value)
 {
-    auto* bar = static_cast<QProgressBar*>(widget);
-    bar->setValue(std::clamp(value, bar->minimum(), bar->maximum()));
+    auto& bar = As<QProgressBar>();
+    bar.setValue(std::clamp(value, bar.minimum(), bar.maximum()));
 }

@@ -244,15 +244,15 @@ StatusBar::StatusBar(Container& container, std::string_view name, const Place& p
     std::initializer_list<StatusPanelDesign> designs, StatusBarPlace where)
     : Control(container, new StatusPanel::Row, name, place)
 {
-    auto* row = static_cast<StatusPanel::Row*>(widget);
+    auto& row = As<StatusPanel::Row>();
     for (const StatusPanelDesign& design : designs)
-        panels.push_back(StatusPanel(row->Add(design)));
-    row->Fit();
+        panels.push_back(StatusPanel(row.Add(design)));
+    row.Fit();
     if (where == StatusBarPlace::AsDesigned)
         return;
     // A layout that has nothing else in it leaves all other controls where they are.
-    row->setFixedSize(row->size());
+    row.setFixedSize(row.size());
     auto* edge = new QVBoxLayout(container.Content());
-    edge->setContentsMargins(row->x(), 0, 0, 0);
-    edge->addWidget(row, 1, Qt::AlignLeft | Qt::AlignBottom);
+    edge->setContentsMargins(row.x(), 0, 0, 0);
+    edge->addWidget(&row, 1, Qt::AlignLeft | Qt::AlignBottom);
 }
