@@ -10,9 +10,7 @@ ProgressBar::ProgressBar(Container& container, std::string_view name, const Plac
     SetValue(0);
 }
 
-void ProgressBar::SetMinimum(int minimum) { As<QProgressBar>().setMinimum(minimum); }
-
-void ProgressBar::SetMaximum(int maximum) { As<QProgressBar>().setMaximum(maximum); }
+void ProgressBar::SetRange(int minimum, int maximum) { As<QProgressBar>().setRange(minimum, maximum); }
 
 void ProgressBar::SetValue(int value)
 {
