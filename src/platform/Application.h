@@ -18,8 +18,6 @@ public:
     // Removes the toolkit's own options from the command line.
     Application(int& argc, char** argv);
     ~Application();
-    Application(const Application&) = delete;
-    Application& operator=(const Application&) = delete;
 
     // Delivers events for as long as the program runs; the result is its exit code.
     int Run();
