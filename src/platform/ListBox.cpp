@@ -127,10 +127,10 @@ public:
         refreshTimer.setSingleShot(true);
         connect(&refreshTimer, &QTimer::timeout, this, [this] {
             // Hidden by the program, which is filling it; not by lying on another tab.
-            if (testAttribute(Qt::WA_WState_ExplicitShowHide) && isHidden())
-                refreshTimer.start(refreshInterval);
-            else
+            if (box.Visible())
                 BringUpToDate();
+            else
+                refreshTimer.start(refreshInterval);
         });
         connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
             if (!quiet && current.isValid())
