@@ -289,16 +289,13 @@ void Form::SetLeft(double left) { window->MoveTo({Twips::ToPixels(left), window-
 
 void Form::SetTop(double top) { window->MoveTo({window->NormalPlace().x(), Twips::ToPixels(top)}); }
 
-void Form::SetWidth(double width)
-{
-    design.clientHeight = Height() - Chrome();
-    design.clientWidth = width - designedBorders;
-    Layout();
-}
+void Form::SetWidth(double width) { SetSize(width, Height()); }
 
-void Form::SetHeight(double height)
+void Form::SetHeight(double height) { SetSize(Width(), height); }
+
+void Form::SetSize(double width, double height)
 {
-    design.clientWidth = Width() - designedBorders;
+    design.clientWidth = width - designedBorders;
     design.clientHeight = height - Chrome();
     Layout();
 }

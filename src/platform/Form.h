@@ -92,6 +92,7 @@ private:
 
     QMenuBar& MenuBar();
     double Chrome() const;
+    void SetSize(double width, double height);
     void Layout();
 
     std::unique_ptr<Window> window;
