@@ -111,7 +111,11 @@ std::error_code CopyFile(const std::string& from, const std::string& to)
     std::filesystem::copy_file(from, copy.Path(), std::filesystem::copy_options::overwrite_existing, error);
     if (!error)
         error = copy.Finish();
-    return error ? error : copy.ReplaceName(to);
+    if (!error)
+        error = MoveFile(copy.Path(), to);
+    if (!error)
+        copy.Leave();
+    return error;
 }
 
 // Most file systems can do so in one step. Many others can give a file two names for a moment. On the rest an empty

@@ -101,14 +101,11 @@ std::string DecodeHex(std::string_view text, char mark)
     return bytes;
 }
 
-std::size_t FindIgnoringCase(std::string_view text, std::string_view part, std::size_t from)
+std::size_t FindIgnoringCase(std::string_view text, std::string_view part)
 {
-    if (from >= text.size())
-        return std::string_view::npos;
-    const auto found = std::search(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), part.begin(),
-        part.end(), [](char left, char right) { return LowerCase(left) == LowerCase(right); });
-    return found == text.end() && !part.empty() ? std::string_view::npos
-                                                : static_cast<std::size_t>(found - text.begin());
+    const auto found = std::search(text.begin(), text.end(), part.begin(), part.end(),
+        [](char left, char right) { return LowerCase(left) == LowerCase(right); });
+    return found == text.end() ? std::string_view::npos : static_cast<std::size_t>(found - text.begin());
 }
 
 bool SortsBefore(std::string_view left, std::string_view right)

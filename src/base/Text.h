@@ -38,9 +38,9 @@ std::string DecimalText(double value);
 // them stands for itself.
 std::string DecodeHex(std::string_view text, char mark);
 
-// The position of the first `part` in `text` at or after `from`, letters that differ only in ASCII case being equal.
+// The position of the first `part` in `text`, letters that differ only in ASCII case being equal.
 // std::string_view::npos if there is none. An empty part is found at once in a text that is not empty.
-std::size_t FindIgnoringCase(std::string_view text, std::string_view part, std::size_t from = 0);
+std::size_t FindIgnoringCase(std::string_view text, std::string_view part);
 
 // True if `left` comes before `right` in a sorted list: regardless of ASCII case, ties by byte.
 bool SortsBefore(std::string_view left, std::string_view right);

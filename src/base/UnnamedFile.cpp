@@ -106,14 +106,6 @@ std::error_code UnnamedFile::TakeName(const std::string& name)
     return error;
 }
 
-std::error_code UnnamedFile::ReplaceName(const std::string& name)
-{
-    const std::error_code error = MoveFile(path, name);
-    if (!error)
-        path.clear();
-    return error;
-}
-
 bool HasName(const Descriptor& file, const std::string& path)
 {
     struct stat ours = {};

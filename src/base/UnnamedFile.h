@@ -33,11 +33,10 @@ public:
     // Nothing more will be written. Brings it to the disk: what has its name is whole, also after the power went.
     [[nodiscard]] std::error_code Finish();
 
-    // Gives it its name: std::errc::file_exists if that is taken, or in place of whatever has it.
+    // Gives it its name: std::errc::file_exists if that is taken.
     [[nodiscard]] std::error_code TakeName(const std::string& name);
-    [[nodiscard]] std::error_code ReplaceName(const std::string& name);
 
-    // Goes with the object no longer.
+    // Goes with the object no longer, or has another name by now.
     void Leave() { path.clear(); }
 
 private:

@@ -131,8 +131,7 @@ void GroupStore::LoadGroupsFromDisk(ProgressBar& progressBar, Label& activity)
     const auto inRange = [](std::size_t position) {
         return static_cast<int>(std::min<std::size_t>(position, std::numeric_limits<int>::max()));
     };
-    progressBar.SetMinimum(1);
-    progressBar.SetMaximum(inRange(file.Length()));
+    progressBar.SetRange(1, inRange(file.Length()));
     progressBar.SetValue(1);
     list.SetVisible(false);
     int progress = 0;

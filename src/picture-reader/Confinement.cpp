@@ -119,12 +119,11 @@ bool FilterCalls(Files files)
         if (!Permit(filter, SCMP_SYS(fcntl), SCMP_A1(SCMP_CMP_EQ, command)))
             return false;
     }
-    bool permitted = Permit(filter, SCMP_SYS(clone), SCMP_A0(SCMP_CMP_EQ, flagsOfThread))
+    return Permit(filter, SCMP_SYS(clone), SCMP_A0(SCMP_CMP_EQ, flagsOfThread))
         && seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0) == 0
         && Permit(filter, SCMP_SYS(prctl), SCMP_A0(SCMP_CMP_EQ, PR_SET_NAME))
         && Permit(filter, SCMP_SYS(mmap), SCMP_A2(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0))
-        && Permit(filter, SCMP_SYS(mprotect), SCMP_A2(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0));
-    if (files == Files::OnlyFonts)
-        permitted = permitted && Permit(filter, SCMP_SYS(openat), SCMP_A2(SCMP_CMP_MASKED_EQ, writing, 0));
-    return permitted && seccomp_load(filter.get()) == 0;
+        && Permit(filter, SCMP_SYS(mprotect), SCMP_A2(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0))
+        && (files == Files::None || Permit(filter, SCMP_SYS(openat), SCMP_A2(SCMP_CMP_MASKED_EQ, writing, 0)))
+        && seccomp_load(filter.get()) == 0;
 }

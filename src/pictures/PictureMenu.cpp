@@ -13,7 +13,7 @@ void OfferPicture(Desktop& desktop, ImageControl& image, Panel& around, const st
             return [&desktop, what] { (void)desktop.ShellOpen(AddressOfFile(what)); };
         };
         return {{"Open", open(file), FileExists(file)}, {"Open the directory", open(DirectoryOf(file)), !file.empty()},
-            {"Copy picture", [picture] { Clipboard::SetPicture(picture); }, picture.Height() != 0},
+            {"Copy picture", [picture] { picture.CopyToClipboard(); }, picture.Height() != 0},
             {"Copy file name", [file] { Clipboard::SetText(BareName(file)); }, !file.empty()}};
     };
     image.SetContextMenu(entries);

@@ -12,9 +12,7 @@ const QString service = QStringLiteral("org.tamarack.Tamarack");
 const QString path = QStringLiteral("/org/tamarack/Tamarack");
 const QString interface = QStringLiteral("org.freedesktop.Application");
 
-}
-
-class Activation::Listener : public QDBusVirtualObject {
+class Listener : public QDBusVirtualObject {
 public:
     explicit Listener(std::function<void(const std::string&)> newActivated)
         : activated(std::move(newActivated))
@@ -42,12 +40,12 @@ private:
     const std::function<void(const std::string&)> activated;
 };
 
-Activation::Activation(std::function<void(const std::string&)> activated)
-    : listener(std::make_unique<Listener>(std::move(activated)))
-{
 }
 
-Activation::~Activation() = default;
+std::shared_ptr<void> Activation::Await(std::function<void(const std::string&)> activated)
+{
+    return std::make_shared<Listener>(std::move(activated));
+}
 
 void Activation::ActivateFirst()
 {

@@ -73,7 +73,6 @@ void NoteSignal(int)
 
 }
 
-const std::string_view Application::version = TAMARACK_VERSION;
 const int Application::major = TAMARACK_VERSION_MAJOR;
 const int Application::minor = TAMARACK_VERSION_MINOR;
 const std::string_view Application::companyName = "Tamarack developers";

@@ -9,8 +9,7 @@ class QApplication;
 // The toolkit's start and its event loop. There is one, it is made before every form, and it outlives them.
 class Application {
 public:
-    // The version data, such as 2.7.0.24, and the first two of its numbers.
-    static const std::string_view version;
+    // The first two numbers of the version.
     static const int major;
     static const int minor;
     static const std::string_view companyName;
@@ -18,8 +17,6 @@ public:
     // Removes the toolkit's own options from the command line.
     Application(int& argc, char** argv);
     ~Application();
-    Application(const Application&) = delete;
-    Application& operator=(const Application&) = delete;
 
     // Delivers events for as long as the program runs; the result is its exit code.
     int Run();

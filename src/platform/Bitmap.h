@@ -3,13 +3,8 @@
 #include <memory>
 #include <string>
 
-class Bitmap;
 class QImage;
 class QSize;
-
-namespace Clipboard {
-void SetPicture(const Bitmap& picture);
-}
 
 // A picture in memory, or none. Copies share the pixels.
 class Bitmap {
@@ -30,9 +25,11 @@ public:
     int Width() const { return width; }
     int Height() const { return height; }
 
+    // For the person to paste it elsewhere; nothing happens without a picture.
+    void CopyToClipboard() const;
+
 private:
     friend class ImageControl;
-    friend void Clipboard::SetPicture(const Bitmap& picture);
 
     // `size` is that of the picture itself, of which the pixels may be a smaller rendering.
     Bitmap(QImage pixels, const QSize& size);

@@ -84,14 +84,13 @@ private:
 CommandButton::CommandButton(Container& container, std::string_view name, std::string_view caption, const Place& place)
     : Control(container, new QPushButton(ToDisplay(caption)), name, place)
 {
-    auto* button = static_cast<QPushButton*>(widget);
-    QObject::connect(button, &QPushButton::clicked, button, [this] { Raise(Click); });
+    QObject::connect(&As<QPushButton>(), &QPushButton::clicked, widget, [this] { Raise(Click); });
 }
 
 void CommandButton::SetShortcut(std::string_view keys)
 {
     const QKeySequence sequence(ToDisplay(keys));
-    static_cast<QPushButton*>(widget)->setShortcut(sequence);
+    As<QPushButton>().setShortcut(sequence);
     const QString tip = widget->toolTip();
     const QString shown = sequence.toString(QKeySequence::NativeText);
     widget->setToolTip(tip.isEmpty() ? shown : tip + QStringLiteral(" (%1)").arg(shown));
@@ -101,23 +100,21 @@ ArrowButton::ArrowButton(
     Container& container, std::string_view name, Arrow arrow, std::string_view meaning, const Place& place)
     : Control(container, new ArrowFace(arrow), name, place)
 {
-    auto* button = static_cast<QToolButton*>(widget);
-    button->setAccessibleName(ToDisplay(meaning));
+    SetAccessibleName(meaning);
     SetToolTip(meaning);
-    QObject::connect(button, &QToolButton::clicked, button, [this] { Raise(Click); });
+    QObject::connect(&As<QToolButton>(), &QToolButton::clicked, widget, [this] { Raise(Click); });
 }
 
 CheckBox::CheckBox(Container& container, std::string_view name, std::string_view caption, const Place& place, int value)
     : Control(container, new WrappingButton<QCheckBox>(ToDisplay(caption)), name, place)
 {
-    auto* box = static_cast<QCheckBox*>(widget);
-    box->setChecked(value == 1);
-    QObject::connect(box, &QCheckBox::toggled, box, [this] { Raise(Click); });
+    As<QCheckBox>().setChecked(value == 1);
+    QObject::connect(&As<QCheckBox>(), &QCheckBox::toggled, widget, [this] { Raise(Click); });
 }
 
-int CheckBox::Value() const { return static_cast<QCheckBox*>(widget)->isChecked() ? 1 : 0; }
+int CheckBox::Value() const { return As<QCheckBox>().isChecked() ? 1 : 0; }
 
-void CheckBox::SetValue(int value) { static_cast<QCheckBox*>(widget)->setChecked(value == 1); }
+void CheckBox::SetValue(int value) { As<QCheckBox>().setChecked(value == 1); }
 
 namespace {
 
@@ -135,23 +132,22 @@ OptionButton::OptionButton(
     Container& container, std::string_view name, std::string_view caption, const Place& place, bool selected)
     : Control(container, new WrappingButton<QRadioButton>(ToDisplay(caption)), name, place)
 {
-    auto* option = static_cast<QRadioButton*>(widget);
-    option->setChecked(selected);
-    QObject::connect(option, &QRadioButton::toggled, option, [this, option](bool nowSelected) {
+    As<QRadioButton>().setChecked(selected);
+    QObject::connect(&As<QRadioButton>(), &QRadioButton::toggled, widget, [this](bool nowSelected) {
         if (!nowSelected)
             return;
-        LetTabFindTheChosenOne(*option);
+        LetTabFindTheChosenOne(As<QRadioButton>());
         Raise(Click);
     });
 }
 
-bool OptionButton::Value() const { return static_cast<QRadioButton*>(widget)->isChecked(); }
+bool OptionButton::Value() const { return As<QRadioButton>().isChecked(); }
 
 void OptionButton::SetValue(bool selected)
 {
-    auto* option = static_cast<QRadioButton*>(widget);
+    auto& option = As<QRadioButton>();
     // The toolkit does not let go of the selected option of a group.
-    option->setAutoExclusive(selected);
-    option->setChecked(selected);
-    option->setAutoExclusive(true);
+    option.setAutoExclusive(selected);
+    option.setChecked(selected);
+    option.setAutoExclusive(true);
 }

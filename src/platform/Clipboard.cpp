@@ -1,5 +1,6 @@
 #include "platform/Clipboard.h"
 
+#include "platform/Bitmap.h"
 #include "platform/DisplayText.h"
 
 #include <QClipboard>
@@ -8,8 +9,8 @@
 
 void Clipboard::SetText(std::string_view text) { QGuiApplication::clipboard()->setText(ToDisplay(text)); }
 
-void Clipboard::SetPicture(const Bitmap& picture)
+void Bitmap::CopyToClipboard() const
 {
-    if (picture.Height() != 0)
-        QGuiApplication::clipboard()->setImage(*picture.image);
+    if (image)
+        QGuiApplication::clipboard()->setImage(*image);
 }

@@ -1,13 +1,10 @@
 #pragma once
 
-#include "platform/Bitmap.h"
-
 #include <string_view>
 
-// What the person can paste elsewhere.
+// What the person can paste elsewhere; for a picture see Bitmap.
 namespace Clipboard {
 
 void SetText(std::string_view text);
-void SetPicture(const Bitmap& picture);
 
 }

@@ -45,44 +45,42 @@ ComboBox::ComboBox(
 {
     for (const std::string_view row : rows)
         AddItem(row);
-    Box().setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    QObject::connect(&Box(), &QComboBox::currentIndexChanged, &Box(), [this] { Raise(Click); });
+    As<View>().setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    QObject::connect(&As<View>(), &QComboBox::currentIndexChanged, &As<View>(), [this] { Raise(Click); });
 }
-
-ComboBox::View& ComboBox::Box() const { return *static_cast<View*>(widget); }
 
 void ComboBox::AddItem(std::string_view text)
 {
     const int current = ListIndex();
-    const QSignalBlocker quiet(Box());
-    Box().addItem(ToShow(text), Bytes(text));
-    Box().setCurrentIndex(current);
+    const QSignalBlocker quiet(As<View>());
+    As<View>().addItem(ToShow(text), Bytes(text));
+    As<View>().setCurrentIndex(current);
 }
 
 void ComboBox::RemoveItem(int index)
 {
     const int current = ListIndex();
-    const QSignalBlocker quiet(Box());
-    Box().removeItem(index);
+    const QSignalBlocker quiet(As<View>());
+    As<View>().removeItem(index);
     if (index == current)
-        Box().setCurrentIndex(-1);
+        As<View>().setCurrentIndex(-1);
 }
 
-int ComboBox::ListCount() const { return Box().count(); }
+int ComboBox::ListCount() const { return As<View>().count(); }
 
-int ComboBox::ListIndex() const { return Box().currentIndex(); }
+int ComboBox::ListIndex() const { return As<View>().currentIndex(); }
 
 void ComboBox::SetListIndex(int index)
 {
     if (index >= -1 && index < ListCount())
-        Box().setCurrentIndex(index);
+        As<View>().setCurrentIndex(index);
 }
 
-std::string ComboBox::Text() const { return Box().currentData().toByteArray().toStdString(); }
+std::string ComboBox::Text() const { return As<View>().currentData().toByteArray().toStdString(); }
 
 bool ComboBox::SelectText(std::string_view text)
 {
-    const int found = Box().findData(Bytes(text));
+    const int found = As<View>().findData(Bytes(text));
     if (found < 0)
         return false;
     SetListIndex(found);
@@ -91,9 +89,9 @@ bool ComboBox::SelectText(std::string_view text)
 
 void ComboBox::SetRows(const std::vector<std::string>& rows, int current)
 {
-    const QSignalBlocker quiet(Box());
-    Box().clear();
+    const QSignalBlocker quiet(As<View>());
+    As<View>().clear();
     for (const std::string& row : rows)
-        Box().addItem(ToShow(row), Bytes(row));
-    Box().setCurrentIndex(current);
+        As<View>().addItem(ToShow(row), Bytes(row));
+    As<View>().setCurrentIndex(current);
 }

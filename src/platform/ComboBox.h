@@ -37,6 +37,4 @@ protected:
 
 private:
     class View;
-
-    View& Box() const;
 };

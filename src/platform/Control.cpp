@@ -1,65 +1,26 @@
 #include "platform/Control.h"
 
 #include "platform/DisplayText.h"
+#include "platform/EventFilter.h"
 
 #include <QEvent>
-#include <QPointer>
 #include <QWidget>
-
-class Control::FocusKeeper : public QObject {
-public:
-    FocusKeeper(QWidget& watched, Control& watchedControl)
-        : QObject(&watched)
-        , widget(watched)
-        , control(watchedControl)
-    {
-        widget.installEventFilter(this);
-    }
-
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        // Behind the mouse press that may have brought the focus, which would undo what the handler selects.
-        if (event->type() == QEvent::FocusIn && control.GotFocus)
-            QMetaObject::invokeMethod(
-                this, [this] { Raise(control.GotFocus); }, Qt::QueuedConnection);
-        return false;
-    }
-
-    // The toolkit would hand the focus on to the next control, and the next key press would change that one. The window
-    // changes nothing, and unlike other containers it is not painted anew for the focus.
-    void PutAway()
-    {
-        QWidget* const focused = widget.window()->focusWidget();
-        if (focused == nullptr || (focused != &widget && !widget.isAncestorOf(focused)))
-            return;
-        owner = focused;
-        widget.window()->setFocus();
-    }
-
-    void BringBack()
-    {
-        if (owner == nullptr || !owner->isEnabled() || owner->isHidden())
-            return;
-        if (widget.window()->focusWidget() == widget.window())
-            owner->setFocus();
-        owner = nullptr;
-    }
-
-private:
-    QWidget& widget;
-    Control& control;
-    QPointer<QWidget> owner; // of the focus, until it was put away
-};
 
 void Container::SetFallbackTopic(int number) { content->setProperty(helpTopicProperty, number); }
 
 Control::Control(Container& container, QWidget* newWidget, std::string_view name, const Place& newPlace)
     : widget(newWidget)
-    , focusKeeper(new FocusKeeper(*newWidget, *this))
     , currentPlace(newPlace)
 {
     widget->setParent(container.Content());
     widget->setObjectName(ToDisplay(name));
+    // Behind the mouse press that may have brought the focus, which would undo what the handler selects.
+    new EventFilter(widget, [this](const QEvent& event) {
+        if (event.type() == QEvent::FocusIn && GotFocus)
+            QMetaObject::invokeMethod(
+                widget, [this] { Raise(GotFocus); }, Qt::QueuedConnection);
+        return false;
+    });
     Move(newPlace);
 }
 
@@ -70,10 +31,10 @@ bool Control::Enabled() const { return widget->isEnabledTo(widget->parentWidget(
 void Control::SetEnabled(bool enabled)
 {
     if (!enabled)
-        focusKeeper->PutAway();
+        PutFocusAway();
     widget->setEnabled(enabled);
     if (enabled)
-        focusKeeper->BringBack();
+        BringFocusBack();
 }
 
 // A control on a tab that has not been in front yet is hidden too, but not by its own doing.
@@ -82,10 +43,30 @@ bool Control::Visible() const { return !(widget->testAttribute(Qt::WA_WState_Exp
 void Control::SetVisible(bool visible)
 {
     if (!visible)
-        focusKeeper->PutAway();
+        PutFocusAway();
     widget->setVisible(visible);
     if (visible)
-        focusKeeper->BringBack();
+        BringFocusBack();
+}
+
+// The toolkit would hand the focus on to the next control, and the next key press would change that one. The window
+// changes nothing, and unlike other containers it is not painted anew for the focus.
+void Control::PutFocusAway()
+{
+    QWidget* const focused = widget->window()->focusWidget();
+    if (focused == nullptr || (focused != widget && !widget->isAncestorOf(focused)))
+        return;
+    focusOwner = focused;
+    widget->window()->setFocus();
+}
+
+void Control::BringFocusBack()
+{
+    if (focusOwner == nullptr || !focusOwner->isEnabled() || focusOwner->isHidden())
+        return;
+    if (widget->window()->focusWidget() == widget->window())
+        focusOwner->setFocus();
+    focusOwner = nullptr;
 }
 
 // Edges are rounded, not sizes, so that what lines up in the design lines up on screen.

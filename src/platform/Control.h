@@ -86,10 +86,10 @@ public:
 
     // A menu on the right mouse button, without Ctrl, and on the menu key. It is asked for its entries when it opens,
     // and lets events through until one is chosen.
-    void SetContextMenu(std::function<std::vector<ContextEntry>()> entries);
+    void SetContextMenu(const std::function<std::vector<ContextEntry>()>& entries);
 
     // What `means` something may be dropped here; the rest is refused while it still hovers.
-    void TakeDrops(std::function<bool(const Dragged&)> means, std::function<void(const Dragged&)> take);
+    void TakeDrops(const std::function<bool(const Dragged&)>& means, const std::function<void(const Dragged&)>& take);
 
     // The keyboard focus goes from this control to the next one by Tab.
     void PrecedesInTabOrder(Control& next);
@@ -104,14 +104,19 @@ protected:
     Control(Container& container, QWidget* widget, std::string_view name, const Place& place);
     ~Control();
 
+    // The widget as what it was made as.
+    template <class Made> Made& As() const { return static_cast<Made&>(*widget); }
+
     QWidget* const widget;
 
 private:
     friend class Form;
     friend class Label;
     friend class Stepper;
-    class FocusKeeper;
 
-    FocusKeeper* const focusKeeper; // owned by the widget
+    void PutFocusAway();
+    void BringFocusBack();
+
+    QWidget* focusOwner = nullptr; // in here, until it was put away
     Place currentPlace;
 };

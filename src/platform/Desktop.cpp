@@ -2,9 +2,6 @@
 
 #include "platform/DisplayText.h"
 #include "platform/Events.h"
-#include "platform/Launcher.h"
-#include "platform/Notification.h"
-#include "platform/Wakefulness.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -31,9 +28,6 @@ void Fill(QMessageBox& box, std::string_view text, std::string_view title)
 }
 
 }
-
-Desktop::Desktop() = default;
-Desktop::~Desktop() = default;
 
 MessageAnswer Desktop::MsgBox(std::string_view text, std::string_view title, MessageButtons buttons)
 {
@@ -114,18 +108,6 @@ bool Desktop::ShellOpen(const std::string& address)
 }
 
 bool Desktop::IsInBackground() const { return QApplication::activeWindow() == nullptr; }
-
-std::shared_ptr<void> Desktop::KeepAwake(KeptAwake what, std::string_view reason) { return MakeWakeful(what, reason); }
-
-void Desktop::Notify(
-    std::string_view title, std::string_view text, std::string_view button, std::function<void()> pressed)
-{
-    if (!notification)
-        notification = std::make_unique<Notification>();
-    notification->Show(ToDisplay(title), ToDisplay(text), ToDisplay(button), std::move(pressed));
-}
-
-void Desktop::ShowProgress(double share) { ShowInLauncher(share); }
 
 void Desktop::EndProgram() { std::_Exit(EXIT_SUCCESS); }
 

@@ -15,11 +15,10 @@ enum class MessageAnswer { Ok, Cancel, Yes, No };
 enum class KeptAwake { Computer, Screen };
 
 // The few things that reach beyond the program's own windows, so that a test can answer for the user. The functions
-// here do the real thing.
+// here do the real thing. Each service of the desktop has its own file.
 class Desktop {
 public:
-    Desktop();
-    virtual ~Desktop();
+    virtual ~Desktop() = default;
 
     // Shows a modal message box and gives the button that closed it. Escape and the box's close button count as Ok
     // where there is nothing else, as Cancel and as No. Until then no window of the program but the box takes keys and
@@ -66,7 +65,7 @@ public:
     virtual void EndProgram();
 
 private:
-    std::unique_ptr<Notification> notification; // from the first one on
+    std::shared_ptr<Notification> notification; // from the first one on
 };
 
 // The address under which a file of this machine can be handed to ShellOpen.

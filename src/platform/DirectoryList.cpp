@@ -83,13 +83,11 @@ DirectoryList::DirectoryList(Container& container, std::string_view name, const 
         (void)SetPath("/");
 }
 
-DirectoryList::View& DirectoryList::DirectoryView() const { return *static_cast<View*>(widget); }
-
-std::string DirectoryList::Path() const { return DirectoryView().PathOf(DirectoryView().openRow); }
+std::string DirectoryList::Path() const { return As<View>().PathOf(As<View>().openRow); }
 
 bool DirectoryList::SetPath(const std::string& newPath)
 {
-    View& view = DirectoryView();
+    View& view = As<View>();
     const std::string opened = Cleaned(newPath);
     const auto names = NamesIn(opened, EntryKind::Directory);
     if (newPath.empty() || !names) {
@@ -116,6 +114,6 @@ bool DirectoryList::SetPath(const std::string& newPath)
     return true;
 }
 
-std::string DirectoryList::List(int index) const { return DirectoryView().PathOf(index); }
+std::string DirectoryList::List(int index) const { return As<View>().PathOf(index); }
 
-int DirectoryList::ListIndex() const { return DirectoryView().currentRow(); }
+int DirectoryList::ListIndex() const { return As<View>().currentRow(); }

@@ -25,6 +25,4 @@ public:
 
 private:
     class View;
-
-    View& DirectoryView() const;
 };

@@ -1,5 +1,6 @@
 #include "platform/Control.h"
 #include "platform/DisplayText.h"
+#include "platform/EventFilter.h"
 
 #include <QAbstractScrollArea>
 #include <QDropEvent>
@@ -19,41 +20,25 @@ Dragged ContentOf(const QMimeData& data)
     return content;
 }
 
-class DropTaker : public QObject {
-public:
-    DropTaker(QWidget* area, std::function<bool(const Dragged&)> newMeans, std::function<void(const Dragged&)> newTake)
-        : QObject(area)
-        , means(std::move(newMeans))
-        , take(std::move(newTake))
-    {
-        area->setAcceptDrops(true);
-        area->installEventFilter(this);
-    }
+}
 
-    bool eventFilter(QObject* area, QEvent* event) override
-    {
-        if (event->type() != QEvent::DragEnter && event->type() != QEvent::DragMove && event->type() != QEvent::Drop)
+void Control::TakeDrops(
+    const std::function<bool(const Dragged&)>& means, const std::function<void(const Dragged&)>& take)
+{
+    auto* scrolled = qobject_cast<QAbstractScrollArea*>(widget);
+    QWidget* const area = scrolled != nullptr ? scrolled->viewport() : widget;
+    area->setAcceptDrops(true);
+    new EventFilter(area, [=](QEvent& event) {
+        if (event.type() != QEvent::DragEnter && event.type() != QEvent::DragMove && event.type() != QEvent::Drop)
             return false;
-        auto& drop = static_cast<QDropEvent&>(*event);
+        auto& drop = static_cast<QDropEvent&>(event);
         const Dragged content = ContentOf(*drop.mimeData());
-        const bool taken = static_cast<QWidget*>(area)->isEnabled() && means(content);
+        const bool taken = area->isEnabled() && means(content);
         // Whatever it is, it stays where it comes from.
         drop.setDropAction(Qt::CopyAction);
         drop.setAccepted(taken);
-        if (taken && event->type() == QEvent::Drop)
+        if (taken && event.type() == QEvent::Drop)
             take(content);
         return true;
-    }
-
-private:
-    const std::function<bool(const Dragged&)> means;
-    const std::function<void(const Dragged&)> take;
-};
-
-}
-
-void Control::TakeDrops(std::function<bool(const Dragged&)> means, std::function<void(const Dragged&)> take)
-{
-    auto* area = qobject_cast<QAbstractScrollArea*>(widget);
-    new DropTaker(area != nullptr ? area->viewport() : widget, std::move(means), std::move(take));
+    });
 }

@@ -1,5 +1,7 @@
 #include "platform/Events.h"
 
+#include "platform/EventFilter.h"
+
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -9,32 +11,19 @@
 
 namespace {
 
-// Counts what is delivered, since not every dispatcher reports a pass that delivered nothing but posted events.
-class Deliveries : public QObject {
-public:
-    Deliveries()
-        : QObject(QCoreApplication::instance())
-    {
-        parent()->installEventFilter(this);
-    }
-
-    bool eventFilter(QObject*, QEvent*) override
-    {
-        ++count;
-        return false;
-    }
-
-    quint64 count = 0;
-};
-
 // One pass over what is pending. False if there was nothing.
 bool DeliverPending(QEventLoop::ProcessEventsFlags flags = QEventLoop::AllEvents)
 {
-    static QPointer<Deliveries> deliveries;
-    if (!deliveries)
-        deliveries = new Deliveries;
-    const quint64 before = deliveries->count;
-    return QCoreApplication::eventDispatcher()->processEvents(flags) || deliveries->count != before;
+    // Counted, since not every dispatcher reports a pass that delivered nothing but posted events.
+    static quint64 delivered = 0;
+    static QPointer<EventFilter> counter;
+    if (!counter)
+        counter = new EventFilter(QCoreApplication::instance(), [](const QEvent&) {
+            ++delivered;
+            return false;
+        });
+    const quint64 before = delivered;
+    return QCoreApplication::eventDispatcher()->processEvents(flags) || delivered != before;
 }
 
 // A server on a fast line answers within microseconds. Waking a sleeping processor takes about as long as such an

@@ -133,7 +133,7 @@ public:
 
     // Wayland's frames have a button to maximise every window, and one that does not follow loses its connection, and
     // with that the program ends. So a window of a fixed size follows, and goes back.
-    bool FollowsOnce() const { return form.border == BorderStyle::Fixed && !Screen::TellsPlaces(); }
+    bool FollowsOnce() const { return form.design.border == BorderStyle::Fixed && !Screen::TellsPlaces(); }
 
     void FollowOnce()
     {
@@ -199,8 +199,6 @@ public:
                                                                 : acceptButton;
         if (meant != nullptr)
             meant->click();
-        else if (form.closesWithEscape && event->key() == Qt::Key_Escape)
-            close();
         else
             QWidget::keyPressEvent(event);
     }
@@ -250,18 +248,16 @@ public:
 
 std::function<void(int)> Form::HelpKey;
 
-Form::Form(std::string_view name, std::string_view caption, const Design& design)
+Form::Form(std::string_view name, std::string_view caption, const Design& newDesign)
     : window(std::make_unique<Window>(*this))
-    , border(design.border)
-    , clientWidth(design.clientWidth)
-    , clientHeight(design.clientHeight)
+    , design(newDesign)
 {
     content = &window->client;
     window->setObjectName(ToDisplay(name));
     SetCaption(caption);
-    if (border == BorderStyle::Fixed)
+    if (design.border == BorderStyle::Fixed)
         window->setWindowFlag(Qt::WindowMaximizeButtonHint, false);
-    else if (border == BorderStyle::None)
+    else if (design.border == BorderStyle::None)
         window->setWindowFlags(Qt::SplashScreen | Qt::FramelessWindowHint);
     Layout();
 }
@@ -277,13 +273,14 @@ double Form::Top() const { return Twips::FromPixels(window->NormalPlace().y()); 
 double Form::Width() const
 {
     return designedBorders
-        + (border != BorderStyle::Sizable ? clientWidth : Twips::FromPixels(window->NormalPlace().width()));
+        + (design.border != BorderStyle::Sizable ? design.clientWidth
+                                                 : Twips::FromPixels(window->NormalPlace().width()));
 }
 
 double Form::Height() const
 {
     const int height = window->NormalPlace().height() - window->MenuHeight();
-    return Chrome() + (border != BorderStyle::Sizable ? clientHeight : Twips::FromPixels(height));
+    return Chrome() + (design.border != BorderStyle::Sizable ? design.clientHeight : Twips::FromPixels(height));
 }
 
 double Form::Chrome() const { return menuBar != nullptr ? designedTitle + designedMenuBar : designedTitle; }
@@ -292,28 +289,25 @@ void Form::SetLeft(double left) { window->MoveTo({Twips::ToPixels(left), window-
 
 void Form::SetTop(double top) { window->MoveTo({window->NormalPlace().x(), Twips::ToPixels(top)}); }
 
-void Form::SetWidth(double width)
-{
-    clientHeight = Height() - Chrome();
-    clientWidth = width - designedBorders;
-    Layout();
-}
+void Form::SetWidth(double width) { SetSize(width, Height()); }
 
-void Form::SetHeight(double height)
+void Form::SetHeight(double height) { SetSize(Width(), height); }
+
+void Form::SetSize(double width, double height)
 {
-    clientWidth = Width() - designedBorders;
-    clientHeight = height - Chrome();
+    design.clientWidth = width - designedBorders;
+    design.clientHeight = height - Chrome();
     Layout();
 }
 
 double Form::ScaleWidth() const
 {
-    return border != BorderStyle::Sizable ? clientWidth : Twips::FromPixels(window->client.width());
+    return design.border != BorderStyle::Sizable ? design.clientWidth : Twips::FromPixels(window->client.width());
 }
 
 double Form::ScaleHeight() const
 {
-    return border != BorderStyle::Sizable ? clientHeight : Twips::FromPixels(window->client.height());
+    return design.border != BorderStyle::Sizable ? design.clientHeight : Twips::FromPixels(window->client.height());
 }
 
 bool Form::IsNormal() const { return !window->isMinimized() && !window->isMaximized(); }
@@ -362,8 +356,6 @@ void Form::SetDialogButtons(CommandButton& accept, CommandButton& cancel)
             window->acceptButton->setDefault(now == window->acceptButton || !qobject_cast<QPushButton*>(now));
     });
 }
-
-void Form::ClosesWithEscape() { closesWithEscape = true; }
 
 void Form::OnKeys(std::string_view keys, std::function<void()> pressed)
 {
@@ -417,8 +409,8 @@ QMenuBar& Form::MenuBar()
 
 void Form::Layout()
 {
-    const QSize size(Twips::ToPixels(clientWidth), Twips::ToPixels(clientHeight) + window->MenuHeight());
-    if (border != BorderStyle::Sizable)
+    const QSize size(Twips::ToPixels(design.clientWidth), Twips::ToPixels(design.clientHeight) + window->MenuHeight());
+    if (design.border != BorderStyle::Sizable)
         window->setFixedSize(size);
     else
         window->resize(size);

@@ -29,8 +29,6 @@ public:
 
     Form(std::string_view name, std::string_view caption, const Design& design);
     virtual ~Form();
-    Form(const Form&) = delete;
-    Form& operator=(const Form&) = delete;
 
     void SetCaption(std::string_view caption);
 
@@ -67,9 +65,6 @@ public:
     // second.
     void SetDialogButtons(CommandButton& accept, CommandButton& cancel);
 
-    // Escape closes the window, as its close button does.
-    void ClosesWithEscape();
-
     // A key sequence such as "Ctrl+C", anywhere in the window where no field takes it for itself.
     void OnKeys(std::string_view keys, std::function<void()> pressed);
 
@@ -97,12 +92,10 @@ private:
 
     QMenuBar& MenuBar();
     double Chrome() const;
+    void SetSize(double width, double height);
     void Layout();
 
     std::unique_ptr<Window> window;
     QMenuBar* menuBar = nullptr;
-    bool closesWithEscape = false;
-    BorderStyle border;
-    double clientWidth;
-    double clientHeight;
+    Design design; // of which the client area follows SetWidth and SetHeight
 };

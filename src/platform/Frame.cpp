@@ -1,6 +1,7 @@
 #include "platform/Frame.h"
 
 #include "platform/DisplayText.h"
+#include "platform/EventFilter.h"
 #include "platform/MouseReporting.h"
 
 #include <QEvent>
@@ -17,32 +18,6 @@ QFrame::Shape Shape(PanelEdge edge, const Place& place)
     return divider ? QFrame::HLine : QFrame::StyledPanel;
 }
 
-// The edge of a panel that has the focus, above the picture that may cover it.
-class Edge : public QFrame {
-public:
-    explicit Edge(QWidget* panel)
-        : QFrame(panel)
-    {
-        setFrameShape(Box);
-        setLineWidth(2);
-        setForegroundRole(QPalette::Highlight);
-        setAttribute(Qt::WA_TransparentForMouseEvents);
-        hide();
-        panel->installEventFilter(this);
-    }
-
-protected:
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
-            setGeometry(parentWidget()->rect());
-            raise();
-            setVisible(event->type() == QEvent::FocusIn);
-        }
-        return false;
-    }
-};
-
 }
 
 Frame::Frame(Container& container, std::string_view name, std::string_view caption, const Place& place)
@@ -55,9 +30,8 @@ Panel::Panel(Container& container, std::string_view name, const Place& place, Pa
     : Control(container, new MouseReporting<QFrame>(*this), name, place)
     , Container(widget)
 {
-    auto* frame = static_cast<QFrame*>(widget);
-    frame->setFrameShape(Shape(edge, place));
-    frame->setFrameShadow(edge == PanelEdge::Sunken ? QFrame::Sunken : QFrame::Plain);
+    As<QFrame>().setFrameShape(Shape(edge, place));
+    As<QFrame>().setFrameShadow(edge == PanelEdge::Sunken ? QFrame::Sunken : QFrame::Plain);
 }
 
 void Panel::SetHighlighted(bool highlighted)
@@ -69,5 +43,19 @@ void Panel::SetHighlighted(bool highlighted)
 void Panel::TakesFocus()
 {
     widget->setFocusPolicy(Qt::TabFocus);
-    new Edge(widget);
+    // Above the picture that may cover the panel.
+    auto* edge = new QFrame(widget);
+    edge->setFrameShape(QFrame::Box);
+    edge->setLineWidth(2);
+    edge->setForegroundRole(QPalette::Highlight);
+    edge->setAttribute(Qt::WA_TransparentForMouseEvents);
+    edge->hide();
+    new EventFilter(widget, [this, edge](const QEvent& event) {
+        if (event.type() == QEvent::FocusIn || event.type() == QEvent::FocusOut) {
+            edge->setGeometry(widget->rect());
+            edge->raise();
+            edge->setVisible(event.type() == QEvent::FocusIn);
+        }
+        return false;
+    });
 }

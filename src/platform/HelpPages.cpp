@@ -57,7 +57,7 @@ HelpPages::HelpPages(Container& container, std::string_view name, const Place& p
     contents->setAccessibleName(QStringLiteral("Contents"));
     browser->setObjectName(QStringLiteral("page"));
     browser->setAccessibleName(QStringLiteral("Help page"));
-    static_cast<QSplitter*>(widget)->setSizes({widget->width() * 2 / 5, widget->width() * 3 / 5});
+    As<QSplitter>().setSizes({widget->width() * 2 / 5, widget->width() * 3 / 5});
     // The usual blue of links cannot be read on a dark ground.
     const QPalette palette = browser->palette();
     if (palette.color(QPalette::Base).lightness() < 128)

@@ -9,26 +9,25 @@
 ImageControl::ImageControl(Container& container, std::string_view name, const Place& place)
     : Control(container, new MouseReporting<QLabel>(*this), name, place)
 {
-    auto* label = static_cast<QLabel*>(widget);
-    label->setScaledContents(true);
-    label->setMinimumSize(1, 1);
+    As<QLabel>().setScaledContents(true);
+    widget->setMinimumSize(1, 1);
 }
 
 void ImageControl::SetPicture(const Bitmap& newPicture)
 {
     ++changes;
     picture = newPicture;
-    auto* label = static_cast<QLabel*>(widget);
+    auto& label = As<QLabel>();
     if (!picture.image) {
-        label->setPixmap(QPixmap());
+        label.setPixmap(QPixmap());
         return;
     }
     // Scaled here once and smoothly, rather than by the label at every paint and coarsely.
-    const qreal ratio = label->devicePixelRatioF();
-    const QSize size = (QSizeF(label->size()) * ratio).toSize().expandedTo({1, 1});
+    const qreal ratio = label.devicePixelRatioF();
+    const QSize size = (QSizeF(label.size()) * ratio).toSize().expandedTo({1, 1});
     QPixmap scaled = QPixmap::fromImage(picture.image->scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
     scaled.setDevicePixelRatio(ratio);
-    label->setPixmap(scaled);
+    label.setPixmap(scaled);
 }
 
 bool ImageControl::Load(const std::string& path)

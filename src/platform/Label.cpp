@@ -32,26 +32,25 @@ Label::Label(
     Container& container, std::string_view name, std::string_view caption, const Place& place, Alignment alignment)
     : Control(container, new TextLabel(ToDisplay(caption)), name, place)
 {
-    auto* label = static_cast<QLabel*>(widget);
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
+    auto& label = As<QLabel>();
+    label.setTextFormat(Qt::PlainText);
+    label.setWordWrap(true);
     const Qt::Alignment horizontal = alignment == Alignment::Left ? Qt::AlignLeft
         : alignment == Alignment::Centre                          ? Qt::AlignHCenter
                                                                   : Qt::AlignRight;
-    label->setAlignment(horizontal | Qt::AlignVCenter);
+    label.setAlignment(horizontal | Qt::AlignVCenter);
 }
 
-std::string Label::Caption() const { return FromDisplay(static_cast<QLabel*>(widget)->text()); }
+std::string Label::Caption() const { return FromDisplay(As<QLabel>().text()); }
 
 void Label::SetCaption(std::string_view caption)
 {
-    auto* label = static_cast<QLabel*>(widget);
-    label->setText(ToShow(caption));
-    if (!label->wordWrap())
+    As<QLabel>().setText(ToShow(caption));
+    if (!As<QLabel>().wordWrap())
         SetToolTip(caption);
 }
 
-void Label::KeepToOneLine() { static_cast<QLabel*>(widget)->setWordWrap(false); }
+void Label::KeepToOneLine() { As<QLabel>().setWordWrap(false); }
 
 void Label::SetFont(std::string_view family, double factor)
 {
@@ -63,6 +62,6 @@ void Label::SetFont(std::string_view family, double factor)
 
 void Label::SetBuddy(Control& control)
 {
-    static_cast<QLabel*>(widget)->setBuddy(control.widget);
-    control.widget->setAccessibleName(static_cast<QLabel*>(widget)->text().remove(u'&').remove(u':'));
+    As<QLabel>().setBuddy(control.widget);
+    control.widget->setAccessibleName(As<QLabel>().text().remove(u'&').remove(u':'));
 }

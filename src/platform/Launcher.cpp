@@ -1,4 +1,4 @@
-#include "platform/Launcher.h"
+#include "platform/Desktop.h"
 
 #include "platform/SessionBus.h"
 
@@ -6,7 +6,7 @@
 
 // What docks and task managers read: com.canonical.Unity.LauncherEntry, a signal from any path below
 // /com/canonical/unity.
-void ShowInLauncher(double share)
+void Desktop::ShowProgress(double share)
 {
     QDBusMessage update = QDBusMessage::createSignal(QStringLiteral("/com/canonical/unity/launcherentry/tamarack"),
         QStringLiteral("com.canonical.Unity.LauncherEntry"), QStringLiteral("Update"));

@@ -127,10 +127,10 @@ public:
         refreshTimer.setSingleShot(true);
         connect(&refreshTimer, &QTimer::timeout, this, [this] {
             // Hidden by the program, which is filling it; not by lying on another tab.
-            if (testAttribute(Qt::WA_WState_ExplicitShowHide) && isHidden())
-                refreshTimer.start(refreshInterval);
-            else
+            if (box.Visible())
                 BringUpToDate();
+            else
+                refreshTimer.start(refreshInterval);
         });
         connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
             if (!quiet && current.isValid())
@@ -273,16 +273,14 @@ ListBox::ListBox(Container& container, std::string_view name, const Place& place
     : Control(container, new View(*this), name, place)
     , style(newStyle)
 {
-    ListView().setSelectionMode(
+    As<View>().setSelectionMode(
         style.extended ? QAbstractItemView::ExtendedSelection : QAbstractItemView::SingleSelection);
 }
 
-ListBox::View& ListBox::ListView() const { return *static_cast<View*>(widget); }
-
 ListBox::View& ListBox::UpToDate() const
 {
-    ListView().BringUpToDate();
-    return ListView();
+    As<View>().BringUpToDate();
+    return As<View>();
 }
 
 void ListBox::AddItem(std::string_view text)
@@ -292,8 +290,8 @@ void ListBox::AddItem(std::string_view text)
         return;
     }
     ++revision;
-    ListView().rows.Add(text);
-    ListView().ExpectAdditions();
+    As<View>().rows.Add(text);
+    As<View>().ExpectAdditions();
 }
 
 void ListBox::AddItems(const std::vector<std::string>& texts)
@@ -301,20 +299,20 @@ void ListBox::AddItems(const std::vector<std::string>& texts)
     if (texts.empty())
         return;
     ++revision;
-    ListView().rows.Insert(texts, ListCount());
+    As<View>().rows.Insert(texts, ListCount());
 }
 
 void ListBox::InsertItem(std::string_view text, int index)
 {
     ++revision;
-    ListView().rows.Insert({std::string(text)}, std::clamp(index, 0, ListCount()));
+    As<View>().rows.Insert({std::string(text)}, std::clamp(index, 0, ListCount()));
 }
 
 void ListBox::RemoveItem(int index)
 {
     ++revision;
     if (UpToDate().rows.hasIndex(index, 0))
-        ListView().RemoveQuietly(index);
+        As<View>().RemoveQuietly(index);
 }
 
 std::vector<std::string> ListBox::TakeSelected()
@@ -327,12 +325,12 @@ void ListBox::Clear()
 {
     ++revision;
     ++timesCleared;
-    ListView().rows.Clear();
+    As<View>().rows.Clear();
 }
 
 int ListBox::ListCount() const
 {
-    const Rows& rows = ListView().rows;
+    const Rows& rows = As<View>().rows;
     return static_cast<int>(rows.rows.size() + rows.additions.size());
 }
 
@@ -352,7 +350,7 @@ void ListBox::SetListIndex(int index)
         if (!style.extended)
             selection.clearSelection();
     } else if (index < ListCount()) {
-        selection.setCurrentIndex(ListView().rows.index(index),
+        selection.setCurrentIndex(As<View>().rows.index(index),
             style.extended ? QItemSelectionModel::NoUpdate : QItemSelectionModel::ClearAndSelect);
     }
 }

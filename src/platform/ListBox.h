@@ -60,7 +60,6 @@ private:
     class Rows;
     class View;
 
-    View& ListView() const;
     // With all additions in their places.
     View& UpToDate() const;
 

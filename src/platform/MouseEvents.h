@@ -5,15 +5,9 @@
 
 // What a control without an action of its own tells of the mouse.
 struct MouseEvents {
-    // The toolkit numbers them so.
-    static constexpr int leftButton = 1;
+    // The toolkit numbers them so. The keys that are held down make a sum, of Shift, Ctrl and Alt.
     static constexpr int rightButton = 2;
-    static constexpr int middleButton = 4;
-
-    // Sums of these tell which keys are held down.
-    static constexpr int shiftKey = 1;
-    static constexpr int ctrlKey = 2;
-    static constexpr int altKey = 4;
+    static constexpr int ctrlKey = 0x04000000;
 
     std::function<void()> Click;
     std::function<void()> DblClick; // behind a Click

@@ -27,11 +27,8 @@ protected:
     {
         pressed = event->button() == Qt::LeftButton;
         pressedAt = event->pos();
-        const Qt::KeyboardModifiers held = event->modifiers();
-        Raise(events.MouseDown, static_cast<int>(event->button()),
-            (held & Qt::ShiftModifier ? MouseEvents::shiftKey : 0)
-                + (held & Qt::ControlModifier ? MouseEvents::ctrlKey : 0)
-                + (held & Qt::AltModifier ? MouseEvents::altKey : 0));
+        const auto held = event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier);
+        Raise(events.MouseDown, static_cast<int>(event->button()), static_cast<int>(held));
     }
 
     void mouseReleaseEvent(QMouseEvent* event) override

@@ -1,14 +1,15 @@
-#include "platform/PictureHelper.h"
-
 #include "base/Files.h"
+#include "picture-reader/Protocol.h"
+#include "platform/Bitmap.h"
 #include "platform/Events.h"
 
-#include <QCoreApplication>
 #include <QFile>
+#include <QGuiApplication>
+#include <QImage>
 #include <QPointer>
+#include <QScreen>
 #include <QSocketNotifier>
 #include <QTimer>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -17,18 +18,29 @@
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
+#include <optional>
 #include <poll.h>
 #include <spawn.h>
 #include <string>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
+// Pictures of strangers are read by a program of its own, tamarack-picture, which has no rights: whatever a file makes
+// of it, it can do no more than give other pixels, or none. One is kept for metafiles and one for all other pictures;
+// each is started when it is first needed, and anew when it has died.
+
 namespace {
 
 using namespace std::chrono_literals;
+
+struct HelpersPicture {
+    QSize size; // its own
+    QImage pixels; // reduced to the size that was asked for, if it is larger
+};
 
 // A start takes some hundredths of a second, more where there are many fonts, and nobody has a hand in that.
 constexpr auto longestStart = 10s;
@@ -237,24 +249,47 @@ std::unique_ptr<Helper> TakeHelper(bool forMetafiles, std::size_t room)
     return helper;
 }
 
+// More pixels than the screen has cannot be seen.
+QSize MostUseful()
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return (QSizeF(screen->size()) * screen->devicePixelRatio()).toSize().expandedTo({1, 1});
 }
 
-std::optional<HelpersPicture> ReadInHelper(int descriptor, const PictureRequest& request)
+PictureFormat FormatOfFile(int descriptor)
 {
+    std::array<char, formatHeadLength> head{};
+    struct stat status { };
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+        return PictureFormat::None;
+    const ssize_t length = pread(descriptor, head.data(), head.size(), 0);
+    return FormatOf({head.data(), static_cast<std::size_t>(length < 0 ? 0 : length)});
+}
+
+}
+
+Bitmap Bitmap::FromFile(const std::string& path)
+{
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const PictureFormat format = FormatOfFile(file.Number());
+    if (format == PictureFormat::None)
+        return {};
+    const QSize most = MostUseful();
+    const PictureRequest request{
+        format, static_cast<std::uint32_t>(most.width()), static_cast<std::uint32_t>(most.height())};
     for (;;) {
-        auto helper = TakeHelper(IsMetafile(request.format), BytesFor(request.maxWidth, request.maxHeight));
+        auto helper = TakeHelper(IsMetafile(format), BytesFor(request.maxWidth, request.maxHeight));
         if (!helper)
-            return std::nullopt;
+            return {};
         const bool isNew = helper->IsNew();
-        auto picture = helper->Read(descriptor, request);
-        if (picture) {
+        if (const auto picture = helper->Read(file.Number(), request)) {
             IdleHelpers().push_back(std::move(helper));
             EndIdleHelpersLater();
-            return picture->pixels.isNull() ? std::nullopt : std::move(picture);
+            return picture->pixels.isNull() ? Bitmap() : Bitmap(picture->pixels, picture->size);
         }
         // One that has not answered goes, and whatever it still does with it. If it has ended, that may be the doing of
         // an earlier picture, or have come just now, because there were none for a while.
         if (isNew || helper->IsIdle())
-            return std::nullopt;
+            return {};
     }
 }

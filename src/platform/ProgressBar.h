@@ -7,8 +7,7 @@ class ProgressBar : public Control {
 public:
     ProgressBar(Container& container, std::string_view name, const Place& place);
 
-    void SetMinimum(int minimum);
-    void SetMaximum(int maximum);
+    void SetRange(int minimum, int maximum);
 
     // A value outside the range becomes its nearer end.
     void SetValue(int value);

@@ -13,8 +13,6 @@ class Settings {
 public:
     explicit Settings(const std::string& fileName);
     ~Settings();
-    Settings(const Settings&) = delete;
-    Settings& operator=(const Settings&) = delete;
 
     // Where the user's settings lie, such as ~/.config/Tamarack/Tamarack.ini.
     static std::string UserFileName();

@@ -42,8 +42,6 @@ class Socket {
 public:
     Socket();
     ~Socket();
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
 
     static constexpr std::size_t mostWaiting = std::size_t{16} << 20;
 

@@ -52,15 +52,6 @@ public:
             paintTimer.start();
     }
 
-    // The text makes room for it. False if nothing changes.
-    bool SetPadlock(bool shown)
-    {
-        if (shown == hasPadlock)
-            return false;
-        hasPadlock = shown;
-        return true;
-    }
-
     void SetLetters(const QFont& letters)
     {
         setFont(letters);
@@ -93,6 +84,7 @@ public:
     const bool takesRest;
     const QString designedToolTip;
     std::function<std::string()> liveToolTip;
+    bool hasPadlock = false;
 
 protected:
     bool event(QEvent* event) override
@@ -148,7 +140,6 @@ private:
 
     QStringList longest;
     PanelStyle style = PanelStyle::Text;
-    bool hasPadlock = false;
     QTimer paintTimer;
     QTimer liveToolTipTimer;
     QPoint liveToolTipPlace;
@@ -230,8 +221,8 @@ void StatusPanel::SetToolTip(std::string_view text)
 
 void StatusPanel::SetPadlock(bool shown)
 {
-    if (field->SetPadlock(shown))
-        static_cast<Row*>(field->parentWidget())->Fit();
+    field->hasPadlock = shown;
+    static_cast<Row*>(field->parentWidget())->Fit(); // the text makes room for it
 }
 
 void StatusPanel::SetStyle(PanelStyle style)
@@ -244,15 +235,15 @@ StatusBar::StatusBar(Container& container, std::string_view name, const Place& p
     std::initializer_list<StatusPanelDesign> designs, StatusBarPlace where)
     : Control(container, new StatusPanel::Row, name, place)
 {
-    auto* row = static_cast<StatusPanel::Row*>(widget);
+    auto& row = As<StatusPanel::Row>();
     for (const StatusPanelDesign& design : designs)
-        panels.push_back(StatusPanel(row->Add(design)));
-    row->Fit();
+        panels.push_back(StatusPanel(row.Add(design)));
+    row.Fit();
     if (where == StatusBarPlace::AsDesigned)
         return;
     // A layout that has nothing else in it leaves all other controls where they are.
-    row->setFixedSize(row->size());
+    row.setFixedSize(row.size());
     auto* edge = new QVBoxLayout(container.Content());
-    edge->setContentsMargins(row->x(), 0, 0, 0);
-    edge->addWidget(row, 1, Qt::AlignLeft | Qt::AlignBottom);
+    edge->setContentsMargins(row.x(), 0, 0, 0);
+    edge->addWidget(&row, 1, Qt::AlignLeft | Qt::AlignBottom);
 }

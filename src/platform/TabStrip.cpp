@@ -87,13 +87,12 @@ TabStrip::TabStrip(
     Container& container, std::string_view name, const Place& place, std::initializer_list<std::string_view> captions)
     : Control(container, new EvenTabs, name, place)
 {
-    auto* tabs = static_cast<QTabWidget*>(widget);
     for (const std::string_view caption : captions) {
         pages.emplace_back(new QWidget);
-        tabs->addTab(pages.back().Content(), ToDisplay(caption));
+        As<QTabWidget>().addTab(pages.back().Content(), ToDisplay(caption));
     }
 }
 
 Container& TabStrip::Page(int index) { return pages.at(static_cast<std::size_t>(index)); }
 
-void TabStrip::SetTab(int index) { static_cast<QTabWidget*>(widget)->setCurrentIndex(index); }
+void TabStrip::SetTab(int index) { As<QTabWidget>().setCurrentIndex(index); }

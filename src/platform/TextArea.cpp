@@ -42,14 +42,14 @@ void TextArea::SetText(std::string_view newText)
     if (newText == text)
         return;
     text = newText;
-    static_cast<QPlainTextEdit*>(widget)->setPlainText(WithMarksMasked(ToDisplay(newText)));
+    As<QPlainTextEdit>().setPlainText(WithMarksMasked(ToDisplay(newText)));
 }
 
-int TextArea::Length() const { return static_cast<QPlainTextEdit*>(widget)->document()->characterCount() - 1; }
+int TextArea::Length() const { return As<QPlainTextEdit>().document()->characterCount() - 1; }
 
 void TextArea::Cut(int from, int count)
 {
-    QTextCursor cursor(static_cast<QPlainTextEdit*>(widget)->document());
+    QTextCursor cursor(As<QPlainTextEdit>().document());
     cursor.setPosition(std::min(from, Length()));
     cursor.setPosition(std::min(from + count, Length()), QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
@@ -57,8 +57,8 @@ void TextArea::Cut(int from, int count)
 
 void TextArea::Append(std::string_view newText, int most)
 {
-    auto* edit = static_cast<QPlainTextEdit*>(widget);
-    QTextCursor cursor(edit->document());
+    auto& edit = As<QPlainTextEdit>();
+    QTextCursor cursor(edit.document());
     cursor.movePosition(QTextCursor::End);
     // A line end may come in two pieces.
     QString shown = WithMarksMasked(ToDisplay(newText));
@@ -66,13 +66,13 @@ void TextArea::Append(std::string_view newText, int most)
         shown.remove(0, 1);
     endedInCr = shown.endsWith(u'\r');
     cursor.insertText(shown.replace(QLatin1String("\r\n"), QLatin1String("\n")).right(most));
-    edit->setTextCursor(cursor);
-    edit->ensureCursorVisible();
+    edit.setTextCursor(cursor);
+    edit.ensureCursorVisible();
 }
 
 void TextArea::Clear()
 {
-    static_cast<QPlainTextEdit*>(widget)->clear();
+    As<QPlainTextEdit>().clear();
     text.clear();
     endedInCr = false;
 }

@@ -34,7 +34,7 @@ TextBox::TextBox(Container& container, std::string_view name, const Place& place
     : Control(container, new LineEdit(*this), name, place)
     , masked(style.masked)
 {
-    QLineEdit& edit = Edit();
+    QLineEdit& edit = As<QLineEdit>();
     edit.setReadOnly(style.readOnly);
     edit.setPlaceholderText(ToDisplay(style.hint));
     if (style.maxLength > 0)
@@ -47,8 +47,6 @@ TextBox::TextBox(Container& container, std::string_view name, const Place& place
     QObject::connect(&edit, &QLineEdit::textChanged, &edit, [this] { TakeEditedText(); });
 }
 
-QLineEdit& TextBox::Edit() const { return *static_cast<QLineEdit*>(widget); }
-
 void TextBox::SetText(std::string_view newText)
 {
     // Somebody may be typing into it.
@@ -56,17 +54,17 @@ void TextBox::SetText(std::string_view newText)
         return;
     const QString wanted = ToDisplay(newText);
     Show(Masked(wanted));
-    const QString shown = Edit().text();
+    const QString shown = As<QLineEdit>().text();
     // The field may have cut it at its limit.
     const bool cut = shown.size() < wanted.size() && Masked(wanted).startsWith(shown);
     Take(cut ? FromDisplay(wanted.left(shown.size())) : std::string(newText));
 }
 
-void TextBox::SelectAll() { Edit().selectAll(); }
+void TextBox::SelectAll() { As<QLineEdit>().selectAll(); }
 
 void TextBox::EnterPresses(const CommandButton& button)
 {
-    QObject::connect(&Edit(), &QLineEdit::returnPressed, &Edit(), [&button] {
+    QObject::connect(&As<QLineEdit>(), &QLineEdit::returnPressed, &As<QLineEdit>(), [&button] {
         if (button.Enabled())
             Raise(button.Click);
     });
@@ -85,7 +83,7 @@ void TextBox::TakeEditedText()
 {
     const QString before = ToDisplay(text);
     const QString shownBefore = Masked(before);
-    const QString shown = Edit().text();
+    const QString shown = As<QLineEdit>().text();
     const qsizetype shorter = std::min(shown.size(), shownBefore.size());
     qsizetype head = 0;
     while (head < shorter && shown[head] == shownBefore[head])
@@ -95,9 +93,9 @@ void TextBox::TakeEditedText()
         ++tail;
     const QString edited = before.left(head) + shown.mid(head, shown.size() - head - tail) + before.right(tail);
     if (Masked(edited) != shown) {
-        const int cursor = Edit().cursorPosition();
+        const int cursor = As<QLineEdit>().cursorPosition();
         Show(Masked(edited));
-        Edit().setCursorPosition(cursor);
+        As<QLineEdit>().setCursorPosition(cursor);
     }
     Take(FromDisplay(edited));
 }
@@ -106,6 +104,6 @@ QString TextBox::Masked(const QString& newText) const { return masked ? newText 
 
 void TextBox::Show(const QString& newText)
 {
-    const QSignalBlocker quiet(Edit());
-    Edit().setText(newText);
+    const QSignalBlocker quiet(As<QLineEdit>());
+    As<QLineEdit>().setText(newText);
 }

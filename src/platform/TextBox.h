@@ -3,7 +3,6 @@
 #include "platform/Control.h"
 
 class CommandButton;
-class QLineEdit;
 class QString;
 
 struct TextBoxStyle {
@@ -33,7 +32,6 @@ public:
     std::function<void()> DblClick;
 
 private:
-    QLineEdit& Edit() const;
     void Take(std::string newText);
     void TakeEditedText();
     void Show(const QString& newText);

@@ -18,12 +18,10 @@ bool Timer::Enabled() const { return timer->isActive(); }
 
 void Timer::SetEnabled(bool enabled)
 {
-    if (enabled == timer->isActive())
-        return;
-    if (enabled)
-        timer->start();
-    else
+    if (!enabled)
         timer->stop();
+    else if (!timer->isActive())
+        timer->start();
 }
 
 void Timer::SetInterval(std::chrono::milliseconds interval) { timer->setInterval(interval); }

@@ -12,8 +12,6 @@ class Timer {
 public:
     explicit Timer(std::chrono::milliseconds interval);
     ~Timer();
-    Timer(const Timer&) = delete;
-    Timer& operator=(const Timer&) = delete;
 
     bool Enabled() const;
     void SetEnabled(bool enabled);

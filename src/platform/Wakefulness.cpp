@@ -1,4 +1,4 @@
-#include "platform/Wakefulness.h"
+#include "platform/Desktop.h"
 
 #include "platform/DisplayText.h"
 #include "platform/SessionBus.h"
@@ -126,7 +126,8 @@ private:
 
 }
 
-std::shared_ptr<void> MakeWakeful(KeptAwake what, std::string_view reason)
+// Whoever was asked lets go by itself when this process ends.
+std::shared_ptr<void> Desktop::KeepAwake(KeptAwake what, std::string_view reason)
 {
     return {new Wakefulness(what, ToDisplay(reason)), [](Wakefulness* wakefulness) { wakefulness->LetGo(); }};
 }

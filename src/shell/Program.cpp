@@ -87,7 +87,7 @@ void Program::Form_Load()
     saving.ShowWaiting();
     isUp = true;
     MainForm.SetVisible(true);
-    activation.emplace([this](const std::string& action) { Activated(action); });
+    activation = Activation::Await([this](const std::string& action) { Activated(action); });
 }
 
 // Does what a button does that can be pressed just now.

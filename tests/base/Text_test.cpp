@@ -14,15 +14,3 @@ TEST(Text, NumbersAreReadFromTheFront)
     EXPECT_EQ(WholeNumber("-2147483648"), -2147483647 - 1);
     EXPECT_EQ(WholeNumber("2147483648"), std::nullopt);
 }
-
-TEST(Text, ComparisonsFoldAsciiOnly)
-{
-    EXPECT_EQ(FindIgnoringCase("Photo.JPG", ".jpg"), 5U);
-    EXPECT_EQ(FindIgnoringCase("Photo.JPG", ".jpg", 6), std::string_view::npos);
-    EXPECT_EQ(FindIgnoringCase("a", ""), 0U);
-    EXPECT_EQ(FindIgnoringCase("\xC4", "\xE4"), std::string_view::npos);
-    for (const auto& [before, after] :
-        {std::pair{"alt.A", "alt.b"}, {"alt.a", "alt.B"}, {"ALT", "alt"}, {"alt", "alt.a"}, {"z", "\xE4"}})
-        EXPECT_TRUE(SortsBefore(before, after) && !SortsBefore(after, before)) << after;
-    EXPECT_FALSE(SortsBefore("alt", "alt"));
-}

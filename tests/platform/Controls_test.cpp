@@ -180,20 +180,6 @@ TEST_F(ControlsTest, TabsAreEvenAndAsHighAsTheirCaptions)
     }
 }
 
-TEST_F(ControlsTest, ArrowsLookWhereTheyLead)
-{
-    window.SetVisible(true);
-    for (const Arrow arrow : {Arrow::Up, Arrow::Down, Arrow::ToTop, Arrow::ToBottom}) {
-        ArrowButton button(window, "button", arrow, "leads", {3000, 2700, 360, 324});
-        button.SetVisible(true);
-        const QRegion ink = Ink(Find<QWidget>("button"), Find<QWidget>("button").rect().adjusted(4, 4, -4, -4));
-        const int top = ink.boundingRect().top(), bottom = ink.boundingRect().bottom();
-        const auto isWide = [&](int y) { return (ink & QRect(0, y, 1000, 1)).boundingRect().width() > 6; };
-        EXPECT_EQ(isWide(top), arrow != Arrow::Up) << "the foot of an arrow, or the bar of an end";
-        EXPECT_EQ(isWide(bottom), arrow != Arrow::Down);
-    }
-}
-
 TEST_F(ControlsTest, AStatusPanelPaintsEachTextAndAPadlock)
 {
     struct Paints : QObject {

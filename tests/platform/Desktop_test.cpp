@@ -20,7 +20,6 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 TEST(DesktopTest, TellsWhetherSomethingOpensTheDocument)
 {
@@ -89,7 +88,6 @@ TEST(ProcessOfTheApplication, GivesNothingAwayAndTakesNothing)
 TEST(Look, AnIconAndAnEdgeAroundTheListWithTheFocus)
 {
     const QImage icon = QApplication::windowIcon().pixmap(128, 128).toImage();
-    EXPECT_EQ(icon.width(), 128);
     EXPECT_EQ(icon.pixelColor(0, 0).alpha(), 0);
     EXPECT_EQ(icon.pixelColor(64, 64).alpha(), 255);
     QWidget window;

@@ -105,10 +105,10 @@ TEST_F(ListsTest, ASortedOneKeepsItsRowsOverAdditions)
     EXPECT_EQ(sorted.List(2), "m");
     sorted.Click = countClick;
     Show();
-    for (const char* text : {"z", "a", "B", "m"})
+    for (const char* text : {"\xE4", "a", "B", "m"})
         sorted.AddItem(text);
     EXPECT_TRUE(Until([] { return RowsOf("sorted").size() == 7; }));
-    EXPECT_THAT(RowsOf("sorted"), ElementsAre("a", "B", "d", "M", "m", "m", "z"));
+    EXPECT_THAT(RowsOf("sorted"), ElementsAre("a", "B", "d", "M", "m", "m", "\u00E4"));
     EXPECT_EQ(sorted.ListIndex(), 4);
     EXPECT_THAT(HighlightedRows("sorted"), ElementsAre(4));
     EXPECT_EQ(clicks, 0);
