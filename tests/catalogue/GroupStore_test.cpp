@@ -31,11 +31,13 @@ const std::string greeting = "X: connect\nS: 200\nC: list\n";
 TEST(GroupTextTest, WhatALineGives)
 {
     const std::string longest(504, 'x');
-    const std::string text = "\r\nalt.kites 9 1 y\r\nab 9 1 y\r\na.b 9 1 y\r\nnothing\r\n 9 1 y\r\n" + longest
+    const std::string lines = "\r\nalt.kites 9 1 y\r\nab 9 1 y\r\na.b 9 1 y\r\nnothing\r\n 9 1 y\r\n" + longest
         + "x 1 1 y\r\n" + longest + " 9 1 y\r\nalt.boats ";
     std::string names;
-    for (GroupText lines(text); lines.NextLine();)
-        names.append(lines.Name()).append(lines.Name().empty() ? "" : " ");
+    for (std::string_view rest = lines; !rest.empty();) {
+        const std::string_view name = TakeGroup(rest);
+        names.append(name).append(name.empty() ? "" : " ");
+    }
     EXPECT_EQ(names, "alt.kites a.b " + longest + " alt.boats ");
 }
 
