@@ -73,11 +73,10 @@ frmTamarack::frmTamarack()
     txtNewsGroups.EnterPresses(cmdAndFilter);
 
     // The step to the top comes first on screen.
-    Command3.PrecedesInTabOrder(lstSelectedGroups);
-    lstSelectedGroups.PrecedesInTabOrder(MyUpDown[2]);
-    MyUpDown[2].PrecedesInTabOrder(MyUpDown[0]);
-    MyUpDown[0].PrecedesInTabOrder(MyUpDown[1]);
-    MyUpDown[1].PrecedesInTabOrder(MyUpDown[3]);
+    Control::SetTabOrder(
+        {&Command3, &lstSelectedGroups, &MyUpDown[2], &MyUpDown[0], &MyUpDown[1], &MyUpDown[3], &cmdClearAll});
+    Control::SetTabOrder({&Command2[0], &cmdClear[0], &cmdDelete[0], &Command2[1], &cmdClear[1], &cmdDelete[1],
+        &Command2[2], &cmdClear[2], &cmdDelete[2]});
     for (int slot = 0; slot < 3; ++slot) {
         const std::string picture = "picture " + std::to_string(slot + 1);
         SSPanel1[slot].SetAccessibleName("Room of " + picture);
@@ -85,12 +84,7 @@ frmTamarack::frmTamarack()
         Command2[slot].SetAccessibleName("View " + picture);
         cmdClear[slot].SetAccessibleName("Clear " + picture);
         cmdDelete[slot].SetAccessibleName("Delete " + picture);
-        Command2[slot].PrecedesInTabOrder(cmdClear[slot]);
-        cmdClear[slot].PrecedesInTabOrder(cmdDelete[slot]);
-        if (slot < 2)
-            cmdDelete[slot].PrecedesInTabOrder(Command2[slot + 1]);
     }
-    MyUpDown[3].PrecedesInTabOrder(cmdClearAll);
 
     struct Topic {
         int number;
