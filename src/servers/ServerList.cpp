@@ -36,7 +36,7 @@ namespace {
 constexpr std::string_view section = "Servers";
 constexpr std::string_view defaultKey = "Default";
 
-// The page that the address leads to, in the program's own help.
+// The page that the address leads to, in the program's own help, for a system that cannot open it.
 constexpr int freeListTopic = 1000;
 
 // The system itself would take a control character.
@@ -163,7 +163,7 @@ void ServerList::cmdSave_Click(frmNewsServer& form)
 void ServerList::CmdFreeList_Click()
 {
     if (!desktop.ShellOpen(freeList))
-        Raise(HelpContext, freeListTopic);
+        Raise(Form::HelpKey, freeListTopic);
 }
 
 void ServerList::cmdDeleteServer_Click()

@@ -24,9 +24,6 @@ public:
     // Remembers the current server for the next start.
     void SaveDefault();
 
-    // Shows a topic of the help, for a system that cannot open the page.
-    std::function<void(int topic)> HelpContext;
-
 private:
     void cboNewsServer_Click();
     void cmdDeleteServer_Click();
