@@ -61,21 +61,10 @@ void Show(const std::string& stored, ComboBox& list) { (void)list.SelectText(sto
 
 }
 
-MainSettings::MainSettings(frmTamarack& mainForm, Settings& newSettings)
-    : MainForm(mainForm)
-    , settings(newSettings)
+void RestoreMainSettings(frmTamarack& MainForm, const Settings& settings)
 {
-}
-
-void MainSettings::RestoreAutoLoad()
-{
-    const std::string stored = settings.GetSetting(section, autoLoadKey);
-    if (!stored.empty())
+    if (const std::string stored = settings.GetSetting(section, autoLoadKey); !stored.empty())
         MainForm.chkAutoLoad.SetValue(Val(stored) == 0 ? 0 : 1);
-}
-
-void MainSettings::Restore()
-{
     MainForm.txtSelectDir.SetText(CurrentDirectory());
     for (const Entry& entry : entries) {
         const std::string stored = settings.GetSetting(section, entry.key);
@@ -84,7 +73,7 @@ void MainSettings::Restore()
     }
 }
 
-void MainSettings::Save()
+void SaveMainSettings(const frmTamarack& MainForm, Settings& settings)
 {
     for (const Entry& entry : entries) {
         const auto stored = [&](auto control) { return Stored(MainForm.*control); };
