@@ -23,12 +23,13 @@ public:
     using GiveName = std::function<bool(const std::string& name, UnnamedFile& file)>;
 
     // A part begins. `destination` ends in a "/".
-    void Open(const std::string& destination, std::string_view name, const PartPlace& newPlace);
+    void Open(const std::string& destination, std::string_view name, const AttachmentPart& newPart);
 
     void Write(std::string_view bytes);
 
-    // The part is sound. Stored if it made its attachment whole, with a final name; otherwise as a sink tells it.
-    [[nodiscard]] Outcome Keep(const PartEnd& end, const GiveName& giveName);
+    // The part is sound, and now its check sums are known, too. Stored if it made its attachment whole, with a final
+    // name; otherwise as a sink tells it.
+    [[nodiscard]] Outcome Keep(const AttachmentPart& whole, const GiveName& giveName);
 
     // The part is not taken.
     void Drop();
@@ -43,15 +44,13 @@ public:
     WaitingSets Waiting(const std::string& destination) { return folder.Waiting(destination); }
 
 private:
-    ReceivedPart PartInHand(const PartEnd& end = {}) const;
-    std::uint64_t TargetBegin() const { return targetPath.empty() ? 0 : place.begin; }
     bool OpenTarget();
-    Outcome Take(const ReceivedPart& part, std::vector<std::string>& paths);
-    Outcome AddTo(KeptSet& set, const ReceivedPart& part, bool isNew);
+    Outcome Take(std::vector<std::string>& paths);
+    Outcome AddTo(KeptSet& set, bool isNew);
     bool CopyTarget(const std::string& path, bool isNew) const;
 
     Outcome Finish(const std::string& path, const GiveName& giveName);
-    void ForgetParts(KeptSet set, const Descriptor& data, const std::vector<ReceivedPart>& parts);
+    void ForgetParts(KeptSet set, const Descriptor& data, const std::vector<AttachmentPart>& parts);
 
     SetFolder folder;
 
@@ -59,7 +58,7 @@ private:
     Outcome refusal = Outcome::Damaged; // why it is not taken, None if it is
     std::string key; // of the paths of its sets
     std::string name;
-    PartPlace place;
+    AttachmentPart part;
     std::vector<KeptSet> sets; // of its name and size
     std::string targetPath; // the set whose data file takes the bytes, "" if that is not settled yet
     bool targetIsNew = false;

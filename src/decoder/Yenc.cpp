@@ -79,25 +79,27 @@ bool IsConfirmed(std::string_view line, std::uint64_t size, std::uint32_t checks
         && !IsChecksumWrong(line, "pcrc32", checksum);
 }
 
-// What the line "=yend size=384000 part=1 pcrc32=12345678 crc32=abcdef12" adds to a part; nothing if it is not right.
-std::optional<PartEnd> ConfirmPart(
-    std::string_view line, const YencBegin& begin, std::uint64_t size, std::uint32_t checksum)
+// Adds what the line "=yend size=384000 part=1 pcrc32=12345678 crc32=abcdef12" tells of a part. False if it is not
+// right.
+bool ConfirmPart(AttachmentPart& part, std::string_view line, const YencBegin& begin, std::uint32_t checksum)
 {
-    if (Count(line, "size") != size || IsChecksumWrong(line, "pcrc32", checksum)
+    if (Count(line, "size") != part.size || IsChecksumWrong(line, "pcrc32", checksum)
         || (Field(line, "part") && begin.part && Count(line, "part") != begin.part))
-        return std::nullopt;
-    PartEnd end{checksum, Field(line, "pcrc32").has_value(), Checksum(line, "crc32")};
-    if (Field(line, "crc32") && !end.wholeChecksum)
-        return std::nullopt;
-    if (end.wholeChecksum == checksum) {
-        end.isProven = true;
-        end.wholeChecksum.reset();
+        return false;
+    part.checksum = checksum;
+    part.isProven = Field(line, "pcrc32").has_value();
+    part.wholeChecksum = Checksum(line, "crc32");
+    if (Field(line, "crc32") && !part.wholeChecksum)
+        return false;
+    if (part.wholeChecksum == checksum) {
+        part.isProven = true;
+        part.wholeChecksum.reset();
     }
-    return end;
+    return true;
 }
 
 // The part that the line "=ypart begin=1 end=384000" tells of; nothing if there is none such.
-std::optional<PartPlace> ReadPlace(std::string_view line, const YencBegin& begin)
+std::optional<AttachmentPart> ReadPlace(std::string_view line, const YencBegin& begin)
 {
     const auto first = Count(line, "begin");
     const auto last = Count(line, "end");
@@ -106,7 +108,7 @@ std::optional<PartPlace> ReadPlace(std::string_view line, const YencBegin& begin
         return std::nullopt;
     if (begin.part == 0U || (begin.total != 0 && begin.part > begin.total))
         return std::nullopt;
-    return PartPlace{begin.size, begin.total, *first - 1, *last + 1 - *first};
+    return AttachmentPart{begin.size, begin.total, *first - 1, *last + 1 - *first};
 }
 
 }
@@ -130,20 +132,20 @@ std::optional<YencBegin> ReadYencBegin(std::string_view line)
 
 Outcome DecodeYenc(LineReader& lines, const YencBegin& begin, AttachmentSink& sink)
 {
-    std::optional<PartPlace> place;
+    std::optional<AttachmentPart> part;
     if (lines.HasLine() && lines.Line().starts_with("=ypart ")) {
-        place = ReadPlace(lines.Line(), begin);
-        if (!place)
+        part = ReadPlace(lines.Line(), begin);
+        if (!part)
             return Outcome::Damaged;
         lines.Advance();
-        if (place->size == begin.size)
-            place.reset();
+        if (part->size == begin.size)
+            part.reset();
     } else if (begin.isOneOfSeveral) {
         return Outcome::Part;
     }
 
-    const std::uint64_t size = place ? place->size : begin.size;
-    AttachmentWriter writer = place ? AttachmentWriter(sink, begin.name, *place) : AttachmentWriter(sink, begin.name);
+    const std::uint64_t size = part ? part->size : begin.size;
+    AttachmentWriter writer(sink, begin.name, part);
     YencStream stream(writer);
     while (!stream.IsAtOwnLine()) {
         lines.Skip(stream.Take(lines.Ahead()));
@@ -157,12 +159,9 @@ Outcome DecodeYenc(LineReader& lines, const YencBegin& begin, AttachmentSink& si
     if (!lines.HasLine() || !lines.Line().starts_with("=yend"))
         return Outcome::Part; // the next attachment begins before this one has ended
     const std::string_view line = lines.Line();
-    const bool isSound = lines.IsWhole() && !stream.IsDamaged() && writer.Size() == size;
-    const bool isConfirmed = isSound && !place && IsConfirmed(line, size, stream.Checksum());
-    const auto partEnd
-        = isSound && place ? ConfirmPart(line, begin, size, stream.Checksum()) : std::optional<PartEnd>();
+    const std::uint32_t checksum = stream.Checksum();
+    const bool isConfirmed = lines.IsWhole() && !stream.IsDamaged() && writer.Size() == size
+        && (part ? ConfirmPart(*part, line, begin, checksum) : IsConfirmed(line, size, checksum));
     lines.Advance();
-    if (partEnd)
-        return writer.KeepPart(*partEnd);
-    return isConfirmed ? writer.Keep() : Outcome::Damaged;
+    return isConfirmed ? writer.Keep(part) : Outcome::Damaged;
 }

@@ -19,14 +19,17 @@ protected:
     }
 
     // A part is taken, but for its end.
-    PartEnd Begin(AttachmentSets& sets, std::size_t part, std::size_t count)
+    AttachmentPart Begin(AttachmentSets& sets, std::size_t part, std::size_t count)
     {
         const std::size_t size = (bytes.size() + count - 1) / count;
         const std::string data = bytes.substr(part * size, size);
-        sets.Open(folder.Path(), "a.bin", {bytes.size(), count, part * size, data.size()});
+        AttachmentPart place{bytes.size(), count, part * size, data.size()};
+        sets.Open(folder.Path(), "a.bin", place);
         sets.Write(data);
         const std::string sum = Sum(Spread(bytes, count)[part], "pcrc32=");
-        return {static_cast<std::uint32_t>(std::stoul(sum, nullptr, 16)), true, {}};
+        place.checksum = static_cast<std::uint32_t>(std::stoul(sum, nullptr, 16));
+        place.isProven = true;
+        return place;
     }
 
     static void Age(const std::string& file, std::chrono::hours age)
@@ -227,7 +230,7 @@ TEST_F(PartFolderTest, WhatIsWholeAndHasNoNameIsTriedOnceInEachSearch)
         file.Leave();
         return false;
     };
-    const PartEnd end = Begin(sets, 0, 2);
+    const AttachmentPart end = Begin(sets, 0, 2);
     EXPECT_EQ(sets.Keep(end, refuse), Outcome::NotWritten);
     for (int search = 2; search < 4; ++search) {
         sets.BeginSearch();

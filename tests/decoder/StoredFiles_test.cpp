@@ -75,10 +75,10 @@ TEST_F(StoredFilesTest, WhatIsInHandIsHeld)
     AttachmentSets sets;
     AttachmentStore store(bodyPath, noNames, sets);
     for (const char* const content : {"one", "two"}) {
-        store.Open("red.jpg");
+        store.Open("red.jpg", {});
         store.Write(content);
         RemoveRemains(folder.Path());
-        EXPECT_TRUE(store.Keep());
+        EXPECT_EQ(store.Keep({}), Outcome::Stored);
     }
     EXPECT_EQ(Content("red (2).jpg"), "two");
     EXPECT_EQ(Files().size(), 2U);
