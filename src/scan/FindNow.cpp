@@ -71,7 +71,6 @@ void FindNow::ScanGroups()
     if (list.ListIndex() < 0)
         list.SetListIndex(0);
     Session.RecvBuffer.Clear();
-    Session.SearchPos = 1;
     // Rows that are removed meanwhile do not shorten the walk: what is read past the end is an empty name.
     const int lastRow = list.ListCount() - 1;
     std::string_view obstacle;
