@@ -106,14 +106,14 @@ void AttachmentSets::Open(const std::string& destination, std::string_view newNa
     if (part.wholeSize > largestSpreadAttachment || part.total > mostParts || name.size() > longestSpreadName)
         return;
     refusal = Outcome::NotWritten;
-    if (!folder.Enter(destination, SetFolder::Missing::Make))
+    if (!Folder.Enter(destination, SetFolder::Missing::Make))
         return;
-    key = folder.KeyOf(name, part.wholeSize);
-    sets = folder.SetsOf(name, part.wholeSize);
+    key = Folder.KeyOf(name, part.wholeSize);
+    sets = Folder.SetsOf(name, part.wholeSize);
     // Nearly always it is clear where the bytes belong before the first one is there.
     targetIsNew = sets.empty();
     if (targetIsNew)
-        targetPath = folder.NewPath(key);
+        targetPath = Folder.NewPath(key);
     else if (sets.size() == 1 && sets.front().journal.Admits(part) && sets.front().journal.IsFree(part))
         targetPath = sets.front().path;
     if (!targetIsNew || !targetPath.empty())
@@ -124,7 +124,7 @@ void AttachmentSets::Open(const std::string& destination, std::string_view newNa
 bool AttachmentSets::OpenTarget()
 {
     if (targetPath.empty()) {
-        target = folder.MakeScratch();
+        target = Folder.MakeScratch();
         return target.IsOpen() && !target.Write(std::exchange(inMemory, {}));
     }
     const std::string path = SetFolder::DataOf(targetPath);
@@ -141,7 +141,7 @@ void AttachmentSets::Write(std::string_view bytes)
         refusal = Outcome::Damaged; // and nothing is written beyond its place
     else if (targetPath.empty() && written + bytes.size() <= mostBytesInMemory)
         inMemory += bytes;
-    else if (!folder.MakeRoom(written + bytes.size(), targetIsNew, key))
+    else if (!Folder.MakeRoom(written + bytes.size(), targetIsNew, key))
         refusal = Outcome::Damaged;
     else if ((!target.IsOpen() && !OpenTarget()) || target.Write(bytes))
         refusal = Outcome::NotWritten;
@@ -154,7 +154,7 @@ void AttachmentSets::Drop()
         (void)DeleteFile(SetFolder::DataOf(targetPath));
     } else if (target.IsOpen() && !targetPath.empty()) {
         Punch(target, part.begin, part.size);
-        folder.Note(sets.front());
+        Folder.Note(sets.front());
     }
     target = Descriptor();
     targetPath.clear();
@@ -162,7 +162,7 @@ void AttachmentSets::Drop()
     inMemory = {};
     sets.clear();
     written = 0;
-    folder.Leave();
+    Folder.Leave();
 }
 
 Outcome AttachmentSets::Keep(const AttachmentPart& whole, const GiveName& giveName)
@@ -206,7 +206,7 @@ Outcome AttachmentSets::Take(std::vector<std::string>& paths)
     KeptSet made{{}, SetJournal(name, part.wholeSize), 0};
     const bool isNew = safe.empty() && possible.size() != 1;
     if (isNew)
-        made.path = targetIsNew ? targetPath : folder.NewPath(key);
+        made.path = targetIsNew ? targetPath : Folder.NewPath(key);
     Outcome outcome = Outcome::Part;
     for (KeptSet* set : isNew ? std::vector{&made} : safe.empty() ? possible : safe) {
         const Outcome added = AddTo(*set, isNew);
@@ -222,7 +222,7 @@ Outcome AttachmentSets::AddTo(KeptSet& set, bool isNew)
     if (set.journal.Parts().size() >= mostParts)
         return Outcome::Damaged;
     const bool liesThere = set.path == targetPath;
-    if (!liesThere && !folder.MakeRoom(part.size, isNew, key))
+    if (!liesThere && !Folder.MakeRoom(part.size, isNew, key))
         return Outcome::Damaged;
     if (set.path.empty() || (!liesThere && !CopyTarget(set.path, isNew))
         || !(isNew ? WriteJournal : AppendToJournal)(set, part))
@@ -233,7 +233,7 @@ Outcome AttachmentSets::AddTo(KeptSet& set, bool isNew)
             target.Number(), static_cast<off_t>(part.begin), static_cast<off_t>(part.size), SYNC_FILE_RANGE_WRITE);
         target = Descriptor();
     }
-    folder.Note(set);
+    Folder.Note(set);
     return Outcome::Part;
 }
 
@@ -259,7 +259,7 @@ bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
 Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName)
 {
     const auto notNow = [&] {
-        folder.FinishLater(path);
+        Folder.FinishLater(path);
         return Outcome::NotWritten;
     };
     bool isUnclear = false;
@@ -308,11 +308,11 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
     UnnamedFile file(dataPath, std::move(data));
     if (!giveName(journal.Name(), file))
         return notNow();
-    folder.Remove(path);
+    Folder.Remove(path);
     // It is not waited for a second time beside a part of it that was false.
     for (const KeptSet& other : sets) {
         if (toldChecksum && other.journal.WholeChecksum() == toldChecksum)
-            folder.Remove(other.path);
+            Folder.Remove(other.path);
     }
     return Outcome::Stored;
 }
@@ -322,21 +322,21 @@ void AttachmentSets::ForgetParts(KeptSet set, const Descriptor& data, const std:
     for (const AttachmentPart& forgotten : parts)
         set.journal.Forget(forgotten);
     if (set.journal.Parts().empty()) {
-        folder.Remove(set.path);
+        Folder.Remove(set.path);
         return;
     }
-    if (!folder.ReplaceJournal(set))
+    if (!Folder.ReplaceJournal(set))
         return; // the old one stands, and so does what it tells of
     for (const AttachmentPart& forgotten : parts)
         Punch(data, forgotten.begin, forgotten.size);
-    folder.Note(set);
+    Folder.Note(set);
 }
 
 void AttachmentSets::FinishWhole(const std::string& destination, const GiveName& giveName)
 {
-    if (!folder.HasWhole(destination) || !folder.Enter(destination, SetFolder::Missing::Leave))
+    if (!Folder.HasWhole(destination) || !Folder.Enter(destination, SetFolder::Missing::Leave))
         return;
-    for (const std::string& path : folder.TakeWhole())
+    for (const std::string& path : Folder.TakeWhole())
         (void)Finish(path, giveName);
-    folder.Leave();
+    Folder.Leave();
 }

@@ -34,14 +34,11 @@ public:
     // The part is not taken.
     void Drop();
 
-    // A search begins: what is whole and could not be finished is tried once more.
-    void BeginSearch() { folder.TryAgain(); }
-
     // Finishes what was found whole: a program that was killed can leave such a set.
     void FinishWhole(const std::string& destination, const GiveName& giveName);
 
-    // What this program has seen there so far; all there is when it is first asked.
-    WaitingSets Waiting(const std::string& destination) { return folder.Waiting(destination); }
+    // Where they are kept. To be asked what waits there, and told when a search begins.
+    SetFolder Folder;
 
 private:
     bool OpenTarget();
@@ -51,8 +48,6 @@ private:
 
     Outcome Finish(const std::string& path, const GiveName& giveName);
     void ForgetParts(KeptSet set, const Descriptor& data, const std::vector<AttachmentPart>& parts);
-
-    SetFolder folder;
 
     // The part in hand.
     Outcome refusal = Outcome::Damaged; // why it is not taken, None if it is

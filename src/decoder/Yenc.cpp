@@ -41,9 +41,9 @@ std::optional<std::string_view> Field(std::string_view line, std::string_view fi
     return std::nullopt;
 }
 
-template <class Number> std::optional<Number> ReadNumber(std::string_view text, int base)
+std::optional<std::uint64_t> ReadNumber(std::string_view text, int base)
 {
-    Number number = 0;
+    std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
     if (error != std::errc() || end != text.data() + text.size() || text.empty())
         return std::nullopt;
@@ -53,7 +53,7 @@ template <class Number> std::optional<Number> ReadNumber(std::string_view text, 
 std::optional<std::uint64_t> Count(std::string_view line, std::string_view field)
 {
     const auto text = Field(line, field);
-    return text ? ReadNumber<std::uint64_t>(*text, 10) : std::nullopt;
+    return text ? ReadNumber(*text, 10) : std::nullopt;
 }
 
 // Nothing if it is not there, or no number. Some encoders take the check sum for a signed number of 64 bits and write
@@ -61,7 +61,7 @@ std::optional<std::uint64_t> Count(std::string_view line, std::string_view field
 std::optional<std::uint32_t> Checksum(std::string_view line, std::string_view field)
 {
     const auto text = Field(line, field);
-    const auto number = text ? ReadNumber<std::uint64_t>(*text, 16) : std::nullopt;
+    const auto number = text ? ReadNumber(*text, 16) : std::nullopt;
     if (!number || (*number >> 32 != 0 && *number >> 32 != 0xffffffff))
         return std::nullopt;
     return static_cast<std::uint32_t>(*number);

@@ -233,12 +233,12 @@ TEST_F(PartFolderTest, WhatIsWholeAndHasNoNameIsTriedOnceInEachSearch)
     const AttachmentPart end = Begin(sets, 0, 2);
     EXPECT_EQ(sets.Keep(end, refuse), Outcome::NotWritten);
     for (int search = 2; search < 4; ++search) {
-        sets.BeginSearch();
+        sets.Folder.TryAgain();
         sets.FinishWhole(folder.Path(), refuse);
         sets.FinishWhole(folder.Path(), refuse);
         EXPECT_EQ(tries, search);
     }
-    EXPECT_EQ(sets.Waiting(folder.Path()), WaitingSets()) << "it waits for nothing";
+    EXPECT_EQ(sets.Folder.Waiting(folder.Path()), WaitingSets()) << "it waits for nothing";
     Restart();
     (void)Waiting();
     EXPECT_EQ(Decode("text only\r\n"), 1);
