@@ -84,22 +84,16 @@ bool ServerList::Fill()
             servers.SetListIndex(servers.ListCount() - 1);
     }
     DoEvents();
-    if (servers.ListCount() == 0)
-        return AskForFirst();
+    while (servers.ListCount() == 0) {
+        cmdAddNewsServer_Click();
+        if (servers.ListCount() == 0
+            && desktop.MsgBox("You must enter a news server!", "Error", MessageButtons::OkCancel)
+                == MessageAnswer::Cancel)
+            return false;
+    }
     if (servers.Text().empty())
         servers.SetListIndex(0);
     return true;
-}
-
-bool ServerList::AskForFirst()
-{
-    while (true) {
-        cmdAddNewsServer_Click();
-        if (MainForm.cboNewsServer.ListCount() > 0)
-            return true;
-        if (desktop.MsgBox("You must enter a news server!", "Error", MessageButtons::OkCancel) == MessageAnswer::Cancel)
-            return false;
-    }
 }
 
 void ServerList::SaveDefault() { settings.SaveSetting(section, defaultKey, MainForm.cboNewsServer.Text()); }

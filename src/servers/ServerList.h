@@ -27,7 +27,6 @@ public:
 private:
     void cboNewsServer_Click();
     void cmdDeleteServer_Click();
-    [[nodiscard]] bool AskForFirst();
 
     // Shows the dialog and returns when the user has done with it.
     void cmdAddNewsServer_Click();

@@ -36,14 +36,11 @@ constexpr Entry entries[] = {
     {"16", &frmTamarack::chkGroupSubDir},
 };
 
-std::string Stored(const TextArea& field) { return field.Text(); }
-std::string Stored(const TextBox& field) { return field.Text(); }
+std::string Stored(const auto& field) { return field.Text(); }
 std::string Stored(const CheckBox& box) { return std::to_string(box.Value()); }
 std::string Stored(const OptionButton& option) { return option.Value() ? "True" : "False"; }
-std::string Stored(const ComboBox& list) { return list.Text(); }
 
-void Show(const std::string& stored, TextArea& field) { field.SetText(stored); }
-void Show(const std::string& stored, TextBox& field) { field.SetText(stored); }
+void Show(const std::string& stored, auto& field) { field.SetText(stored); }
 
 void Show(const std::string& stored, CheckBox& box)
 {
