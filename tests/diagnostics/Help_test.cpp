@@ -6,8 +6,6 @@
 #include <QTest>
 #include <QTextBrowser>
 
-#include <filesystem>
-
 using testing::HasSubstr;
 
 namespace {

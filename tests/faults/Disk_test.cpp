@@ -76,8 +76,9 @@ TEST_F(DiskTest, ADestinationThatCannotBeWrittenOrGoes)
     Search();
     EXPECT_FALSE(fs::exists(destination));
     EXPECT_EQ(ContentOf(PointerFile()), PointerRecord(3, "alt.kites"));
-    Click("cmdFindNow");
+    ChooseMenu("mnuFindNow");
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
+    EXPECT_EQ(CurrentTab("SSTMain"), 0);
 }
 
 TEST_F(DiskTest, AStickThatIsPluggedInLaterAppears)
