@@ -51,13 +51,13 @@ const std::string& Attachment()
 // Copies each piece to where it belongs, as anything that has a use for the bytes would have to.
 class MemorySink : public AttachmentSink {
 public:
-    void Open(std::string_view) override { size = 0; }
+    void Open(std::string_view, const std::optional<AttachmentPart>&) override { size = 0; }
     void Write(std::string_view piece) override
     {
         std::memcpy(bytes.data() + size, piece.data(), std::min(piece.size(), bytes.size() - size));
         size += piece.size();
     }
-    [[nodiscard]] bool Keep() override { return true; }
+    Outcome Keep(const std::optional<AttachmentPart>&) override { return Outcome::Stored; }
     void Drop() override { size = 0; }
 
     bool HoldsAttachment() const { return size == attachmentSize && bytes == Attachment(); }

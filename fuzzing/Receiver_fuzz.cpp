@@ -164,7 +164,7 @@ private:
         Demand(session->RecvBuffer.Length() <= std::min(length, session->LongestReply));
         // Wherever the packets were cut, no terminator has been passed over.
         if (receiving == 0 && MainForm.TCP1.State() == SocketState::Connected)
-            Demand(session->ReplyText.empty() && session->RecvBuffer.Find(terminator, 1) == 0);
+            Demand(session->ReplyText.empty() && session->RecvBuffer.Text().find(terminator) == std::string_view::npos);
     }
 
     // One turn of the event loop.

@@ -4,9 +4,9 @@
 
 // The panels below the lists of groups: how many groups each holds, and what is being done.
 
-inline void ShowTotalCount(frmTamarack& MainForm, int count)
+inline void ShowTotalCount(frmTamarack& MainForm)
 {
-    MainForm.StatusBar2.Panels(1).SetText("Total: " + std::to_string(count));
+    MainForm.StatusBar2.Panels(1).SetText("Total: " + std::to_string(MainForm.lstAllGroups.ListCount()));
 }
 
 inline void ShowFilteredCount(frmTamarack& MainForm)
@@ -27,7 +27,7 @@ inline void ClearGroupLists(frmTamarack& MainForm)
     MainForm.lstFilteredGroups.Clear();
     MainForm.lstAllGroups.Clear();
     MainForm.lstSelectedGroups.Clear();
-    ShowTotalCount(MainForm, 0);
+    ShowTotalCount(MainForm);
     ShowFilteredCount(MainForm);
     ShowSelectedCount(MainForm);
 }

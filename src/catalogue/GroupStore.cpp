@@ -25,7 +25,8 @@ GroupStore::GroupStore(frmTamarack& mainForm, NewsSession& session, Desktop& new
     MainForm.cmdRefreshDisk.Click = [this] { cmdRefreshDisk_Click(); };
     Session.GroupListArrived = [this](const std::string& text) {
         FillGroupList(text);
-        WriteGroupFile(text);
+        // A failure leaves the old file; the list stands all the same.
+        (void)ReplaceFile(FileName(), {"\"", text, "\"\r\n"});
     };
 }
 
@@ -36,20 +37,16 @@ void GroupStore::FillGroupList(std::string_view text)
     constexpr int progressInterval = 200;
     ListBox& list = MainForm.lstAllGroups;
     ShowActivity(MainForm, "Filling List");
-    ShowTotalCount(MainForm, 0);
+    ShowTotalCount(MainForm);
     Session.StopFlag = false;
     list.SetVisible(false);
     MainForm.Label1.SetVisible(true);
-    GroupText lines(text);
-    int count = 0;
     int progress = 0;
-    while (lines.NextLine()) {
-        if (!lines.Name().empty()) {
-            list.AddItem(lines.Name());
-            ++count;
-        }
+    while (!text.empty()) {
+        if (const std::string_view name = TakeGroup(text); !name.empty())
+            list.AddItem(name);
         if (progress > progressInterval) {
-            ShowTotalCount(MainForm, count);
+            ShowTotalCount(MainForm);
             progress = 0;
             DoEvents();
             if (list.ListCount() > mostGroups)
@@ -63,12 +60,9 @@ void GroupStore::FillGroupList(std::string_view text)
     }
     MainForm.Label1.SetVisible(false);
     list.SetVisible(true);
-    ShowTotalCount(MainForm, count);
+    ShowTotalCount(MainForm);
     ShowActivity(MainForm, "");
 }
-
-// A failure leaves the old file; the list stands all the same.
-void GroupStore::WriteGroupFile(const std::string& text) { (void)ReplaceFile(FileName(), {"\"", text, "\"\r\n"}); }
 
 void GroupStore::cmdRefresh_Click()
 {
@@ -79,13 +73,13 @@ void GroupStore::cmdRefresh_Click()
     Session.StopFlag = false;
     if (Session.TcpConnect()) {
         MainForm.SetMousePointer(MousePointer::ArrowHourglass);
-        ShowTotalCount(MainForm, 0);
-        ShowActivity(MainForm, "Scanning Groups ");
         MainForm.lstAllGroups.Clear();
+        ShowTotalCount(MainForm);
+        ShowActivity(MainForm, "Scanning Groups ");
         DoEvents();
         Session.CmdList();
         ShowActivity(MainForm, "");
-        ShowTotalCount(MainForm, MainForm.lstAllGroups.ListCount());
+        ShowTotalCount(MainForm);
         DoEvents();
     } else {
         Session.ShowStatus("Error Connecting");
@@ -101,21 +95,14 @@ void GroupStore::cmdRefreshDisk_Click()
         return;
     MainForm.SetMousePointer(MousePointer::ArrowHourglass);
     MainForm.lstAllGroups.Clear();
-    ShowTotalCount(MainForm, 0);
+    ShowTotalCount(MainForm);
     if (MainForm.cboNewsServer.ListCount() == 0)
         desktop.MsgBox("You must setup a news server!", "Error", MessageButtons::OkCancel);
-    else
-        ReadGroupFile();
-    MainForm.SetMousePointer(MousePointer::Default);
-}
-
-void GroupStore::ReadGroupFile()
-{
-    SequentialInput file(FileName());
-    if (file.Length() < 1)
+    else if (SequentialInput file(FileName()); file.Length() < 1)
         ShowEmptyServerMessage();
     else
         FillGroupList(file.ReadQuotedField());
+    MainForm.SetMousePointer(MousePointer::Default);
 }
 
 void GroupStore::LoadGroupsFromDisk(ProgressBar& progressBar, Label& activity)
@@ -143,14 +130,14 @@ void GroupStore::LoadGroupsFromDisk(ProgressBar& progressBar, Label& activity)
             DoEvents();
         }
         const std::string_view field = file.ReadQuotedField();
+        std::string_view rest = field;
         if (shown)
             activity.SetCaption("Filling list box...");
-        GroupText lines(field);
-        while (lines.NextLine()) {
-            if (!lines.Name().empty())
-                list.AddItem(lines.Name());
+        while (!rest.empty()) {
+            if (const std::string_view name = TakeGroup(rest); !name.empty())
+                list.AddItem(name);
             if (progress > progressInterval) {
-                progressBar.SetValue(inRange(lines.Position()));
+                progressBar.SetValue(inRange(field.size() - rest.size() + 1));
                 progress = 0;
                 DoEvents();
                 if (list.ListCount() > mostGroups)
@@ -161,7 +148,7 @@ void GroupStore::LoadGroupsFromDisk(ProgressBar& progressBar, Label& activity)
     }
     list.SetVisible(true);
     progressBar.SetValue(inRange(file.Length()));
-    ShowTotalCount(MainForm, list.ListCount());
+    ShowTotalCount(MainForm);
 }
 
 void GroupStore::ShowEmptyServerMessage()

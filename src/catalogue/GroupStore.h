@@ -21,9 +21,7 @@ public:
 private:
     void cmdRefresh_Click();
     void FillGroupList(std::string_view text);
-    void WriteGroupFile(const std::string& text);
     void ShowEmptyServerMessage();
-    void ReadGroupFile();
 
     frmTamarack& MainForm;
     NewsSession& Session;

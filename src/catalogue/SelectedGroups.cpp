@@ -186,34 +186,20 @@ void SelectedGroups::cmdClearSelected_Click()
 // The first two moves take the highlight along; the other two leave it at its place, where the neighbour has moved in.
 void SelectedGroups::MyUpDown_Click(int index)
 {
-    const int current = MainForm.lstSelectedGroups.ListIndex();
-    const int last = MainForm.lstSelectedGroups.ListCount() - 1;
+    ListBox& groups = MainForm.lstSelectedGroups;
+    const int current = groups.ListIndex();
+    const int last = groups.ListCount() - 1;
     const bool up = index % 2 == 0;
     if (up ? current <= 0 : current < 0 || current == last)
         return;
-    switch (index) {
-    case 0:
-        MoveCurrentRow(current - 1, current - 1);
-        break;
-    case 1:
-        MoveCurrentRow(current + 1, current + 1);
-        break;
-    case 2:
-        MoveCurrentRow(0, current);
-        break;
-    default:
-        MoveCurrentRow(last, current);
-    }
-}
-
-void SelectedGroups::MoveCurrentRow(int to, int highlightedAfterwards)
-{
-    ListBox& groups = MainForm.lstSelectedGroups;
+    const int places[] = {current - 1, current + 1, 0, last};
+    const int to = places[index];
+    const int highlighted = index < 2 ? to : current;
     const std::string name = CurrentGroup();
-    groups.RemoveItem(groups.ListIndex());
+    groups.RemoveItem(current);
     groups.InsertItem(name, to);
-    groups.SetListIndex(highlightedAfterwards);
-    groups.SetSelected(highlightedAfterwards, true);
+    groups.SetListIndex(highlighted);
+    groups.SetSelected(highlighted, true);
 }
 
 std::string SelectedGroups::CurrentGroup() const

@@ -28,7 +28,6 @@ private:
     void cmdClearAll_Click();
     void cmdClearSelected_Click();
     void MyUpDown_Click(int index);
-    void MoveCurrentRow(int to, int highlightedAfterwards);
 
     // "Set Pointer" and "Reset Group".
     void Command4_Click();

@@ -25,6 +25,5 @@ void AttachmentDecoder::SetDecodeFilename(const std::string& path)
 
     storedNames = store.Names();
     foundNames = store.FoundNames();
-    imageFilename = storedNames.empty() ? std::string() : storedNames.front();
     status = storedNames.empty() ? static_cast<int>(worst) : static_cast<int>(storedNames.size());
 }

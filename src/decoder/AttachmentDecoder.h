@@ -15,11 +15,11 @@ public:
     void SetDecodeFilename(const std::string& path);
 
     // Attachments that were whole and could get no name are tried once more, with the next body.
-    void BeginSearch() { sets.BeginSearch(); }
+    void BeginSearch() { sets.Folder.TryAgain(); }
 
     // The attachments that wait for parts in this directory, which ends in a "/". Its folder is looked through at the
     // first time only.
-    WaitingSets Waiting(const std::string& directory) { return sets.Waiting(directory); }
+    WaitingSets Waiting(const std::string& directory) { return sets.Folder.Waiting(directory); }
 
     // The number of attachments stored, if any were, even if others were not. Otherwise the worst of what was met, in
     // this order: -3 an attachment could not be written, -2 damaged, -1 only part of one, 0 no attachment.
@@ -28,7 +28,7 @@ public:
     int DecodeStatus() const { return status; }
 
     // The bare name of the first stored attachment, in UTF-8, empty if there is none. Stays until the next decode.
-    const std::string& ImageFilename() const { return imageFilename; }
+    std::string ImageFilename() const { return storedNames.empty() ? std::string() : storedNames.front(); }
 
     // The bare names of all of them, in their order in the body. Equal attachments of one name share one file.
     const std::vector<std::string>& StoredNames() const { return storedNames; }
@@ -43,7 +43,6 @@ public:
 private:
     AttachmentSets sets;
     int status = 0;
-    std::string imageFilename;
     std::vector<std::string> storedNames;
     std::vector<std::string> foundNames;
 };

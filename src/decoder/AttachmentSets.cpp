@@ -22,18 +22,10 @@ constexpr std::size_t blockSize = 256 * 1024;
 // Of a part that has to be looked at as a whole first. Most parts are smaller.
 constexpr std::size_t mostBytesInMemory = 1024 * 1024;
 
-[[nodiscard]] bool WriteAt(const Descriptor& file, std::string_view bytes, std::uint64_t offset)
+// Where the next reading or writing begins.
+void GoTo(const Descriptor& file, std::uint64_t offset)
 {
-    while (!bytes.empty()) {
-        const ssize_t count = pwrite(file.Number(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-        offset += static_cast<std::size_t>(count);
-    }
-    return true;
+    (void)lseek(file.Number(), static_cast<off_t>(offset), SEEK_SET);
 }
 
 enum class Reading { Done, Short, Failed };
@@ -43,16 +35,14 @@ template <class Take>
 [[nodiscard]] Reading ReadFrom(const Descriptor& file, std::uint64_t offset, std::uint64_t size, const Take& take)
 {
     const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
+    GoTo(file, offset);
     while (size != 0) {
-        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(size, blockSize));
-        const ssize_t count = pread(file.Number(), block.get(), wanted, static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR)
-            continue;
+        const ssize_t count
+            = file.Read(block.get(), static_cast<std::size_t>(std::min<std::uint64_t>(size, blockSize)));
         if (count < 0)
             return Reading::Failed;
         if (count == 0 || !take(std::string_view(block.get(), static_cast<std::size_t>(count))))
             return Reading::Short;
-        offset += static_cast<std::size_t>(count);
         size -= static_cast<std::size_t>(count);
     }
     return Reading::Done;
@@ -65,9 +55,10 @@ void Punch(const Descriptor& file, std::uint64_t begin, std::uint64_t size)
         file.Number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(begin), static_cast<off_t>(size));
 }
 
-// Of a new set.
-[[nodiscard]] bool WriteJournal(const KeptSet& set)
+// Of a new set, which has this part.
+[[nodiscard]] bool WriteJournal(KeptSet& set, const AttachmentPart& part)
 {
+    set.journal.Add(part);
     const std::string path = SetFolder::JournalOf(set.path);
     Descriptor file = SetFolder::MakeAnew(path);
     const bool isMade = file.IsOpen();
@@ -79,11 +70,11 @@ void Punch(const Descriptor& file, std::uint64_t begin, std::uint64_t size)
     return false;
 }
 
-[[nodiscard]] bool AppendToJournal(const KeptSet& set, const ReceivedPart& part)
+[[nodiscard]] bool AppendToJournal(KeptSet& set, const AttachmentPart& part)
 {
     const std::string path = SetFolder::JournalOf(set.path);
     const std::size_t end = set.journal.Length();
-    Descriptor file = SetFolder::Open(path, O_WRONLY);
+    Descriptor file = SetFolder::Open(path, O_WRONLY | O_APPEND);
     struct stat status = {};
     // On a disk that knows no locks another program may have added to it.
     if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || status.st_size > set.journalSize)
@@ -91,18 +82,11 @@ void Punch(const Descriptor& file, std::uint64_t begin, std::uint64_t size)
     // Behind the last whole record there may be one whose writing broke off.
     if (ftruncate(file.Number(), static_cast<off_t>(end)) != 0)
         return false;
-    if (WriteAt(file, SetJournal::Record(part), end) && !file.Close())
+    if (!file.Write(SetJournal::Record(part)) && !file.Close()) {
+        set.journal.Add(part);
         return true;
+    }
     (void)!truncate(path.c_str(), static_cast<off_t>(end)); // half a record would not be read either
-    return false;
-}
-
-[[nodiscard]] bool AddToJournal(KeptSet& set, const ReceivedPart& part, bool isNew)
-{
-    set.journal.Add(part);
-    if (isNew ? WriteJournal(set) : AppendToJournal(set, part))
-        return true;
-    set.journal.Forget(part);
     return false;
 }
 
@@ -113,45 +97,39 @@ std::uint32_t Checksum(std::uint32_t before, std::string_view bytes)
 
 }
 
-void AttachmentSets::Open(const std::string& destination, std::string_view newName, const PartPlace& newPlace)
+void AttachmentSets::Open(const std::string& destination, std::string_view newName, const AttachmentPart& newPart)
 {
     Drop();
     name = newName;
-    place = newPlace;
+    part = newPart;
     refusal = Outcome::Damaged;
-    if (place.wholeSize > largestSpreadAttachment || place.total > mostParts || name.size() > longestSpreadName)
+    if (part.wholeSize > largestSpreadAttachment || part.total > mostParts || name.size() > longestSpreadName)
         return;
     refusal = Outcome::NotWritten;
-    if (!folder.Enter(destination, SetFolder::Missing::Make))
+    if (!Folder.Enter(destination, SetFolder::Missing::Make))
         return;
-    key = folder.KeyOf(name, place.wholeSize);
-    sets = folder.SetsOf(name, place.wholeSize);
+    key = Folder.KeyOf(name, part.wholeSize);
+    sets = Folder.SetsOf(name, part.wholeSize);
     // Nearly always it is clear where the bytes belong before the first one is there.
-    const ReceivedPart part = PartInHand();
     targetIsNew = sets.empty();
     if (targetIsNew)
-        targetPath = folder.NewPath(key);
+        targetPath = Folder.NewPath(key);
     else if (sets.size() == 1 && sets.front().journal.Admits(part) && sets.front().journal.IsFree(part))
         targetPath = sets.front().path;
     if (!targetIsNew || !targetPath.empty())
         refusal = Outcome::None;
 }
 
-ReceivedPart AttachmentSets::PartInHand(const PartEnd& end) const
-{
-    return {place.begin, place.size, end.checksum, static_cast<std::uint32_t>(place.total), end.wholeChecksum,
-        end.isProven};
-}
-
 // The file is made with the first bytes and not before, so that a body full of broken parts costs nothing.
 bool AttachmentSets::OpenTarget()
 {
     if (targetPath.empty()) {
-        target = folder.MakeScratch();
-        return target.IsOpen() && WriteAt(target, std::exchange(inMemory, {}), 0);
+        target = Folder.MakeScratch();
+        return target.IsOpen() && !target.Write(std::exchange(inMemory, {}));
     }
     const std::string path = SetFolder::DataOf(targetPath);
     target = targetIsNew ? SetFolder::MakeAnew(path) : SetFolder::Open(path, O_RDWR);
+    GoTo(target, part.begin);
     return target.IsOpen();
 }
 
@@ -159,13 +137,13 @@ void AttachmentSets::Write(std::string_view bytes)
 {
     if (refusal != Outcome::None)
         return;
-    if (bytes.size() > place.size - written)
+    if (bytes.size() > part.size - written)
         refusal = Outcome::Damaged; // and nothing is written beyond its place
     else if (targetPath.empty() && written + bytes.size() <= mostBytesInMemory)
         inMemory += bytes;
-    else if (!folder.MakeRoom(written + bytes.size(), targetIsNew, key))
+    else if (!Folder.MakeRoom(written + bytes.size(), targetIsNew, key))
         refusal = Outcome::Damaged;
-    else if ((!target.IsOpen() && !OpenTarget()) || !WriteAt(target, bytes, TargetBegin() + written))
+    else if ((!target.IsOpen() && !OpenTarget()) || target.Write(bytes))
         refusal = Outcome::NotWritten;
     written += bytes.size();
 }
@@ -175,8 +153,8 @@ void AttachmentSets::Drop()
     if (target.IsOpen() && targetIsNew) {
         (void)DeleteFile(SetFolder::DataOf(targetPath));
     } else if (target.IsOpen() && !targetPath.empty()) {
-        Punch(target, place.begin, place.size);
-        folder.Note(sets.front());
+        Punch(target, part.begin, part.size);
+        Folder.Note(sets.front());
     }
     target = Descriptor();
     targetPath.clear();
@@ -184,17 +162,18 @@ void AttachmentSets::Drop()
     inMemory = {};
     sets.clear();
     written = 0;
-    folder.Leave();
+    Folder.Leave();
 }
 
-Outcome AttachmentSets::Keep(const PartEnd& end, const GiveName& giveName)
+Outcome AttachmentSets::Keep(const AttachmentPart& whole, const GiveName& giveName)
 {
+    part = whole;
     Outcome outcome = refusal;
-    if (outcome == Outcome::None && written != place.size)
+    if (outcome == Outcome::None && written != part.size)
         outcome = Outcome::Damaged;
     std::vector<std::string> paths;
     if (outcome == Outcome::None)
-        outcome = Take(PartInHand(end), paths);
+        outcome = Take(paths);
     for (const std::string& path : paths) {
         const Outcome finished = Finish(path, giveName);
         const bool isStored = outcome == Outcome::Stored || finished == Outcome::Stored;
@@ -205,7 +184,7 @@ Outcome AttachmentSets::Keep(const PartEnd& end, const GiveName& giveName)
 }
 
 // Finds the sets of a sound part and adds it there. `paths` become those of the sets which now have it.
-Outcome AttachmentSets::Take(const ReceivedPart& part, std::vector<std::string>& paths)
+Outcome AttachmentSets::Take(std::vector<std::string>& paths)
 {
     std::vector<KeptSet*> possible;
     std::vector<KeptSet*> safe; // the attachment's check sum will tell whether it was theirs
@@ -224,13 +203,13 @@ Outcome AttachmentSets::Take(const ReceivedPart& part, std::vector<std::string>&
         return Outcome::Part;
     if (safe.empty() && possible.size() > 1 && !part.wholeChecksum)
         return Outcome::Part; // to put it into the wrong one would make a wrong file
-    KeptSet made{{}, SetJournal(name, place.wholeSize), 0};
+    KeptSet made{{}, SetJournal(name, part.wholeSize), 0};
     const bool isNew = safe.empty() && possible.size() != 1;
     if (isNew)
-        made.path = targetIsNew ? targetPath : folder.NewPath(key);
+        made.path = targetIsNew ? targetPath : Folder.NewPath(key);
     Outcome outcome = Outcome::Part;
     for (KeptSet* set : isNew ? std::vector{&made} : safe.empty() ? possible : safe) {
-        const Outcome added = AddTo(*set, part, isNew);
+        const Outcome added = AddTo(*set, isNew);
         outcome = std::min(outcome, added);
         if (added == Outcome::Part)
             paths.push_back(set->path);
@@ -238,22 +217,23 @@ Outcome AttachmentSets::Take(const ReceivedPart& part, std::vector<std::string>&
     return outcome;
 }
 
-Outcome AttachmentSets::AddTo(KeptSet& set, const ReceivedPart& part, bool isNew)
+Outcome AttachmentSets::AddTo(KeptSet& set, bool isNew)
 {
     if (set.journal.Parts().size() >= mostParts)
         return Outcome::Damaged;
     const bool liesThere = set.path == targetPath;
-    if (!liesThere && !folder.MakeRoom(place.size, isNew, key))
+    if (!liesThere && !Folder.MakeRoom(part.size, isNew, key))
         return Outcome::Damaged;
-    if (set.path.empty() || (!liesThere && !CopyTarget(set.path, isNew)) || !AddToJournal(set, part, isNew))
+    if (set.path.empty() || (!liesThere && !CopyTarget(set.path, isNew))
+        || !(isNew ? WriteJournal : AppendToJournal)(set, part))
         return Outcome::NotWritten;
     if (liesThere) {
         // The disk has time for it while the next parts come, and the wait at the end is short.
         (void)sync_file_range(
-            target.Number(), static_cast<off_t>(place.begin), static_cast<off_t>(place.size), SYNC_FILE_RANGE_WRITE);
+            target.Number(), static_cast<off_t>(part.begin), static_cast<off_t>(part.size), SYNC_FILE_RANGE_WRITE);
         target = Descriptor();
     }
-    folder.Note(set);
+    Folder.Note(set);
     return Outcome::Part;
 }
 
@@ -261,18 +241,15 @@ bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
 {
     const std::string file = SetFolder::DataOf(path);
     const Descriptor data = isNew ? SetFolder::MakeAnew(file) : SetFolder::Open(file, O_RDWR);
-    std::uint64_t at = place.begin;
-    const auto write = [&](std::string_view bytes) {
-        const bool wrote = WriteAt(data, bytes, at);
-        at += bytes.size();
-        return wrote;
-    };
+    GoTo(data, part.begin);
+    const auto write = [&](std::string_view bytes) { return !data.Write(bytes); };
+    const std::uint64_t from = targetPath.empty() ? 0 : part.begin;
     const bool copied = data.IsOpen()
-        && (target.IsOpen() ? ReadFrom(target, TargetBegin(), place.size, write) == Reading::Done : write(inMemory));
+        && (target.IsOpen() ? ReadFrom(target, from, part.size, write) == Reading::Done : write(inMemory));
     if (!copied && data.IsOpen() && isNew)
         (void)DeleteFile(file);
     else if (!copied && data.IsOpen())
-        Punch(data, place.begin, place.size);
+        Punch(data, part.begin, part.size);
     return copied;
 }
 
@@ -282,7 +259,7 @@ bool AttachmentSets::CopyTarget(const std::string& path, bool isNew) const
 Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName)
 {
     const auto notNow = [&] {
-        folder.FinishLater(path);
+        Folder.FinishLater(path);
         return Outcome::NotWritten;
     };
     bool isUnclear = false;
@@ -296,10 +273,10 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
         return notNow();
     const auto toldChecksum = journal.WholeChecksum();
     std::uint32_t wholeChecksum = 0;
-    std::vector<ReceivedPart> wrong;
-    for (const ReceivedPart& part : journal.Parts()) {
+    std::vector<AttachmentPart> wrong;
+    for (const AttachmentPart& kept : journal.Parts()) {
         std::uint32_t checksum = 0;
-        const Reading reading = ReadFrom(data, part.begin, part.size, [&](std::string_view bytes) {
+        const Reading reading = ReadFrom(data, kept.begin, kept.size, [&](std::string_view bytes) {
             checksum = Checksum(checksum, bytes);
             if (toldChecksum)
                 wholeChecksum = Checksum(wholeChecksum, bytes);
@@ -307,8 +284,8 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
         });
         if (reading == Reading::Failed)
             return notNow();
-        if (reading == Reading::Short || checksum != part.checksum)
-            wrong.push_back(part);
+        if (reading == Reading::Short || checksum != kept.checksum)
+            wrong.push_back(kept);
     }
     if (!wrong.empty()) {
         ForgetParts(*set, data, wrong);
@@ -321,8 +298,8 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
         };
         // Those that proved themselves stay. If all of them did, some may be of another posting, and those that tell
         // this check sum stay; if all tell it, what they are said to make is not true.
-        find([](const ReceivedPart& part) { return !part.isProven; });
-        find([](const ReceivedPart& part) { return !part.wholeChecksum; });
+        find([](const AttachmentPart& kept) { return !kept.isProven; });
+        find([](const AttachmentPart& kept) { return !kept.wholeChecksum; });
         ForgetParts(*set, data, wrong.empty() ? journal.Parts() : wrong);
         return Outcome::Damaged;
     }
@@ -331,35 +308,35 @@ Outcome AttachmentSets::Finish(const std::string& path, const GiveName& giveName
     UnnamedFile file(dataPath, std::move(data));
     if (!giveName(journal.Name(), file))
         return notNow();
-    folder.Remove(path);
+    Folder.Remove(path);
     // It is not waited for a second time beside a part of it that was false.
     for (const KeptSet& other : sets) {
         if (toldChecksum && other.journal.WholeChecksum() == toldChecksum)
-            folder.Remove(other.path);
+            Folder.Remove(other.path);
     }
     return Outcome::Stored;
 }
 
-void AttachmentSets::ForgetParts(KeptSet set, const Descriptor& data, const std::vector<ReceivedPart>& parts)
+void AttachmentSets::ForgetParts(KeptSet set, const Descriptor& data, const std::vector<AttachmentPart>& parts)
 {
-    for (const ReceivedPart& part : parts)
-        set.journal.Forget(part);
+    for (const AttachmentPart& forgotten : parts)
+        set.journal.Forget(forgotten);
     if (set.journal.Parts().empty()) {
-        folder.Remove(set.path);
+        Folder.Remove(set.path);
         return;
     }
-    if (!folder.ReplaceJournal(set))
+    if (!Folder.ReplaceJournal(set))
         return; // the old one stands, and so does what it tells of
-    for (const ReceivedPart& part : parts)
-        Punch(data, part.begin, part.size);
-    folder.Note(set);
+    for (const AttachmentPart& forgotten : parts)
+        Punch(data, forgotten.begin, forgotten.size);
+    Folder.Note(set);
 }
 
 void AttachmentSets::FinishWhole(const std::string& destination, const GiveName& giveName)
 {
-    if (!folder.HasWhole(destination) || !folder.Enter(destination, SetFolder::Missing::Leave))
+    if (!Folder.HasWhole(destination) || !Folder.Enter(destination, SetFolder::Missing::Leave))
         return;
-    for (const std::string& path : folder.TakeWhole())
+    for (const std::string& path : Folder.TakeWhole())
         (void)Finish(path, giveName);
-    folder.Leave();
+    Folder.Leave();
 }

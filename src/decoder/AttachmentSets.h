@@ -23,43 +23,37 @@ public:
     using GiveName = std::function<bool(const std::string& name, UnnamedFile& file)>;
 
     // A part begins. `destination` ends in a "/".
-    void Open(const std::string& destination, std::string_view name, const PartPlace& newPlace);
+    void Open(const std::string& destination, std::string_view name, const AttachmentPart& newPart);
 
     void Write(std::string_view bytes);
 
-    // The part is sound. Stored if it made its attachment whole, with a final name; otherwise as a sink tells it.
-    [[nodiscard]] Outcome Keep(const PartEnd& end, const GiveName& giveName);
+    // The part is sound, and now its check sums are known, too. Stored if it made its attachment whole, with a final
+    // name; otherwise as a sink tells it.
+    [[nodiscard]] Outcome Keep(const AttachmentPart& whole, const GiveName& giveName);
 
     // The part is not taken.
     void Drop();
 
-    // A search begins: what is whole and could not be finished is tried once more.
-    void BeginSearch() { folder.TryAgain(); }
-
     // Finishes what was found whole: a program that was killed can leave such a set.
     void FinishWhole(const std::string& destination, const GiveName& giveName);
 
-    // What this program has seen there so far; all there is when it is first asked.
-    WaitingSets Waiting(const std::string& destination) { return folder.Waiting(destination); }
+    // Where they are kept. To be asked what waits there, and told when a search begins.
+    SetFolder Folder;
 
 private:
-    ReceivedPart PartInHand(const PartEnd& end = {}) const;
-    std::uint64_t TargetBegin() const { return targetPath.empty() ? 0 : place.begin; }
     bool OpenTarget();
-    Outcome Take(const ReceivedPart& part, std::vector<std::string>& paths);
-    Outcome AddTo(KeptSet& set, const ReceivedPart& part, bool isNew);
+    Outcome Take(std::vector<std::string>& paths);
+    Outcome AddTo(KeptSet& set, bool isNew);
     bool CopyTarget(const std::string& path, bool isNew) const;
 
     Outcome Finish(const std::string& path, const GiveName& giveName);
-    void ForgetParts(KeptSet set, const Descriptor& data, const std::vector<ReceivedPart>& parts);
-
-    SetFolder folder;
+    void ForgetParts(KeptSet set, const Descriptor& data, const std::vector<AttachmentPart>& parts);
 
     // The part in hand.
     Outcome refusal = Outcome::Damaged; // why it is not taken, None if it is
     std::string key; // of the paths of its sets
     std::string name;
-    PartPlace place;
+    AttachmentPart part;
     std::vector<KeptSet> sets; // of its name and size
     std::string targetPath; // the set whose data file takes the bytes, "" if that is not settled yet
     bool targetIsNew = false;

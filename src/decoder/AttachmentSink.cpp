@@ -1,15 +1,10 @@
 #include "decoder/AttachmentSink.h"
 
-AttachmentWriter::AttachmentWriter(AttachmentSink& attachmentSink, std::string_view name)
+AttachmentWriter::AttachmentWriter(
+    AttachmentSink& attachmentSink, std::string_view name, const std::optional<AttachmentPart>& part)
     : sink(attachmentSink)
 {
-    sink.Open(name);
-}
-
-AttachmentWriter::AttachmentWriter(AttachmentSink& attachmentSink, std::string_view name, const PartPlace& place)
-    : sink(attachmentSink)
-{
-    sink.OpenPart(name, place);
+    sink.Open(name, part);
 }
 
 AttachmentWriter::~AttachmentWriter() { Abandon(); }
@@ -29,16 +24,9 @@ void AttachmentWriter::Flush()
     used = 0;
 }
 
-Outcome AttachmentWriter::Keep()
+Outcome AttachmentWriter::Keep(const std::optional<AttachmentPart>& part)
 {
     Flush();
     isOpen = false;
-    return sink.Keep() ? Outcome::Stored : Outcome::NotWritten;
-}
-
-Outcome AttachmentWriter::KeepPart(const PartEnd& end)
-{
-    Flush();
-    isOpen = false;
-    return sink.KeepPart(end);
+    return sink.Keep(part);
 }

@@ -16,46 +16,38 @@ enum class Outcome : int {
     Stored = 1
 };
 
-// Where a part belongs in an attachment that is spread over several articles, as its article tells before its bytes.
-struct PartPlace {
+// A part of an attachment that is spread over several articles, as its article tells of it.
+struct AttachmentPart {
     std::uint64_t wholeSize = 0; // of the attachment, in bytes
     std::uint64_t total = 0; // the number of all parts, 0 if it is not told
     std::uint64_t begin = 0; // the offset of the part's first byte
     std::uint64_t size = 0; // of the part, in bytes, at least 1; it ends inside the attachment
-};
 
-// What is known behind the last byte of a part.
-struct PartEnd {
-    std::uint32_t checksum = 0; // the CRC-32 of the bytes that were written
+    // Known behind its last byte.
+    std::uint32_t checksum = 0; // the CRC-32 of its bytes
     bool isProven = false; // the article told the same
-    std::optional<std::uint32_t> wholeChecksum; // the CRC-32 of the attachment, if it was told
+    std::optional<std::uint32_t> wholeChecksum = {}; // the CRC-32 of the attachment, if it was told
+
+    std::uint64_t End() const { return begin + size; }
 };
 
-// Takes the attachments of a body one after the other: Open, any number of Writes, then Keep or Drop. A part of an
-// attachment takes the same way, from OpenPart to KeepPart.
+// Takes the attachments of a body, or parts of such, one after the other: Open, any number of Writes, then Keep or
+// Drop. By itself it takes nothing.
 class AttachmentSink {
 public:
     virtual ~AttachmentSink() = default;
 
     // The name is as the body has it: any bytes, and a stranger's choice.
-    virtual void Open(std::string_view name) = 0;
-    virtual void Write(std::string_view bytes) = 0;
+    virtual void Open(std::string_view, const std::optional<AttachmentPart>&) { }
+    virtual void Write(std::string_view) { }
 
-    // The attachment is whole. False if it could not be kept, by this call or by a Write before it.
-    [[nodiscard]] virtual bool Keep() = 0;
+    // The attachment is whole: Stored, or NotWritten if it could not be kept, by this call or by a Write before it. Or
+    // the part is: Stored if the attachment is whole with it, otherwise Part if it is kept, Damaged or NotWritten if
+    // not.
+    [[nodiscard]] virtual Outcome Keep(const std::optional<AttachmentPart>&) { return Outcome::NotWritten; }
 
     // The attachment, or the part, is not whole: nothing of it may stay.
-    virtual void Drop() = 0;
-
-    // Parts are only for a sink that lasts longer than a body. Any other drops them.
-    virtual void OpenPart(std::string_view name, const PartPlace&) { Open(name); }
-
-    // Stored if the attachment is whole with this part. Otherwise Part if that is kept, Damaged or NotWritten if not.
-    [[nodiscard]] virtual Outcome KeepPart(const PartEnd&)
-    {
-        Drop();
-        return Outcome::Part;
-    }
+    virtual void Drop() { }
 };
 
 // One attachment on its way to the sink, gathered into large writes. Whatever is not kept is dropped.
@@ -66,11 +58,9 @@ public:
     // Bytes behind a reserved room that may be scribbled on, so that the decoders can store whole words.
     static constexpr std::size_t slack = 64;
 
-    AttachmentWriter(AttachmentSink& attachmentSink, std::string_view name);
-    AttachmentWriter(AttachmentSink& attachmentSink, std::string_view name, const PartPlace& place);
+    AttachmentWriter(
+        AttachmentSink& attachmentSink, std::string_view name, const std::optional<AttachmentPart>& part = {});
     ~AttachmentWriter();
-    AttachmentWriter(const AttachmentWriter&) = delete;
-    AttachmentWriter& operator=(const AttachmentWriter&) = delete;
 
     // Room for `size` bytes, at most largestReserve. Valid until the next call.
     char* Reserve(std::size_t size)
@@ -89,11 +79,8 @@ public:
     // The attachment will not be kept, and what is still added to it only counts.
     void Abandon();
 
-    // Stored or NotWritten.
-    [[nodiscard]] Outcome Keep();
-
-    // Of a part. See the sink's.
-    [[nodiscard]] Outcome KeepPart(const PartEnd& end);
+    // See the sink's.
+    [[nodiscard]] Outcome Keep(const std::optional<AttachmentPart>& part = {});
 
 private:
     static constexpr std::size_t capacity = 256 * 1024; // the larger the writes, the less a file costs its system

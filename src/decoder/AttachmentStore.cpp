@@ -59,10 +59,18 @@ std::string AttachmentStore::NameFor(std::string_view name) const
     return safeName;
 }
 
-void AttachmentStore::Open(std::string_view name)
+// Each part is for a set that has to be looked for, and a body can be made of nothing but tiny ones.
+void AttachmentStore::Open(std::string_view name, const std::optional<AttachmentPart>& part)
 {
     Drop();
-    wantedName = NameFor(name);
+    if (!part) {
+        wantedName = NameFor(name);
+        return;
+    }
+    isPart = ++parts <= mostPartsOfOneBody;
+    failed = !isPart;
+    if (isPart)
+        sets.Open(directory, name, *part);
 }
 
 // The file is made with the first bytes and not before, so that a body full of broken attachments costs nothing.
@@ -80,34 +88,22 @@ void AttachmentStore::Write(std::string_view bytes)
     }
 }
 
-bool AttachmentStore::Keep()
+Outcome AttachmentStore::Keep(const std::optional<AttachmentPart>& part)
 {
-    Write({}); // an attachment of no bytes is a file too
-    const bool kept = !failed && KeepAs(wantedName);
+    Outcome outcome = Outcome::Damaged;
+    if (part && isPart) {
+        outcome = sets.Keep(*part, NameGiver());
+    } else if (!part) {
+        Write({}); // an attachment of no bytes is a file too
+        outcome = !failed && KeepAs(wantedName) ? Outcome::Stored : Outcome::NotWritten;
+    }
     Drop();
-    return kept;
+    return outcome;
 }
 
 bool AttachmentStore::KeepAs(const std::string& name)
 {
     return !file.Finish() && (TakeName(name) || TakeName(PortableFileName(name)));
-}
-
-// Each part is for a set that has to be looked for, and a body can be made of nothing but tiny ones.
-void AttachmentStore::OpenPart(std::string_view name, const PartPlace& place)
-{
-    Drop();
-    isPart = ++parts <= mostPartsOfOneBody;
-    failed = !isPart;
-    if (isPart)
-        sets.Open(directory, name, place);
-}
-
-Outcome AttachmentStore::KeepPart(const PartEnd& end)
-{
-    const Outcome outcome = isPart ? sets.Keep(end, NameGiver()) : Outcome::Damaged;
-    Drop();
-    return outcome;
 }
 
 void AttachmentStore::FinishWholeSets() { sets.FinishWhole(directory, NameGiver()); }
@@ -170,12 +166,9 @@ bool AttachmentStore::IsStoredAs(const std::string& path) const
 {
     struct stat ours = {};
     struct stat theirs = {};
-    struct stat body = {};
     // Looked at before it is opened, since opening a device or a pipe may have effects.
     if (lstat(file.Path().c_str(), &ours) != 0 || lstat(path.c_str(), &theirs) != 0 || !S_ISREG(theirs.st_mode)
-        || ours.st_size != theirs.st_size)
-        return false;
-    if (stat(bodyPath.c_str(), &body) == 0 && body.st_dev == theirs.st_dev && body.st_ino == theirs.st_ino)
+        || ours.st_size != theirs.st_size || SameFile(path, bodyPath))
         return false;
     const Descriptor other(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     return SameBytes(file.FromStart(), other);

@@ -25,12 +25,10 @@ public:
     // Those of them whose file was there before.
     const std::vector<std::string>& FoundNames() const { return foundNames; }
 
-    void Open(std::string_view name) override;
+    void Open(std::string_view name, const std::optional<AttachmentPart>& part) override;
     void Write(std::string_view bytes) override;
-    [[nodiscard]] bool Keep() override;
+    [[nodiscard]] Outcome Keep(const std::optional<AttachmentPart>& part) override;
     void Drop() override;
-    void OpenPart(std::string_view name, const PartPlace& place) override;
-    [[nodiscard]] Outcome KeepPart(const PartEnd& end) override;
 
     // Stores what a program that was killed has left whole.
     void FinishWholeSets();

@@ -14,15 +14,6 @@
 
 namespace {
 
-// Where an attachment goes that is one too many.
-class Nowhere : public AttachmentSink {
-public:
-    void Open(std::string_view) override { }
-    void Write(std::string_view) override { }
-    bool Keep() override { return false; }
-    void Drop() override { }
-};
-
 class BodyDecoder {
 public:
     BodyDecoder(LineReader& lineReader, AttachmentSink& attachmentSink)
@@ -116,7 +107,7 @@ private:
     static constexpr int fewestFullLines = 3;
 
     LineReader& lines;
-    Nowhere nowhere;
+    AttachmentSink nowhere; // for an attachment that is one too many
     AttachmentSink* sink;
     MimeBoundaries boundaries;
     int fullLines = 0;

@@ -153,24 +153,14 @@ std::string FileNameIn(std::string_view field, std::string_view parameterName)
     return !extended.empty() ? extended : !joined.empty() ? joined : simple;
 }
 
-// One field of a header, its continued lines joined.
-class HeaderField {
-public:
-    void Start(std::string_view line) { text = line.substr(0, longestHeader); }
-    void Continue(std::string_view line) { text += line.substr(0, longestHeader - text.size()); }
-
-    // The part behind the colon if this is the field of that name.
-    std::optional<std::string_view> ValueOf(std::string_view name) const
-    {
-        const std::string_view field = text;
-        const std::size_t length = FieldNameLength(field);
-        return length != 0 && SameText(field.substr(0, length), name) ? std::optional(field.substr(length + 1))
-                                                                      : std::nullopt;
-    }
-
-private:
-    std::string text;
-};
+// The part of a field behind its colon, if it is the one of this name.
+std::optional<std::string_view> ValueOf(std::string_view field, std::string_view name)
+{
+    const std::size_t length = FieldNameLength(field);
+    if (length == 0 || !SameText(field.substr(0, length), name))
+        return std::nullopt;
+    return field.substr(length + 1);
+}
 
 }
 
@@ -184,13 +174,13 @@ MimePart ReadMimePart(LineReader& lines, const MimeBoundaries& boundaries)
 {
     MimePart part;
     std::string nameOfType;
-    HeaderField field;
+    std::string field; // its continued lines joined
     const auto takeField = [&] {
-        if (const auto encoding = field.ValueOf("Content-Transfer-Encoding"))
+        if (const auto encoding = ValueOf(field, "Content-Transfer-Encoding"))
             part.isBase64 = SameText(Trim(encoding->substr(0, encoding->find(';')), blanks), "base64");
-        if (const auto disposition = field.ValueOf("Content-Disposition"))
+        if (const auto disposition = ValueOf(field, "Content-Disposition"))
             part.name = FileNameIn(*disposition, "filename");
-        if (const auto type = field.ValueOf("Content-Type"))
+        if (const auto type = ValueOf(field, "Content-Type"))
             nameOfType = FileNameIn(*type, "name");
     };
     for (; lines.HasLine(); lines.Advance()) {
@@ -202,10 +192,10 @@ MimePart ReadMimePart(LineReader& lines, const MimeBoundaries& boundaries)
         if (boundaries.EndsPart(line))
             break;
         if (!lines.IsWhole() || blanks.find(line.front()) != std::string_view::npos) {
-            field.Continue(line);
+            field += line.substr(0, longestHeader - field.size());
         } else if (FieldNameLength(line) != 0) {
             takeField();
-            field.Start(line);
+            field = line.substr(0, longestHeader);
         } else {
             break; // the empty line is missing
         }

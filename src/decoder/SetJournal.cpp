@@ -37,45 +37,34 @@ std::uint32_t Checksum(std::string_view bytes)
 
 void AppendChecksum(std::string& bytes) { AppendNumber(bytes, Checksum(bytes), 4); }
 
-// Reads what is known to be there.
-class NumberReader {
-public:
-    explicit NumberReader(std::string_view newBytes)
-        : bytes(newBytes)
-    {
-    }
-
-    std::uint64_t Take(std::size_t size)
-    {
-        std::uint64_t number = 0;
-        for (std::size_t byte = 0; byte < size; ++byte)
-            number |= std::uint64_t{static_cast<unsigned char>(bytes[byte])} << 8 * byte;
-        bytes.remove_prefix(size);
-        return number;
-    }
-
-private:
-    std::string_view bytes;
-};
+// Off the front of what is known to be there.
+std::uint64_t TakeNumber(std::string_view& bytes, std::size_t size)
+{
+    std::uint64_t number = 0;
+    for (std::size_t byte = 0; byte < size; ++byte)
+        number |= std::uint64_t{static_cast<unsigned char>(bytes[byte])} << 8 * byte;
+    bytes.remove_prefix(size);
+    return number;
+}
 
 // Do the last four bytes confirm those before them?
 bool IsConfirmed(std::string_view bytes)
 {
-    return NumberReader(bytes.substr(bytes.size() - 4)).Take(4) == Checksum(bytes.substr(0, bytes.size() - 4));
+    std::string_view told = bytes.substr(bytes.size() - 4);
+    return TakeNumber(told, 4) == Checksum(bytes.substr(0, bytes.size() - 4));
 }
 
-std::optional<ReceivedPart> ReadRecord(std::string_view record, std::uint64_t attachmentSize)
+std::optional<AttachmentPart> ReadRecord(std::string_view record, std::uint64_t attachmentSize)
 {
     if (!IsConfirmed(record))
         return std::nullopt;
-    NumberReader reader(record);
-    ReceivedPart part;
-    part.begin = reader.Take(8);
-    part.size = reader.Take(8);
-    part.checksum = static_cast<std::uint32_t>(reader.Take(4));
-    const auto wholeChecksum = static_cast<std::uint32_t>(reader.Take(4));
-    part.total = static_cast<std::uint32_t>(reader.Take(2));
-    const std::uint64_t flags = reader.Take(2);
+    AttachmentPart part{attachmentSize};
+    part.begin = TakeNumber(record, 8);
+    part.size = TakeNumber(record, 8);
+    part.checksum = static_cast<std::uint32_t>(TakeNumber(record, 4));
+    const auto wholeChecksum = static_cast<std::uint32_t>(TakeNumber(record, 4));
+    part.total = TakeNumber(record, 2);
+    const std::uint64_t flags = TakeNumber(record, 2);
     part.isProven = (flags & provenFlag) != 0;
     if ((flags & wholeFlag) != 0)
         part.wholeChecksum = wholeChecksum;
@@ -84,7 +73,7 @@ std::optional<ReceivedPart> ReadRecord(std::string_view record, std::uint64_t at
     return part;
 }
 
-bool BeginsBefore(const ReceivedPart& one, const ReceivedPart& other) { return one.begin < other.begin; }
+bool BeginsBefore(const AttachmentPart& one, const AttachmentPart& other) { return one.begin < other.begin; }
 
 // Either may be silent about it.
 template <class Value> bool Agree(const Value& one, const Value& other)
@@ -101,9 +90,9 @@ std::optional<SetJournal> SetJournal::Read(std::string_view bytes)
     constexpr std::size_t fixed = mark.size() + 8 + 4;
     if (bytes.size() < fixed + 4 || !bytes.starts_with(mark))
         return std::nullopt;
-    NumberReader reader(bytes.substr(mark.size()));
-    const std::uint64_t size = reader.Take(8);
-    const auto nameSize = static_cast<std::size_t>(reader.Take(4));
+    std::string_view numbers = bytes.substr(mark.size());
+    const std::uint64_t size = TakeNumber(numbers, 8);
+    const auto nameSize = static_cast<std::size_t>(TakeNumber(numbers, 4));
     if (nameSize > longestSpreadName || bytes.size() < fixed + nameSize + 4 || size > largestSpreadAttachment
         || !IsConfirmed(bytes.substr(0, fixed + nameSize + 4)))
         return std::nullopt;
@@ -117,7 +106,7 @@ std::optional<SetJournal> SetJournal::Read(std::string_view bytes)
         journal.length += recordSize;
     }
     std::sort(journal.parts.begin(), journal.parts.end(), BeginsBefore);
-    const auto overlap = [](const ReceivedPart& one, const ReceivedPart& next) { return one.End() > next.begin; };
+    const auto overlap = [](const AttachmentPart& one, const AttachmentPart& next) { return one.End() > next.begin; };
     if (journal.parts.empty()
         || std::adjacent_find(journal.parts.begin(), journal.parts.end(), overlap) != journal.parts.end())
         return std::nullopt;
@@ -131,12 +120,12 @@ std::string SetJournal::Bytes() const
     AppendNumber(bytes, name.size(), 4);
     bytes += name;
     AppendChecksum(bytes);
-    for (const ReceivedPart& part : parts)
+    for (const AttachmentPart& part : parts)
         bytes += Record(part);
     return bytes;
 }
 
-std::string SetJournal::Record(const ReceivedPart& part)
+std::string SetJournal::Record(const AttachmentPart& part)
 {
     std::string record;
     AppendNumber(record, part.begin, 8);
@@ -149,7 +138,7 @@ std::string SetJournal::Record(const ReceivedPart& part)
     return record;
 }
 
-std::uint32_t SetJournal::Total() const
+std::uint64_t SetJournal::Total() const
 {
     const auto told = std::find_if(parts.begin(), parts.end(), [](const auto& part) { return part.total != 0; });
     return told == parts.end() ? 0 : told->total;
@@ -166,18 +155,18 @@ std::uint64_t SetJournal::Articles() const
 {
     std::uint64_t received = 0;
     std::uint64_t largest = 1;
-    for (const ReceivedPart& part : parts) {
+    for (const AttachmentPart& part : parts) {
         received += part.size;
         largest = std::max(largest, part.size);
     }
     const std::uint64_t missing = (size - received + largest - 1) / largest;
-    return std::max<std::uint64_t>(Total(), parts.size() + (Total() == 0 || missing == 0 ? missing : 1));
+    return std::max(Total(), parts.size() + (Total() == 0 || missing == 0 ? missing : 1));
 }
 
 bool SetJournal::IsWhole() const
 {
     std::uint64_t reached = 0;
-    for (const ReceivedPart& part : parts) {
+    for (const AttachmentPart& part : parts) {
         if (part.begin != reached)
             return false;
         reached = part.End();
@@ -185,31 +174,31 @@ bool SetJournal::IsWhole() const
     return reached == size;
 }
 
-bool SetJournal::Admits(const ReceivedPart& part) const
+bool SetJournal::Admits(const AttachmentPart& part) const
 {
     return Agree(Total(), part.total) && Agree(WholeChecksum(), part.wholeChecksum);
 }
 
-bool SetJournal::IsFree(const ReceivedPart& part) const
+bool SetJournal::IsFree(const AttachmentPart& part) const
 {
     const auto next = std::lower_bound(parts.begin(), parts.end(), part, BeginsBefore);
     return (next == parts.end() || part.End() <= next->begin)
         && (next == parts.begin() || std::prev(next)->End() <= part.begin);
 }
 
-bool SetJournal::Holds(const ReceivedPart& part) const
+bool SetJournal::Holds(const AttachmentPart& part) const
 {
     const auto same = std::lower_bound(parts.begin(), parts.end(), part, BeginsBefore);
     return same != parts.end() && same->begin == part.begin && same->size == part.size
         && same->checksum == part.checksum;
 }
 
-void SetJournal::Add(const ReceivedPart& part)
+void SetJournal::Add(const AttachmentPart& part)
 {
     parts.insert(std::lower_bound(parts.begin(), parts.end(), part, BeginsBefore), part);
 }
 
-void SetJournal::Forget(const ReceivedPart& part)
+void SetJournal::Forget(const AttachmentPart& part)
 {
     parts.erase(std::lower_bound(parts.begin(), parts.end(), part, BeginsBefore));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "decoder/AttachmentSink.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -17,18 +19,6 @@ constexpr std::uint64_t mostParts = 20'000;
 
 // In bytes. No file system takes a quarter of it.
 constexpr std::size_t longestSpreadName = 1024;
-
-// What an article told of the part that it brought.
-struct ReceivedPart {
-    std::uint64_t begin = 0; // the offset of its first byte in the attachment
-    std::uint64_t size = 0; // in bytes, at least 1
-    std::uint32_t checksum = 0; // the CRC-32 of its bytes
-    std::uint32_t total = 0; // the number of all parts, 0 if it was not told
-    std::optional<std::uint32_t> wholeChecksum; // the CRC-32 of the attachment, if it was told
-    bool isProven = false; // the article gave the part's check sum, too
-
-    std::uint64_t End() const { return begin + size; }
-};
 
 // What was received of an attachment that is spread over several articles, and the bytes that tell so on the disk: a
 // head and one record for each part (docs/formats.md). A record is written in one go behind the last one, and has a
@@ -49,7 +39,7 @@ public:
 
     // Head and records.
     std::string Bytes() const;
-    static std::string Record(const ReceivedPart& part);
+    static std::string Record(const AttachmentPart& part);
 
     // Of the bytes that were read: where the next record belongs.
     std::size_t Length() const { return length; }
@@ -58,10 +48,10 @@ public:
     std::uint64_t Size() const { return size; } // of the attachment, in bytes
 
     // In their order in the attachment. No two of them overlap.
-    const std::vector<ReceivedPart>& Parts() const { return parts; }
+    const std::vector<AttachmentPart>& Parts() const { return parts; }
 
     // As the first part said that told it.
-    std::uint32_t Total() const;
+    std::uint64_t Total() const;
     std::optional<std::uint32_t> WholeChecksum() const;
 
     // The number of all its articles. Where none tells it, as many as it takes if those that are missing hold as much
@@ -71,23 +61,23 @@ public:
     bool IsWhole() const;
 
     // Could the part be one of this attachment, but for its bytes?
-    bool Admits(const ReceivedPart& part) const;
+    bool Admits(const AttachmentPart& part) const;
 
     // Is none of its bytes there yet?
-    bool IsFree(const ReceivedPart& part) const;
+    bool IsFree(const AttachmentPart& part) const;
 
     // Is this very part there?
-    bool Holds(const ReceivedPart& part) const;
+    bool Holds(const AttachmentPart& part) const;
 
     // A part that is free.
-    void Add(const ReceivedPart& part);
+    void Add(const AttachmentPart& part);
 
     // One that is there.
-    void Forget(const ReceivedPart& part);
+    void Forget(const AttachmentPart& part);
 
 private:
     std::string name;
     std::uint64_t size;
-    std::vector<ReceivedPart> parts;
+    std::vector<AttachmentPart> parts;
     std::size_t length = 0;
 };

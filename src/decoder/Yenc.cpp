@@ -41,9 +41,9 @@ std::optional<std::string_view> Field(std::string_view line, std::string_view fi
     return std::nullopt;
 }
 
-template <class Number> std::optional<Number> ReadNumber(std::string_view text, int base)
+std::optional<std::uint64_t> ReadNumber(std::string_view text, int base)
 {
-    Number number = 0;
+    std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
     if (error != std::errc() || end != text.data() + text.size() || text.empty())
         return std::nullopt;
@@ -53,7 +53,7 @@ template <class Number> std::optional<Number> ReadNumber(std::string_view text, 
 std::optional<std::uint64_t> Count(std::string_view line, std::string_view field)
 {
     const auto text = Field(line, field);
-    return text ? ReadNumber<std::uint64_t>(*text, 10) : std::nullopt;
+    return text ? ReadNumber(*text, 10) : std::nullopt;
 }
 
 // Nothing if it is not there, or no number. Some encoders take the check sum for a signed number of 64 bits and write
@@ -61,7 +61,7 @@ std::optional<std::uint64_t> Count(std::string_view line, std::string_view field
 std::optional<std::uint32_t> Checksum(std::string_view line, std::string_view field)
 {
     const auto text = Field(line, field);
-    const auto number = text ? ReadNumber<std::uint64_t>(*text, 16) : std::nullopt;
+    const auto number = text ? ReadNumber(*text, 16) : std::nullopt;
     if (!number || (*number >> 32 != 0 && *number >> 32 != 0xffffffff))
         return std::nullopt;
     return static_cast<std::uint32_t>(*number);
@@ -79,25 +79,27 @@ bool IsConfirmed(std::string_view line, std::uint64_t size, std::uint32_t checks
         && !IsChecksumWrong(line, "pcrc32", checksum);
 }
 
-// What the line "=yend size=384000 part=1 pcrc32=12345678 crc32=abcdef12" adds to a part; nothing if it is not right.
-std::optional<PartEnd> ConfirmPart(
-    std::string_view line, const YencBegin& begin, std::uint64_t size, std::uint32_t checksum)
+// Adds what the line "=yend size=384000 part=1 pcrc32=12345678 crc32=abcdef12" tells of a part. False if it is not
+// right.
+bool ConfirmPart(AttachmentPart& part, std::string_view line, const YencBegin& begin, std::uint32_t checksum)
 {
-    if (Count(line, "size") != size || IsChecksumWrong(line, "pcrc32", checksum)
+    if (Count(line, "size") != part.size || IsChecksumWrong(line, "pcrc32", checksum)
         || (Field(line, "part") && begin.part && Count(line, "part") != begin.part))
-        return std::nullopt;
-    PartEnd end{checksum, Field(line, "pcrc32").has_value(), Checksum(line, "crc32")};
-    if (Field(line, "crc32") && !end.wholeChecksum)
-        return std::nullopt;
-    if (end.wholeChecksum == checksum) {
-        end.isProven = true;
-        end.wholeChecksum.reset();
+        return false;
+    part.checksum = checksum;
+    part.isProven = Field(line, "pcrc32").has_value();
+    part.wholeChecksum = Checksum(line, "crc32");
+    if (Field(line, "crc32") && !part.wholeChecksum)
+        return false;
+    if (part.wholeChecksum == checksum) {
+        part.isProven = true;
+        part.wholeChecksum.reset();
     }
-    return end;
+    return true;
 }
 
 // The part that the line "=ypart begin=1 end=384000" tells of; nothing if there is none such.
-std::optional<PartPlace> ReadPlace(std::string_view line, const YencBegin& begin)
+std::optional<AttachmentPart> ReadPlace(std::string_view line, const YencBegin& begin)
 {
     const auto first = Count(line, "begin");
     const auto last = Count(line, "end");
@@ -106,7 +108,7 @@ std::optional<PartPlace> ReadPlace(std::string_view line, const YencBegin& begin
         return std::nullopt;
     if (begin.part == 0U || (begin.total != 0 && begin.part > begin.total))
         return std::nullopt;
-    return PartPlace{begin.size, begin.total, *first - 1, *last + 1 - *first};
+    return AttachmentPart{begin.size, begin.total, *first - 1, *last + 1 - *first};
 }
 
 }
@@ -130,20 +132,20 @@ std::optional<YencBegin> ReadYencBegin(std::string_view line)
 
 Outcome DecodeYenc(LineReader& lines, const YencBegin& begin, AttachmentSink& sink)
 {
-    std::optional<PartPlace> place;
+    std::optional<AttachmentPart> part;
     if (lines.HasLine() && lines.Line().starts_with("=ypart ")) {
-        place = ReadPlace(lines.Line(), begin);
-        if (!place)
+        part = ReadPlace(lines.Line(), begin);
+        if (!part)
             return Outcome::Damaged;
         lines.Advance();
-        if (place->size == begin.size)
-            place.reset();
+        if (part->size == begin.size)
+            part.reset();
     } else if (begin.isOneOfSeveral) {
         return Outcome::Part;
     }
 
-    const std::uint64_t size = place ? place->size : begin.size;
-    AttachmentWriter writer = place ? AttachmentWriter(sink, begin.name, *place) : AttachmentWriter(sink, begin.name);
+    const std::uint64_t size = part ? part->size : begin.size;
+    AttachmentWriter writer(sink, begin.name, part);
     YencStream stream(writer);
     while (!stream.IsAtOwnLine()) {
         lines.Skip(stream.Take(lines.Ahead()));
@@ -157,12 +159,9 @@ Outcome DecodeYenc(LineReader& lines, const YencBegin& begin, AttachmentSink& si
     if (!lines.HasLine() || !lines.Line().starts_with("=yend"))
         return Outcome::Part; // the next attachment begins before this one has ended
     const std::string_view line = lines.Line();
-    const bool isSound = lines.IsWhole() && !stream.IsDamaged() && writer.Size() == size;
-    const bool isConfirmed = isSound && !place && IsConfirmed(line, size, stream.Checksum());
-    const auto partEnd
-        = isSound && place ? ConfirmPart(line, begin, size, stream.Checksum()) : std::optional<PartEnd>();
+    const std::uint32_t checksum = stream.Checksum();
+    const bool isConfirmed = lines.IsWhole() && !stream.IsDamaged() && writer.Size() == size
+        && (part ? ConfirmPart(*part, line, begin, checksum) : IsConfirmed(line, size, checksum));
     lines.Advance();
-    if (partEnd)
-        return writer.KeepPart(*partEnd);
-    return isConfirmed ? writer.Keep() : Outcome::Damaged;
+    return isConfirmed ? writer.Keep(part) : Outcome::Damaged;
 }

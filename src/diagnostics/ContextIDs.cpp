@@ -1,6 +1,5 @@
 #include "diagnostics/ContextIDs.h"
 
-#include "base/Files.h"
 #include "platform/Buttons.h"
 #include "platform/Form.h"
 #include "platform/HelpPages.h"
@@ -40,18 +39,14 @@ constexpr double margin = 60;
 
 }
 
-ContextIDs::ContextIDs(Desktop& newDesktop)
+ContextIDs::ContextIDs(Desktop& newDesktop, const std::string& directory)
     : desktop(newDesktop)
+    , HelpFile(directory + helpFileName)
 {
+    Form::HelpKey = [this](int topic) { HelpContext(topic); };
 }
 
 ContextIDs::~ContextIDs() { Form::HelpKey = nullptr; }
-
-void ContextIDs::HelpInit(const std::string& directory)
-{
-    HelpFile = WithSeparator(directory) + helpFileName;
-    Form::HelpKey = [this](int topic) { HelpContext(topic); };
-}
 
 void ContextIDs::HelpContext(int number)
 {

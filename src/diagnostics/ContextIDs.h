@@ -12,11 +12,9 @@ class ContextIDs {
 public:
     static constexpr const char* helpFileName = "Tamarack.hlp";
 
-    explicit ContextIDs(Desktop& desktop);
+    // Answers the F1 key as long as it lives. A separator stands at the end of the help file's directory.
+    ContextIDs(Desktop& desktop, const std::string& directory);
     ~ContextIDs();
-
-    // Takes the directory of the help file, and answers the F1 key from now on.
-    void HelpInit(const std::string& directory);
 
     // Opens the help at a topic, or at its contents, also for a number that is no topic. A help file that cannot be
     // opened is told in a message box.
@@ -33,6 +31,6 @@ private:
     void cmdSearch_Click();
 
     Desktop& desktop;
-    std::string HelpFile;
+    const std::string HelpFile;
     std::unique_ptr<frmHelp> form;
 };

@@ -9,7 +9,6 @@
 // the user finds the form as new.
 template <class FormType> class KeptForm {
 protected:
-    KeptForm() = default;
     ~KeptForm() = default;
 
     // The form, opened if it is closed. What opens it does not show it.

@@ -73,7 +73,9 @@ frmTamarack::frmTamarack()
     txtNewsGroups.EnterPresses(cmdAndFilter);
 
     // The step to the top comes first on screen.
-    lstSelectedGroups.PrecedesInTabOrder(MyUpDown[2]);
+    Control::SetTabOrder({&lstSelectedGroups, &MyUpDown[2]});
+    Control::SetTabOrder({&Command2[0], &cmdClear[0], &cmdDelete[0], &Command2[1], &cmdClear[1], &cmdDelete[1],
+        &Command2[2], &cmdClear[2], &cmdDelete[2]});
     for (int slot = 0; slot < 3; ++slot) {
         const std::string picture = "picture " + std::to_string(slot + 1);
         SSPanel1[slot].SetAccessibleName("Room of " + picture);
@@ -81,9 +83,6 @@ frmTamarack::frmTamarack()
         Command2[slot].SetAccessibleName("View " + picture);
         cmdClear[slot].SetAccessibleName("Clear " + picture);
         cmdDelete[slot].SetAccessibleName("Delete " + picture);
-        Command2[slot].PrecedesInTabOrder(cmdClear[slot]);
-        if (slot < 2)
-            cmdDelete[slot].PrecedesInTabOrder(Command2[slot + 1]);
     }
 
     struct Topic {

@@ -35,12 +35,14 @@ void SlideShow::Bind()
 {
     walk = std::make_unique<DirectoryWalk>(MainForm, desktop, form->Drive1, form->Dir1);
     form->mnuExit.Click = [this] { Unload(); };
-    form->mnuStart.Click = [this] { Command1_Click(0); };
-    form->mnuPause.Click = [this] { Command1_Click(5); };
-    form->mnuStop.Click = [this] { Command1_Click(1); };
-    form->mnuTips.Click = [this] { Raise(HelpContext, tipsTopic); };
-    for (int index = 0; index < 8; ++index)
-        form->Command1[index].Click = [this, index] { Command1_Click(index); };
+    form->Command1[0].Click = form->mnuStart.Click = [this] { StartShow(); };
+    form->Command1[1].Click = form->mnuStop.Click = [this] { StopShow(); };
+    form->Command1[2].Click = [this] { DeleteFileOfPane(); };
+    form->Command1[3].Click = [this] { PreviewImage_DblClick(SelectedPane); };
+    form->Command1[4].Click = [this] { ClearPane(); };
+    form->Command1[5].Click = form->mnuPause.Click = [this] { PauseShow(); };
+    form->Command1[7].Click = [this] { form->lstFiles.Refresh(); };
+    form->mnuTips.Click = [this] { Raise(Form::HelpKey, tipsTopic); };
     for (int index = 0; index < panes; ++index) {
         for (MouseEvents* area :
             std::initializer_list<MouseEvents*>{&form->SSPanel1[index], &form->PreviewImage[index]}) {
@@ -82,7 +84,6 @@ void SlideShow::Form_Load()
     form->Dir1.Change = [this] { Dir1_Change(); };
     (void)form->lstFiles.SetPath(form->Dir1.Path());
     StopShow();
-
     if (const std::string stored = settings.GetSetting(section, "1"); !stored.empty()) {
         const double left = Val(stored);
         form->SetLeft(left > 0 && left < Screen::Width() - form->Width() / 2 ? left : 1);
@@ -169,39 +170,6 @@ void SlideShow::TakeDelay()
     form->txtDelay.SetText(DecimalText(delay));
 }
 
-void SlideShow::Command1_Click(int index)
-{
-    switch (index) {
-    case 0:
-        StartShow();
-        break;
-    case 1:
-        StopShow();
-        break;
-    case 2:
-        if (SelectedPane > noPane)
-            DeleteFileOfPane();
-        break;
-    case 3:
-        if (SelectedPane > noPane)
-            PreviewImage_DblClick(SelectedPane);
-        break;
-    case 4:
-        if (SelectedPane > noPane)
-            ClearPane(SelectedPane);
-        break;
-    case 5:
-        SetPlaying(false);
-        ShowState("Paused");
-        break;
-    case 7:
-        form->lstFiles.Refresh();
-        break;
-    default:
-        break;
-    }
-}
-
 void SlideShow::StartShow()
 {
     ShowState("Starting");
@@ -222,6 +190,12 @@ void SlideShow::StopShow()
     ShowState("Stopped");
 }
 
+void SlideShow::PauseShow()
+{
+    SetPlaying(false);
+    ShowState("Paused");
+}
+
 void SlideShow::SetPlaying(bool playing)
 {
     form->Timer1.SetEnabled(playing);
@@ -230,17 +204,21 @@ void SlideShow::SetPlaying(bool playing)
 
 void SlideShow::DeleteFileOfPane()
 {
+    if (SelectedPane == noPane)
+        return;
     (void)DeleteFile(form->SSPanel1[SelectedPane].Tag);
     form->lstFiles.Refresh();
     ShowTotal();
-    ClearPane(SelectedPane);
+    ClearPane();
 }
 
 // The names stay with the pane, so that Delete still finds the file.
-void SlideShow::ClearPane(int index)
+void SlideShow::ClearPane()
 {
-    form->PreviewImage[index].SetPicture({});
-    PreviewImage_Click(index);
+    if (SelectedPane == noPane)
+        return;
+    form->PreviewImage[SelectedPane].SetPicture({});
+    PreviewImage_Click(SelectedPane);
 }
 
 void SlideShow::PreviewImage_Click(int index)
@@ -258,6 +236,8 @@ void SlideShow::PreviewImage_Click(int index)
 
 void SlideShow::PreviewImage_DblClick(int index)
 {
+    if (index == noPane)
+        return;
     const ImageControl& image = form->PreviewImage[index];
     viewer.DisplayInFront(image, image.Tag, form->SSPanel1[index].Tag);
 }

@@ -20,9 +20,6 @@ public:
     SlideShow(frmTamarack& mainForm, Settings& settings, Desktop& desktop, Viewer& viewer);
     ~SlideShow();
 
-    // Help is wanted on this topic.
-    std::function<void(int topic)> HelpContext;
-
 private:
     static constexpr int noPane = -1;
 
@@ -32,10 +29,10 @@ private:
 
     void Timer1_Timer();
     void ShowNextFile();
-    void Command1_Click(int index);
     void SetPlaying(bool playing);
     void StartShow();
     void StopShow();
+    void PauseShow();
     void DeleteFileOfPane();
     void PreviewImage_Click(int index);
     void PreviewImage_DblClick(int index);
@@ -44,7 +41,7 @@ private:
     void Dir1_Change();
 
     void TakeDelay();
-    void ClearPane(int index);
+    void ClearPane();
 
     // The three panels of the status bar.
     void ShowTotal();

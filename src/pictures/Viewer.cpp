@@ -180,8 +180,7 @@ void Viewer::Command1_Click()
 void Viewer::Command2_Click()
 {
     (void)DeleteFile(form->Image1.Tag);
-    form->Image1.SetPicture({});
-    form->SetCaption("");
+    Command1_Click();
 }
 
 void Viewer::MouseDown(int button, int keys)

@@ -87,4 +87,8 @@ void Control::SetHelpTopic(int number) { widget->setProperty(helpTopicProperty, 
 
 void Control::SetFocus() { widget->setFocus(); }
 
-void Control::PrecedesInTabOrder(Control& next) { QWidget::setTabOrder(widget, next.widget); }
+void Control::SetTabOrder(std::initializer_list<Control*> controls)
+{
+    for (const auto* next = controls.begin(); next + 1 < controls.end(); ++next)
+        QWidget::setTabOrder(next[0]->widget, next[1]->widget);
+}

@@ -3,6 +3,7 @@
 #include "platform/Screen.h"
 
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -91,8 +92,8 @@ public:
     // What `means` something may be dropped here; the rest is refused while it still hovers.
     void TakeDrops(const std::function<bool(const Dragged&)>& means, const std::function<void(const Dragged&)>& take);
 
-    // The keyboard focus goes from this control to the next one by Tab.
-    void PrecedesInTabOrder(Control& next);
+    // Tab leads from each of these to the next one.
+    static void SetTabOrder(std::initializer_list<Control*> controls);
 
     // Free text kept with the control.
     std::string Tag;

@@ -82,8 +82,8 @@ public:
     // The user asked for the window to be closed, or the desktop session ends.
     std::function<void()> Unload;
     std::function<void()> Resize;
-    // The F1 key in any window, with the topic of the control that has the focus, or else of what it lies in; 0 if
-    // there is none.
+    // Shows a topic of the help. The F1 key in any window raises it with that of the control that has the focus, or
+    // else of what it lies in; 0 if there is none.
     static std::function<void(int topic)> HelpKey;
 
 private:

@@ -133,7 +133,7 @@ void AttachmentSaving::MoveToItsPlace()
 {
     if (std::exchange(hasItsPlace, true))
         return;
-    const std::string& name = MainForm.UU.ImageFilename();
+    const std::string name = MainForm.UU.ImageFilename();
     imageFile = destination + name;
     if (MainForm.chkGroupSubDir.Value() != 1 || !CanBeDirectoryName(Session.CurrentGroup))
         return;

@@ -71,7 +71,6 @@ void FindNow::ScanGroups()
     if (list.ListIndex() < 0)
         list.SetListIndex(0);
     Session.RecvBuffer.Clear();
-    Session.SearchPos = 1;
     // Rows that are removed meanwhile do not shorten the walk: what is read past the end is an empty name.
     const int lastRow = list.ListCount() - 1;
     std::string_view obstacle;
@@ -108,11 +107,10 @@ FindNow::AfterGroup FindNow::ScanGroup(const std::string& group)
         = ServerFiles::CurrentPointers(MainForm, Session).Find(Session.CurrentGroup, [this] {
               return !Session.StopFlag;
           });
-    pointerRecordNumber = pointer.recordNumber;
     Session.StartArticle = pointer.article;
     saving.GroupCount = 0;
     if (Session.CmdStat(Session.StartArticle))
-        WalkArticles(lastInGroup);
+        WalkArticles(lastInGroup, pointer.recordNumber);
     if (Session.StopFlag) {
         Session.TcpDisconnect();
         return AfterGroup::EndRun;
@@ -122,7 +120,7 @@ FindNow::AfterGroup FindNow::ScanGroup(const std::string& group)
     return AfterGroup::NextRow;
 }
 
-void FindNow::WalkArticles(std::int32_t lastInGroup)
+void FindNow::WalkArticles(std::int32_t lastInGroup, std::int64_t pointerRecordNumber)
 {
     // A server without an article to move to may say so with a reply that counts as a success but names no article,
     // such as 420. In a group that is said to be empty that is the end; elsewhere it is once it has not moved twice in

@@ -22,7 +22,8 @@ private:
     void ScanGroups();
     std::string_view WhyItEnded() const;
     AfterGroup ScanGroup(const std::string& group);
-    void WalkArticles(std::int32_t lastInGroup);
+    // From the group's pointer on, which is in this record.
+    void WalkArticles(std::int32_t lastInGroup, std::int64_t pointerRecordNumber);
 
     frmTamarack& MainForm;
     NewsSession& Session;
@@ -30,5 +31,4 @@ private:
     SearchCriteria& criteria;
     AttachmentSaving& saving;
     SearchProgress progress{MainForm, desktop};
-    std::int64_t pointerRecordNumber = 1; // of the group that is scanned
 };

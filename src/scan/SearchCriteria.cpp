@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <limits>
 
 SearchCriteria::SearchCriteria(frmTamarack& mainForm, NewsSession& session, Desktop& newDesktop)
@@ -64,7 +63,7 @@ bool SearchCriteria::ArticleMatches(std::int32_t number)
 // semicolon at the very end adds none; an empty one elsewhere stays, and is found in every head.
 std::vector<std::string> SearchCriteria::FilePatterns() const
 {
-    std::vector<std::string> patterns;
+    std::vector<std::string> patterns = TrimmedParts(MainForm.txtNamed.Text(), ';');
     const auto add = [&patterns](const CheckBox& fileType, const char* extension) {
         if (fileType.Value() == 1)
             patterns.emplace_back(extension);
@@ -73,8 +72,6 @@ std::vector<std::string> SearchCriteria::FilePatterns() const
     add(MainForm.chkBitMapFiles, ".bmp");
     add(MainForm.chkMPEGFiles, ".mpg");
     add(MainForm.chkGIFFiles, ".gif");
-    std::vector<std::string> named = TrimmedParts(MainForm.txtNamed.Text(), ';');
-    patterns.insert(patterns.end(), std::make_move_iterator(named.begin()), std::make_move_iterator(named.end()));
     return patterns;
 }
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-std::string Counted(std::uint64_t count, std::string_view one, std::string_view many)
+std::string Counted(std::int64_t count, std::string_view one, std::string_view many)
 {
     return std::to_string(count).append(" ").append(count == 1 ? one : many);
 }
@@ -75,8 +75,8 @@ void SearchProgress::End(std::string_view obstacle)
     MainForm.AskForAttention();
     if (Clock::now() - begin < LongSearch)
         return;
-    std::string text = Counted(static_cast<std::uint64_t>(stored), "attachment", "attachments") + " from "
-        + Counted(static_cast<std::uint64_t>(groups), "group", "groups") + ".";
+    std::string text
+        = Counted(stored, "attachment", "attachments") + " from " + Counted(groups, "group", "groups") + ".";
     if (!obstacle.empty())
         text.append(" ").append(obstacle);
     desktop.Notify(obstacle.empty() ? "The search is done" : "The search has ended", text, "Open the directory",
@@ -85,8 +85,8 @@ void SearchProgress::End(std::string_view obstacle)
 
 std::string SearchProgress::Text() const
 {
-    return Counted(static_cast<std::uint64_t>(looked), "article", "articles") + " looked at, " + std::to_string(fetched)
-        + " fetched (" + Size(bytes) + "), " + std::to_string(stored) + " stored\n" + RestOfGroup();
+    return Counted(looked, "article", "articles") + " looked at, " + std::to_string(fetched) + " fetched ("
+        + Size(bytes) + "), " + std::to_string(stored) + " stored\n" + RestOfGroup();
 }
 
 // At the rate that this group has had so far.
@@ -98,7 +98,7 @@ std::string SearchProgress::RestOfGroup() const
     const std::int64_t ahead = std::max<std::int64_t>(std::int64_t{last} - current, 0);
     const double seconds = std::chrono::duration<double>(Clock::now() - groupBegin).count() / static_cast<double>(done)
         * static_cast<double>(ahead);
-    const auto whole = static_cast<std::uint64_t>(seconds);
+    const auto whole = static_cast<std::int64_t>(seconds);
     return "The rest of this group: about "
         + (whole < 60          ? Counted(whole, "second", "seconds")
                 : whole < 3600 ? Counted(whole / 60, "minute", "minutes")

@@ -36,7 +36,7 @@ namespace {
 constexpr std::string_view section = "Servers";
 constexpr std::string_view defaultKey = "Default";
 
-// The page that the address leads to, in the program's own help.
+// The page that the address leads to, in the program's own help, for a system that cannot open it.
 constexpr int freeListTopic = 1000;
 
 // The system itself would take a control character.
@@ -84,22 +84,16 @@ bool ServerList::Fill()
             servers.SetListIndex(servers.ListCount() - 1);
     }
     DoEvents();
-    if (servers.ListCount() == 0)
-        return AskForFirst();
+    while (servers.ListCount() == 0) {
+        cmdAddNewsServer_Click();
+        if (servers.ListCount() == 0
+            && desktop.MsgBox("You must enter a news server!", "Error", MessageButtons::OkCancel)
+                == MessageAnswer::Cancel)
+            return false;
+    }
     if (servers.Text().empty())
         servers.SetListIndex(0);
     return true;
-}
-
-bool ServerList::AskForFirst()
-{
-    while (true) {
-        cmdAddNewsServer_Click();
-        if (MainForm.cboNewsServer.ListCount() > 0)
-            return true;
-        if (desktop.MsgBox("You must enter a news server!", "Error", MessageButtons::OkCancel) == MessageAnswer::Cancel)
-            return false;
-    }
 }
 
 void ServerList::SaveDefault() { settings.SaveSetting(section, defaultKey, MainForm.cboNewsServer.Text()); }
@@ -163,7 +157,7 @@ void ServerList::cmdSave_Click(frmNewsServer& form)
 void ServerList::CmdFreeList_Click()
 {
     if (!desktop.ShellOpen(freeList))
-        Raise(HelpContext, freeListTopic);
+        Raise(Form::HelpKey, freeListTopic);
 }
 
 void ServerList::cmdDeleteServer_Click()

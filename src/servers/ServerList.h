@@ -24,13 +24,9 @@ public:
     // Remembers the current server for the next start.
     void SaveDefault();
 
-    // Shows a topic of the help, for a system that cannot open the page.
-    std::function<void(int topic)> HelpContext;
-
 private:
     void cboNewsServer_Click();
     void cmdDeleteServer_Click();
-    [[nodiscard]] bool AskForFirst();
 
     // Shows the dialog and returns when the user has done with it.
     void cmdAddNewsServer_Click();

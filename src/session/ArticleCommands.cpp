@@ -121,19 +121,14 @@ std::string NewsSession::CmdBody(std::int32_t number)
 {
     if (!Send(Command::Body, "body " + std::to_string(number)))
         return {};
-    return WaitForText();
+    WaitWhile([this] { return ReplyState != Reply::Finished; });
+    return LastBody;
 }
 
 void NewsSession::CmdList()
 {
     if (Send(Command::List, "list"))
-        (void)WaitForText();
-}
-
-const std::string& NewsSession::WaitForText()
-{
-    WaitWhile([this] { return ReplyState != Reply::Finished; });
-    return LastBody;
+        WaitWhile([this] { return ReplyState != Reply::Finished; });
 }
 
 void NewsSession::WaitWhile(const std::function<bool()>& isOpen)

@@ -35,7 +35,6 @@ bool NewsSession::TcpConnect()
     ReplyState = Reply::Awaiting;
     // Nothing survives from the last connection, such as a farewell that nobody waited for.
     TcpDisconnect();
-    SearchPos = 1;
     manualTextIsComing = false;
     ++connectionNumber;
     ShowStatus("Connecting");
@@ -140,7 +139,6 @@ void NewsSession::Timer1_Timer()
     (void)TcpConnect();
     // What the server said behind its greeting.
     RecvBuffer.Clear();
-    SearchPos = 1;
     // Back on the group and on the article that stalled, so that the next one is the one behind it.
     (void)CmdGroup(CurrentGroup);
     (void)CmdStat(CurrentArticle);

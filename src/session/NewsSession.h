@@ -52,7 +52,6 @@ class NewsSession {
 public:
     NewsSession(frmTamarack& mainForm, Desktop& desktop);
     NewsSession(const NewsSession&) = delete;
-    NewsSession& operator=(const NewsSession&) = delete;
 
     // Opens the connection and authenticates, or keeps an open one. True when it came to its end, which does not prove
     // a usable session: a server may have refused it with its greeting, or the user stopped it there. On false the user
@@ -124,7 +123,6 @@ public:
     std::string LastBody;
     ReceiveBuffer RecvBuffer;
     std::size_t LongestReply = ReceiveBuffer::longest; // a server that sends more is left, as if by a stop
-    std::size_t SearchPos = 1; // where in RecvBuffer the search for the terminator goes on
     std::int32_t PacketCount = 0; // packets of a group list
     bool HeadTimedOut = false;
     std::string CurrentGroup; // the group that is being scanned
@@ -147,7 +145,6 @@ private:
     bool Send(Command kind, const std::string& line);
     // Waits as long as the reply is open. A stop closes the connection.
     void WaitWhile(const std::function<bool()>& isOpen);
-    const std::string& WaitForText();
 
     bool ConnectionFailed();
     bool AuthenticationFailed(std::string_view status);
@@ -166,8 +163,6 @@ private:
 
     // The receiver's two jobs.
     void JudgeStatusLine(std::string& packet);
-    void ReadGroupNumbers(std::string_view packet);
-    void ReadArticleNumber(std::string_view packet);
     void TakeFinishedReplies();
     void Deliver();
     void HandOverList();
@@ -191,7 +186,6 @@ public:
     explicit SessionUse(NewsSession& session);
     ~SessionUse();
     SessionUse(const SessionUse&) = delete;
-    SessionUse& operator=(const SessionUse&) = delete;
 
     // False if another use was going on already: its end is then the other one's, and no command may be sent.
     explicit operator bool() const { return begun; }

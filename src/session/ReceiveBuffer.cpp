@@ -1,7 +1,6 @@
 #include "session/ReceiveBuffer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <sys/mman.h>
 
@@ -47,23 +46,24 @@ void ReceiveBuffer::Clear()
 {
     bytesHeld.clear();
     head = 0;
+    searched = 0;
     ShrinkToSmall(bytesHeld);
 }
 
-std::size_t ReceiveBuffer::Find(std::string_view part, std::size_t from) const
+std::optional<std::size_t> ReceiveBuffer::Find(std::string_view part)
 {
-    const std::size_t start = head + from - 1;
-    if (start >= bytesHeld.size())
-        return 0;
-    const void* found = memmem(bytesHeld.data() + start, bytesHeld.size() - start, part.data(), part.size());
-    if (found == nullptr)
-        return 0;
-    return static_cast<std::size_t>(static_cast<const char*>(found) - bytesHeld.data()) - head + 1;
+    const std::size_t found = Text().find(part, searched);
+    if (found != std::string_view::npos)
+        return found;
+    // The rest of one that is cut off may still come.
+    searched = Length() - std::min(Length(), part.size() - 1);
+    return std::nullopt;
 }
 
 std::string ReceiveBuffer::Take(std::size_t count, std::size_t dropped)
 {
     const std::size_t behind = Length() - count - dropped;
+    searched = 0;
     std::string taken;
     if (behind < count) {
         std::string rest = bytesHeld.substr(head + count + dropped);

@@ -1,6 +1,5 @@
 #include "session/NewsSession.h"
 
-#include <algorithm>
 #include <charconv>
 
 // What the server sends arrives in packets of any size. On each packet two jobs are done, in this order: the status
@@ -111,20 +110,22 @@ void NewsSession::JudgeStatusLine(std::string& packet)
         ReplyState = Reply::NoGroupSelected;
     } else if ((begins("481") || begins("421")) && inFlight(Command::Next)) {
         ReplyState = Reply::Taken;
-    } else if (begins("4")) {
-        ReplyState = Reply::Finished;
-    } else if (begins("381") && haveUserName) {
+    } else if (begins("4") || (begins("381") && haveUserName)) {
         ReplyState = Reply::Finished;
     } else if (begins("381")) {
         ReplyState = Reply::Taken;
         TcpDisconnect();
         ShowStatus("Password Required");
     } else if (inFlight(Command::Group)) {
+        // 211 42 7001 7055 alt.kites   (code, count, first, last, name)
         ReplyState = Reply::Finished;
-        ReadGroupNumbers(packet);
+        const std::string_view first = BehindBlank(BehindBlank(packet));
+        ReadNumber(first, FirstArticle);
+        ReadNumber(BehindBlank(first), LastArticle);
     } else if (inFlight(Command::Next)) {
+        // 223 7002 <a@b> article selected   (code, number, message id)
         ReplyState = Reply::Finished;
-        ReadArticleNumber(packet);
+        ReadNumber(BehindBlank(packet), CurrentArticle);
     } else if (inFlight(Command::Greeting) || inFlight(Command::AuthUser) || inFlight(Command::AuthPass)
         || inFlight(Command::Stat)) {
         ReplyState = Reply::Finished;
@@ -138,17 +139,6 @@ void NewsSession::JudgeStatusLine(std::string& packet)
         packet.erase(0, lineEnd + 1);
 }
 
-// 211 42 7001 7055 alt.kites   (code, count, first, last, name)
-void NewsSession::ReadGroupNumbers(std::string_view packet)
-{
-    const std::string_view first = BehindBlank(BehindBlank(packet));
-    ReadNumber(first, FirstArticle);
-    ReadNumber(BehindBlank(first), LastArticle);
-}
-
-// 223 7002 <a@b> article selected   (code, number, message id)
-void NewsSession::ReadArticleNumber(std::string_view packet) { ReadNumber(BehindBlank(packet), CurrentArticle); }
-
 void NewsSession::TakeFinishedReplies()
 {
     // A text without a line, of which only the terminator's second half stands behind the status line.
@@ -156,15 +146,11 @@ void NewsSession::TakeFinishedReplies()
         (void)RecvBuffer.Take(0, 3);
         Deliver();
     }
-    while (const std::size_t found = RecvBuffer.Find(terminator, SearchPos)) {
-        RecvBuffer.Take(found - 1, 3).swap(ReplyText);
-        SearchPos = 1;
+    while (const std::optional<std::size_t> found = RecvBuffer.Find(terminator)) {
+        RecvBuffer.Take(*found, 3).swap(ReplyText);
         if (!ReplyText.empty() || manualTextIsComing)
             Deliver();
     }
-    // A terminator may be split over two packets, so the tail is searched again with the next one.
-    constexpr std::size_t searchedAgain = 10;
-    SearchPos = std::max(RecvBuffer.Length(), searchedAgain + 1) - searchedAgain;
     if (CommandKind == Command::List) {
         ++PacketCount;
         MainForm.StatusBar2.Panels(4).SetText("Packets: " + std::to_string(PacketCount));
@@ -175,20 +161,11 @@ void NewsSession::TakeFinishedReplies()
 
 void NewsSession::Deliver()
 {
-    switch (CommandKind) {
-    case Command::List:
-        // One for each command: what a server sends behind it, or to nobody's question, is no list.
-        if (ReplyState == Reply::Taken)
-            HandOverList();
-        break;
-    case Command::Group:
-    case Command::Body:
-    case Command::Head:
+    // One list for each command: what a server sends behind it, or to nobody's question, is none.
+    if (CommandKind == Command::List && ReplyState == Reply::Taken)
+        HandOverList();
+    else if (CommandKind == Command::Group || CommandKind == Command::Body || CommandKind == Command::Head)
         LastBody.swap(ReplyText);
-        break;
-    default:
-        break;
-    }
     ReplyState = Reply::Finished;
     manualTextIsComing = false;
 }

@@ -36,14 +36,11 @@ constexpr Entry entries[] = {
     {"16", &frmTamarack::chkGroupSubDir},
 };
 
-std::string Stored(const TextArea& field) { return field.Text(); }
-std::string Stored(const TextBox& field) { return field.Text(); }
+std::string Stored(const auto& field) { return field.Text(); }
 std::string Stored(const CheckBox& box) { return std::to_string(box.Value()); }
 std::string Stored(const OptionButton& option) { return option.Value() ? "True" : "False"; }
-std::string Stored(const ComboBox& list) { return list.Text(); }
 
-void Show(const std::string& stored, TextArea& field) { field.SetText(stored); }
-void Show(const std::string& stored, TextBox& field) { field.SetText(stored); }
+void Show(const std::string& stored, auto& field) { field.SetText(stored); }
 
 void Show(const std::string& stored, CheckBox& box)
 {
@@ -61,21 +58,10 @@ void Show(const std::string& stored, ComboBox& list) { (void)list.SelectText(sto
 
 }
 
-MainSettings::MainSettings(frmTamarack& mainForm, Settings& newSettings)
-    : MainForm(mainForm)
-    , settings(newSettings)
+void RestoreMainSettings(frmTamarack& MainForm, const Settings& settings)
 {
-}
-
-void MainSettings::RestoreAutoLoad()
-{
-    const std::string stored = settings.GetSetting(section, autoLoadKey);
-    if (!stored.empty())
+    if (const std::string stored = settings.GetSetting(section, autoLoadKey); !stored.empty())
         MainForm.chkAutoLoad.SetValue(Val(stored) == 0 ? 0 : 1);
-}
-
-void MainSettings::Restore()
-{
     MainForm.txtSelectDir.SetText(CurrentDirectory());
     for (const Entry& entry : entries) {
         const std::string stored = settings.GetSetting(section, entry.key);
@@ -84,7 +70,7 @@ void MainSettings::Restore()
     }
 }
 
-void MainSettings::Save()
+void SaveMainSettings(const frmTamarack& MainForm, Settings& settings)
 {
     for (const Entry& entry : entries) {
         const auto stored = [&](auto control) { return Stored(MainForm.*control); };

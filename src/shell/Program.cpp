@@ -4,7 +4,9 @@
 #include "diagnostics/About.h"
 #include "platform/Events.h"
 #include "platform/ProgressBar.h"
+#include "shell/CertificateQuestion.h"
 #include "shell/Destination.h"
+#include "shell/MainSettings.h"
 
 using namespace std::chrono_literals;
 
@@ -36,10 +38,9 @@ Program::Program(Desktop& newDesktop, const ProgramPlaces& newPlaces)
     MainForm.Command1.Click = [this] { Form_Unload(); };
     MainForm.mnuClose.Click = [this] { Form_Unload(); };
     viewer.DebugGesture = [this] { debugConsole.Open(); };
-    serverList.HelpContext = [this](int topic) { help.HelpContext(topic); };
-    slideShow.HelpContext = [this](int topic) { help.HelpContext(topic); };
     MainForm.mnuHelpTopics.Click = [this] { help.HelpContents(); };
     MainForm.mnuAbout.Click = [this] { mnuAbout_Click(MainForm); };
+    BindCertificateQuestion(MainForm, Session, settings, desktop);
     BindDestination(MainForm, desktop, [this] { saving.ShowWaiting(); });
     MainForm.Timer2.Tick = [this] { Timer2_Timer(); };
 }
@@ -74,16 +75,14 @@ void Program::End()
 
 void Program::Form_Load()
 {
-    mainSettings.RestoreAutoLoad();
+    RestoreMainSettings(MainForm, settings);
     MainForm.SetHeight(frmTamarack::heightWithoutPreviews);
-    help.HelpInit(places.resources);
     if (!LoadBehindBanner()) {
         GiveUp();
         return;
     }
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
-    mainSettings.Restore();
     saving.ShowWaiting();
     isUp = true;
     MainForm.SetVisible(true);
@@ -138,7 +137,7 @@ void Program::Timer2_Timer()
 // Also in the middle of a search: what is on the disk by then stays, and nothing else is waited for.
 void Program::Form_Unload()
 {
-    mainSettings.Save();
+    SaveMainSettings(MainForm, settings);
     serverList.SaveDefault();
     selectedGroups.SaveSelectedGroups();
     help.HelpQuit();

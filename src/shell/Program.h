@@ -9,8 +9,6 @@
 #include "platform/Activation.h"
 #include "scan/FindNow.h"
 #include "servers/ServerList.h"
-#include "shell/CertificateQuestion.h"
-#include "shell/MainSettings.h"
 #include "shell/ProgramPlaces.h"
 
 // The whole program, put together: the main form, the session and everything that gives the form its behaviour. The
@@ -45,14 +43,12 @@ private:
     frmTamarack MainForm;
     NewsSession Session{MainForm, desktop};
     DebugConsole debugConsole{Session, desktop};
-    ContextIDs help{desktop};
-    MainSettings mainSettings{MainForm, settings};
+    ContextIDs help{desktop, places.resources};
     SelectedGroups selectedGroups{MainForm, Session, desktop};
     GroupStore groupStore{MainForm, Session, desktop};
     GroupFilters groupFilters{MainForm, Session};
     ServerList serverList{MainForm, Session, settings, desktop, selectedGroups, groupStore,
         AddressOfFile(places.resources + "help/find-a-server.html")};
-    CertificateQuestion certificateQuestion{MainForm, Session, settings, desktop};
     Viewer viewer{MainForm, settings, desktop};
     PreviewStrip previewStrip{MainForm, desktop, viewer};
     SlideShow slideShow{MainForm, settings, desktop, viewer};

@@ -1,6 +1,5 @@
 #include "tests/catalogue/CatalogueTest.h"
 
-#include "catalogue/GroupText.h"
 #include "tests/support/ScriptedServer.h"
 
 #include <QProgressBar>
@@ -29,26 +28,19 @@ const std::string greeting = "X: connect\nS: 200\nC: list\n";
 
 }
 
-TEST(GroupTextTest, WhatALineGives)
-{
-    const std::string longest(504, 'x');
-    const std::string text = "\r\nalt.kites 9 1 y\r\nab 9 1 y\r\na.b 9 1 y\r\nnothing\r\n 9 1 y\r\n" + longest
-        + "x 1 1 y\r\n" + longest + " 9 1 y\r\nalt.boats ";
-    std::string names;
-    for (GroupText lines(text); lines.NextLine();)
-        names.append(lines.Name()).append(lines.Name().empty() ? "" : " ");
-    EXPECT_EQ(names, "alt.kites a.b " + longest + " alt.boats ");
-}
-
 TEST_F(GroupStoreTest, FromTheNetworkAndBackFromTheDisk)
 {
+    const std::string longest(504, 'x');
     Start({}, 1);
     // The farewell of one connection is nothing to the next.
     for (const char* end : {"X: packet\nS: 400 idle for too long\nX: close\n", "X: close\n"}) {
-        Refresh(greeting + "S: 215 list\nS: b.two 9 1 y\nS: A.one 1 1 y\nS: xy 1 1 y\nS: .\n" + end);
-        EXPECT_THAT(RowsOf("lstAllGroups"), ElementsAre("A.one", "b.two"));
-        EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 2");
-        EXPECT_EQ(ContentOf(GroupFile()), "\"b.two 9 1 y\r\nA.one 1 1 y\r\nxy 1 1 y\"\r\n");
+        Refresh(greeting + "S: 215 list\nS: b.two 9 1 y\nS: A.b 1 1 y\nS: xy 1 1 y\nS: nothing\nS:  9 1 y\nS: "
+            + longest + " 1 1 y\nS: " + longest + "x 1 1 y\nS: .\n" + end);
+        EXPECT_THAT(RowsOf("lstAllGroups"), ElementsAre("A.b", "b.two", longest));
+        EXPECT_EQ(PanelText("StatusBar2", 1), "Total: 3");
+        EXPECT_EQ(ContentOf(GroupFile()),
+            "\"b.two 9 1 y\r\nA.b 1 1 y\r\nxy 1 1 y\r\nnothing\r\n 9 1 y\r\n" + longest + " 1 1 y\r\n" + longest
+                + "x 1 1 y\"\r\n");
     }
     EXPECT_EQ(PanelText("StatusBar2", 4), "");
     MakeFile(GroupFile(), "\"\r\na.one 1 1 y\r\n\"c.three 1 1 y\"\r\n");

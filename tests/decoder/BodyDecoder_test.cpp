@@ -5,7 +5,6 @@
 #include "tests/decoder/DecoderTest.h"
 
 #include <map>
-#include <random>
 #include <set>
 
 namespace {

@@ -18,17 +18,6 @@ protected:
         return parts + "/" + file.substr(0, file.find('.'));
     }
 
-    // A part is taken, but for its end.
-    PartEnd Begin(AttachmentSets& sets, std::size_t part, std::size_t count)
-    {
-        const std::size_t size = (bytes.size() + count - 1) / count;
-        const std::string data = bytes.substr(part * size, size);
-        sets.Open(folder.Path(), "a.bin", {bytes.size(), count, part * size, data.size()});
-        sets.Write(data);
-        const std::string sum = Sum(Spread(bytes, count)[part], "pcrc32=");
-        return {static_cast<std::uint32_t>(std::stoul(sum, nullptr, 16)), true, {}};
-    }
-
     static void Age(const std::string& file, std::chrono::hours age)
     {
         fs::last_write_time(file, fs::file_time_type::clock::now() - age);
@@ -227,15 +216,19 @@ TEST_F(PartFolderTest, WhatIsWholeAndHasNoNameIsTriedOnceInEachSearch)
         file.Leave();
         return false;
     };
-    const PartEnd end = Begin(sets, 0, 2);
-    EXPECT_EQ(sets.Keep(end, refuse), Outcome::NotWritten);
+    const std::string data = bytes.substr(0, (bytes.size() + 1) / 2);
+    AttachmentPart part{bytes.size(), 2, 0, data.size()};
+    sets.Open(folder.Path(), "a.bin", part);
+    sets.Write(data);
+    part.checksum = static_cast<std::uint32_t>(std::stoul(Sum(Spread(bytes, 2)[0], "pcrc32="), nullptr, 16));
+    EXPECT_EQ(sets.Keep(part, refuse), Outcome::NotWritten);
     for (int search = 2; search < 4; ++search) {
-        sets.BeginSearch();
+        sets.Folder.TryAgain();
         sets.FinishWhole(folder.Path(), refuse);
         sets.FinishWhole(folder.Path(), refuse);
         EXPECT_EQ(tries, search);
     }
-    EXPECT_EQ(sets.Waiting(folder.Path()), WaitingSets()) << "it waits for nothing";
+    EXPECT_EQ(sets.Folder.Waiting(folder.Path()), WaitingSets()) << "it waits for nothing";
     Restart();
     (void)Waiting();
     EXPECT_EQ(Decode("text only\r\n"), 1);

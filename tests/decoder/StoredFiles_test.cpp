@@ -1,4 +1,4 @@
-#include "decoder/AttachmentStore.h"
+#include "base/UnnamedFile.h"
 #include "tests/decoder/DecoderTest.h"
 
 #include <fcntl.h>
@@ -71,17 +71,11 @@ TEST_F(StoredFilesTest, DisksThatKnowNoLinks)
 
 TEST_F(StoredFilesTest, WhatIsInHandIsHeld)
 {
-    const std::vector<std::string> noNames;
-    AttachmentSets sets;
-    AttachmentStore store(bodyPath, noNames, sets);
-    for (const char* const content : {"one", "two"}) {
-        store.Open("red.jpg");
-        store.Write(content);
-        RemoveRemains(folder.Path());
-        EXPECT_TRUE(store.Keep());
-    }
-    EXPECT_EQ(Content("red (2).jpg"), "two");
-    EXPECT_EQ(Files().size(), 2U);
+    UnnamedFile file(folder.Path());
+    RemoveRemains(folder.Path());
+    EXPECT_FALSE(file.Write("one") || file.Finish() || file.TakeName(folder.File("red.jpg")));
+    EXPECT_EQ(Content("red.jpg"), "one");
+    EXPECT_EQ(Files().size(), 1U);
 }
 
 TEST_F(StoredFilesTest, LinksDirectoriesAndPipesAreTakenNames)

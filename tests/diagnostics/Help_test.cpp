@@ -6,8 +6,6 @@
 #include <QTest>
 #include <QTextBrowser>
 
-#include <filesystem>
-
 using testing::HasSubstr;
 
 namespace {
@@ -139,8 +137,7 @@ TEST_F(HelpTest, TroubleIsTold)
     // A page shows nothing from outside the file, wherever that lies.
     const std::string whole = "<!-- page only.html -->\n<html><title>Mended</title><a href=\"file://" + picture
         + "\">link</a><img src=\"file://" + picture + "\"></html>\n";
-    ContextIDs help(desktop);
-    help.HelpInit(folder.File("resources"));
+    ContextIDs help(desktop, folder.File("resources/"));
     help.HelpContents();
     for (const std::string& content : {std::string(), std::string("no help</html>\n"), whole.substr(0, 60)}) {
         MakeFile(helpFile, content);

@@ -79,6 +79,7 @@ TEST_F(DiskTest, ADestinationThatCannotBeWrittenOrGoes)
     PressAlt(Qt::Key_N);
     EXPECT_TRUE(Until([this] { return !desktop.boxes.empty(); }));
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
+    EXPECT_EQ(CurrentTab("SSTMain"), 0);
 }
 
 TEST_F(DiskTest, AStickThatIsPluggedInLaterAppears)

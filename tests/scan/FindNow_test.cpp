@@ -59,22 +59,12 @@ const std::string noMore = "S: 421 no more\n" + goesOn;
 
 }
 
-TEST_F(FindNowTest, WhatMustBeThere)
+TEST_F(FindNowTest, ControlsDuringASearch)
 {
-    Start({}, 1); // where nobody listens
+    Start({}, 1);
     Click("cmdFindNow");
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Select Groups"));
     EXPECT_EQ(CurrentTab("SSTMain"), 2);
-    Start({"alt.kites", "alt.boats"}, 1);
-    std::filesystem::remove_all(destination);
-    ChooseMenu("mnuFindNow");
-    EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
-    EXPECT_EQ(CurrentTab("SSTMain"), 0);
-    ExpectBusy(false);
-}
-
-TEST_F(FindNowTest, ControlsDuringASearch)
-{
     ScriptedServer server("S: 200\nC: group alt.kites\nX: pause\nS: 411 no\nX: close\n");
     server.OnPause = [&](const std::string&) {
         ExpectBusy(true);

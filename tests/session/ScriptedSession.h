@@ -77,10 +77,9 @@ struct ScriptedSession {
     // "connected", "closed" by the client or "gone", and " stop" while StopFlag is set.
     std::string Outcome()
     {
-        const std::map<SocketState, std::string> outcomes
-            = {{SocketState::Connected, "connected"}, {SocketState::Closed, "closed"}};
-        const auto outcome = outcomes.find(MainForm.TCP1.State());
-        return (outcome == outcomes.end() ? "gone" : outcome->second) + (Session.StopFlag ? " stop" : "");
+        const SocketState state = MainForm.TCP1.State();
+        const std::string outcome = state == SocketState::Connected ? "connected" : "gone";
+        return (state == SocketState::Closed ? "closed" : outcome) + (Session.StopFlag ? " stop" : "");
     }
 
     void ExpectGone()

@@ -31,8 +31,6 @@ public:
 
     explicit FaultProxy(std::uint16_t serverPort, const Identity* identity = nullptr);
     ~FaultProxy();
-    FaultProxy(const FaultProxy&) = delete;
-    FaultProxy& operator=(const FaultProxy&) = delete;
 
     // Of four digits, for the program's port field.
     std::uint16_t Port() const { return port; }

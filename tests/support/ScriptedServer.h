@@ -31,8 +31,6 @@ class ScriptedServer {
 public:
     explicit ScriptedServer(std::string_view script = {});
     ~ScriptedServer();
-    ScriptedServer(const ScriptedServer&) = delete;
-    ScriptedServer& operator=(const ScriptedServer&) = delete;
 
     // The port it listens on. It has four digits, so that it fits the program's port field.
     std::uint16_t Port() const { return listener.serverPort(); }
