@@ -58,10 +58,14 @@ void Show(const std::string& stored, ComboBox& list) { (void)list.SelectText(sto
 
 }
 
-void RestoreMainSettings(frmTamarack& MainForm, const Settings& settings)
+void RestoreAutoLoad(frmTamarack& MainForm, const Settings& settings)
 {
     if (const std::string stored = settings.GetSetting(section, autoLoadKey); !stored.empty())
         MainForm.chkAutoLoad.SetValue(Val(stored) == 0 ? 0 : 1);
+}
+
+void RestoreMainSettings(frmTamarack& MainForm, const Settings& settings)
+{
     MainForm.txtSelectDir.SetText(CurrentDirectory());
     for (const Entry& entry : entries) {
         const std::string stored = settings.GetSetting(section, entry.key);

@@ -75,7 +75,7 @@ void Program::End()
 
 void Program::Form_Load()
 {
-    RestoreMainSettings(MainForm, settings);
+    RestoreAutoLoad(MainForm, settings);
     MainForm.SetHeight(frmTamarack::heightWithoutPreviews);
     if (!LoadBehindBanner()) {
         GiveUp();
@@ -83,6 +83,7 @@ void Program::Form_Load()
     }
     MainForm.SetMousePointer(MousePointer::Default);
     DoEvents();
+    RestoreMainSettings(MainForm, settings);
     saving.ShowWaiting();
     isUp = true;
     MainForm.SetVisible(true);

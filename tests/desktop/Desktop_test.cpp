@@ -51,6 +51,7 @@ protected:
             + end);
         server.OnPause = [&](const std::string&) { meanwhile(); };
         Start({"alt.kites"}, server.Port());
+        Forget();
         Search();
         EXPECT_TRUE(Until([&] { return server.Finished(); })) << server.FirstProblem();
     }
@@ -101,7 +102,7 @@ TEST_F(DesktopServicesTest, ASearchKeepsTheComputerAwakeAndTellsHowFarItIs)
     const std::string progress = "Update(application://tamarack.desktop, progress=";
     Bus().Offer(power);
     SearchWith([&] { EXPECT_TRUE(Recorded(searching) && Recorded(progress + "0.12, progress-visible=true)")); },
-        "S: 221 2 <b>\nS: Subject: kites\nS: .\nC: next\nS: 421\nX: wait-close\n");
+        "S: 221 2 <b>\nS: Subject: kites\nS: .\nC: next\nS: 421\nX: close\n");
     EXPECT_TRUE(Recorded("UnInhibit(7)"));
     EXPECT_TRUE(Recorded(progress + "0, progress-visible=false)"));
     // Of two, the one that is asked first; and a stop ends it as well.
