@@ -72,20 +72,3 @@ TEST_F(GroupFiltersTest, EndOnAStopAndWhenTheirListChanges)
         EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: 291");
     }
 }
-
-TEST_F(GroupFiltersTest, ASecondPressReplacesTheResultOfTheFirst)
-{
-    StartWith(ManyNames(600));
-    for (const int first : {0, 1}) {
-        const std::size_t hits = first == 0 ? 600 : 0;
-        FilterAndMeanwhile(filters[first], "alt", [&] {
-            TypeInto("txtNewsGroups", hits == 0 ? "none" : "group");
-            Click(filters[1 - first]);
-            program->MainWindow().StatusBar2.Panels(4).SetText("inner run's"); // which the first may not change
-        });
-        EXPECT_EQ(PanelText("StatusBar2", 4), "inner run's");
-        EXPECT_EQ(PanelText("StatusBar2", 2), "Filtered: " + std::to_string(hits));
-        EXPECT_TRUE(Until([&] { return RowsOf("lstFilteredGroups").size() == hits; }));
-        EXPECT_EQ(IsEnabled("cmdSavePicks"), hits > 0);
-    }
-}

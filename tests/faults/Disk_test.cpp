@@ -3,8 +3,6 @@
 #include "demo/sample/Encoders.h"
 #include "tests/support/RandomBytes.h"
 
-#include <QComboBox>
-
 #include <filesystem>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -80,31 +78,6 @@ TEST_F(DiskTest, ADestinationThatCannotBeWrittenOrGoes)
     EXPECT_TRUE(Until([this] { return !desktop.boxes.empty(); }));
     EXPECT_THAT(desktop.BoxTitles(), ElementsAre("Directory Error"));
     EXPECT_EQ(CurrentTab("SSTMain"), 0);
-}
-
-TEST_F(DiskTest, AStickThatIsPluggedInLaterAppears)
-{
-    Start();
-    ChooseMenu("mnuSlideShow");
-    const std::string place = destination.substr(0, destination.size() - 1);
-    const auto isListed = [&] {
-        Click("frmSlideShow/Drive1");
-        Find<QComboBox>("frmSlideShow/Drive1").hidePopup();
-        return std::ranges::count(RowsOf("frmSlideShow/Drive1"), place) > 0;
-    };
-    EXPECT_FALSE(isListed());
-    if (!Mount())
-        GTEST_SKIP() << "The test of a new volume is passed over: mounting one takes root.";
-    EXPECT_TRUE(isListed());
-    EXPECT_NE(TextOf("frmSlideShow/Drive1"), place);
-    umount2(destination.c_str(), MNT_DETACH);
-    EXPECT_FALSE(isListed());
-    ASSERT_TRUE(Mount());
-    ChooseMenu("mnuSlideShow");
-    ChooseMenu("mnuSlideShow");
-    EXPECT_EQ(TextOf("frmSlideShow/Drive1"), place) << "the pictures are on it";
-    umount2(destination.c_str(), MNT_DETACH);
-    EXPECT_TRUE(isListed()) << "the current one stays";
 }
 
 TEST_F(DiskTest, DamagedFilesOfTheProgram)
