@@ -19,7 +19,8 @@ void DirectoryWalk::Begin(const std::string& path)
 {
     if (!Dir1.SetPath(path))
         (void)Dir1.SetPath(CurrentDirectory());
-    // A change of the volume by its user leads to the top of it; this one does not.
+    // A change of the volume by its user leads to the top of it; this one must not, whenever a kept form opens again.
+    Drive1.Click = nullptr;
     Drive1.SetDrive(Dir1.Path());
     Drive1.Click = [this] { Drive1_Change(); };
 }

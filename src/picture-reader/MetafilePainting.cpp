@@ -158,6 +158,8 @@ MetafileSvg EmfToSvg(QByteArray bytes)
     if (bytes.size() < smallestHeader)
         return {};
     MetafileSvg svg{{}, NaturalSize(bytes, 0), NaturalSize(bytes, 1)};
+    if (!(svg.width >= 1 && svg.height >= 1))
+        return {};
     generatorOptions options{};
     options.emfplus = true;
     options.svgDelimiter = true;

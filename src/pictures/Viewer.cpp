@@ -31,6 +31,7 @@ struct frmShowPicture : Form {
         Command1.SetToolTip("Empty the window; the file stays");
         Command2.SetToolTip("Delete the file of the picture, without a question");
         Check1.SetToolTip("Follow the search and the slide show");
+        ClosesWithEscape();
     }
 
     CommandButton cmdViewCurrent{*this, "cmdViewCurrent", "View Current", {90, 45, 1140, 390}};
@@ -67,7 +68,6 @@ void Viewer::Bind()
         area->MouseDown = [this](int button, int keys) { MouseDown(button, keys); };
     OfferPicture(desktop, form->Image1, form->SSPanel1, [this] { return form->Image1.Tag; });
     form->OnKeys("Ctrl+C", [this] { form->Image1.Picture().CopyToClipboard(); });
-    form->OnKeys("Escape", [this] { Unload(); });
 }
 
 void Viewer::Form_Load()

@@ -199,6 +199,8 @@ public:
                                                                 : acceptButton;
         if (meant != nullptr)
             meant->click();
+        else if (form.closesWithEscape && event->key() == Qt::Key_Escape)
+            close();
         else
             QWidget::keyPressEvent(event);
     }
@@ -356,6 +358,8 @@ void Form::SetDialogButtons(CommandButton& accept, CommandButton& cancel)
             window->acceptButton->setDefault(now == window->acceptButton || !qobject_cast<QPushButton*>(now));
     });
 }
+
+void Form::ClosesWithEscape() { closesWithEscape = true; }
 
 void Form::OnKeys(std::string_view keys, std::function<void()> pressed)
 {

@@ -65,6 +65,9 @@ public:
     // second.
     void SetDialogButtons(CommandButton& accept, CommandButton& cancel);
 
+    // Escape closes the window, as its close button does.
+    void ClosesWithEscape();
+
     // A key sequence such as "Ctrl+C", anywhere in the window where no field takes it for itself.
     void OnKeys(std::string_view keys, std::function<void()> pressed);
 
@@ -97,5 +100,6 @@ private:
 
     std::unique_ptr<Window> window;
     QMenuBar* menuBar = nullptr;
+    bool closesWithEscape = false;
     Design design; // of which the client area follows SetWidth and SetHeight
 };

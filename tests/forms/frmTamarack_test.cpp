@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QComboBox>
 #include <QFontInfo>
 #include <QLabel>
 #include <QLineEdit>
@@ -146,6 +147,13 @@ TEST(DirectoryWalking, AnotherVolumeOpensAtItsTop)
     EXPECT_TRUE(volumes.SelectText("/no such volume"));
     EXPECT_EQ(window.cursor().shape(), Qt::ArrowCursor);
     EXPECT_EQ(directories.Path() + volumes.Text() + std::to_string(desktop.boxes.size()), "//1");
+    // Nor does the next beginning take its own change of the volume for the user's.
+    auto& box = Find<QComboBox>("Drive1");
+    box.blockSignals(true);
+    (void)volumes.SelectText("/no such volume");
+    box.blockSignals(false);
+    walk.Begin("/usr/share");
+    EXPECT_EQ(directories.Path() + volumes.Text(), "/usr/share/");
 }
 
 // The margin is taken off each side, and once more off the width of what is too high.
