@@ -74,6 +74,7 @@ frmTamarack::frmTamarack()
 
     // The step to the top comes first on screen.
     Control::SetTabOrder({&lstSelectedGroups, &MyUpDown[2]});
+    // Slot by slot.
     Control::SetTabOrder({&Command2[0], &cmdClear[0], &cmdDelete[0], &Command2[1], &cmdClear[1], &cmdDelete[1],
         &Command2[2], &cmdClear[2], &cmdDelete[2]});
     for (int slot = 0; slot < 3; ++slot) {

@@ -10,6 +10,8 @@
 #include <QMouseEvent>
 #include <QUrl>
 
+static_assert(MouseEvents::rightButton == Qt::RightButton && MouseEvents::ctrlKey == int{Qt::ControlModifier});
+
 // A widget that reports what the mouse does on it. Nothing is passed on to the widget around it, which would report it
 // once more. A blank is a click and Enter a double click.
 template <class Widget> class MouseReporting : public Widget {

@@ -33,6 +33,7 @@ TEST_F(FilesTest, WritingLeavesWhatStandsInItsWay)
     EXPECT_FALSE(ReplaceFile(folder.File("kept"), {"n", "ew"}));
     fs::create_directory(folder.File(".replacement.new"));
     EXPECT_TRUE(ReplaceFile(folder.File("kept"), {"newer"}));
+    EXPECT_EQ(ContentOf(folder.File("kept")), "new");
     fs::create_symlink(folder.File("kept"), folder.File("link"));
     EXPECT_FALSE(WriteFile(folder.File("link"), "body", "\r\n"));
     EXPECT_EQ(ContentOf(folder.File("link")), "body\r\n");

@@ -117,6 +117,7 @@ TEST(ArticleCommandsTest, EveryClassOfReplyAndEveryStop)
     Check("head 7", "S: 221\nS: a\nS: .\nS: b\nS: .\nS: c", "b/connected");
     Check(
         "body 7", "S~ 222\\r\\n" + std::string(50, 'x') + "\nS~ \\r\\n.\\r\\n.\\r\\na\\r\\n.\\r\\n", "\r\na/connected");
+    Check("stat 1", "S: 223", "true 1/connected");
     Check("stat 11", "S: 502\nC: stat 12\nS: 223 12 <a@b>", found);
     Check("stat 11", "X: pause stop\nC: stat 12\nS: 223 12 <a@b>", found);
     Check("head 7", "S: 221\nS: the only line is kept\nS: .", "the only line is kept/connected");
